@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "framework/contract/ImageProcessor/HkImage.h"
+
+namespace media {
+
+/// What a frame will look like, known without decoding its pixels.
+struct PictureInfo {
+    int width = 0;
+    int height = 0;
+    int channels = 0;  ///< 1 grey, 2 grey and alpha, 3 RGB, 4 RGB and alpha
+};
+
+/// What a picture file carries beside its pixels and what an output should keep.
+struct PictureProperties {
+    double xResolution = 0;  ///< pixels per resolutionUnit, 0 when unknown
+    double yResolution = 0;
+    std::string resolutionUnit;  ///< "in", "cm" or empty
+    std::vector<unsigned char> iccProfile;
+};
+
+/// Frames to read: a still, several stills, a numbered sequence, a folder of pictures.
+///
+/// Paths are the bytes the file system uses. Every operation may be called from several threads at
+/// once; ascending frame numbers are the order that is never slow. Everything throws MediaError.
+class MediaSource {
+public:
+    /// Opens what the user named.
+    /// One name: an existing file (a still, frame 0); a folder (its pictures in natural order:
+    /// a2.png before a10.png, frames 0, 1, ...; hidden files and files without a picture's suffix
+    /// are left out); or a template whose file name holds #### or %04d (frame numbers are those in
+    /// the names; gaps are allowed; # and % in the folder part mean themselves). A file that exists
+    /// is never taken for a template. Several names: stills, frames 0, 1, ... in the order given.
+    /// Only names are looked at: a damaged file is noticed by info() and read().
+    /// Throws MissingInput when a file or folder does not exist, may not be read, or holds no
+    /// picture; InvalidData when what is named is not a kind of input.
+    static std::unique_ptr<MediaSource> open(const std::vector<std::string>& inputs);
+
+    virtual ~MediaSource() = default;
+
+    /// The frame numbers that read() accepts, ascending, at least one.
+    virtual const std::vector<std::int64_t>& frames() const = 0;
+
+    /// The file a frame comes from (for a video, the video).
+    virtual std::string path(std::int64_t frame) const = 0;
+
+    /// A file name, without folder and suffix, for what is made from this frame ("shot_0007").
+    virtual std::string frameName(std::int64_t frame) const = 0;
+
+    /// Size and channels of a frame, from the file's head alone.
+    virtual PictureInfo info(std::int64_t frame) const = 0;
+
+    /// Decodes a frame to 8 bits a channel, upright (an orientation tag is applied), alpha not
+    /// multiplied into the colours. properties, when given, receives the rest.
+    /// Throws as info() does: MissingInput when the frame is not one of frames() or its file cannot
+    /// be read, InvalidData when the file is no picture, is cut short, is damaged or exceeds 32,768
+    /// pixels a side or 2^28 pixels, ReadWrite when memory or the device fails.
+    virtual std::unique_ptr<HkImage> read(std::int64_t frame,
+                                          PictureProperties* properties = nullptr) const = 0;
+
+protected:
+    MediaSource() = default;
+    MediaSource(const MediaSource&) = delete;
+    MediaSource& operator=(const MediaSource&) = delete;
+};
+
+}  // namespace media
