@@ -1,0 +1,133 @@
+#pragma once
+
+/// Aligned memory, float planes and the plane mathematics of the deconvolution and object separator
+/// filters.
+///
+/// A plane is given by the address of its first pixel, the distance between two rows in bytes (its
+/// step) and the size of the region to work on. No byte outside that region is read or written.
+/// Every kernel returns a KernelStatus, checks all arguments before it writes anything, and gives
+/// bit-identical results in all of its processor-specific builds.
+namespace numeric {
+
+enum KernelStatus : int {
+    Success = 0,
+    BadArgument = -5,      ///< a numeric argument, norm or flag out of range
+    BadSize = -6,          ///< a width, height, kernel or region size out of range
+    NullPointer = -8,      ///< a required pointer is null
+    NoMemory = -9,         ///< an allocation failed
+    BadStep = -14,         ///< a row step is smaller than the row
+    BadOrder = -15,        ///< the transform does not support this order
+    UnalignedStep = -108,  ///< a float plane's row step is not a multiple of 4 bytes
+};
+
+// --- Memory -------------------------------------------------------------------------------------
+
+/// byteCount bytes from the heap, aligned to 32 bytes, contents undefined. Null when byteCount is
+/// 0 or less, so large that the request would overflow an int, or when the heap has no room. The
+/// caller owns the block and returns it with freeAligned.
+void* allocAligned(int byteCount);
+
+/// Returns a block of allocAligned to the heap; null is ignored.
+void freeAligned(void* block);
+
+/// A plane of width x height floats, contents undefined, whose rows start on 32-byte boundaries.
+/// *step receives the row size in bytes, raised to the next multiple of 32. Null, with *step 0
+/// (if there is a step to write to), when width or height is below 1, the plane would exceed the
+/// int range, or memory is short. The caller owns the plane and returns it with freeFloatImage.
+float* allocFloatImage(int width, int height, int* step);
+
+/// Returns a plane of allocFloatImage to the heap; null is ignored.
+void freeFloatImage(void* image);
+
+// --- Processor variants -------------------------------------------------------------------------
+
+/// Sets the variant of a processor code, process-wide: the slot (0 to 5) of every kernel's table
+/// that runs from now on. Returns 0, or 21 for an unknown code, which changes nothing. Not
+/// synchronised: call it before any kernel runs. Nothing in the library calls it, so slot 0 runs,
+/// which takes the best instruction set of the processor it finds itself on.
+int selectVariant(int processorCode);
+
+/// The slot that kernels run, 0 in a fresh process.
+int variantIndex();
+
+/// The level (0, 1 or 2) that belongs to the selected processor code, 0 in a fresh process.
+int variantLevel();
+
+// --- Deconvolution ------------------------------------------------------------------------------
+
+struct DeconvFFTState;
+struct DeconvLRState;
+
+KernelStatus deconvFFTInit(DeconvFFTState** out, const float* kernel, int kernelSize, int fftOrder,
+                           float threshold);
+KernelStatus deconvFFT(const float* src, int srcStep, float* dst, int dstStep, int roiWidth,
+                       int roiHeight, DeconvFFTState* state);
+KernelStatus deconvFFTFree(DeconvFFTState* state);
+
+KernelStatus deconvLRInit(DeconvLRState** out, const float* kernel, int kernelSize, int maxWidth,
+                          int maxHeight, float threshold);
+KernelStatus deconvLR(const float* src, int srcStep, float* dst, int dstStep, int roiWidth,
+                      int roiHeight, int iterations, DeconvLRState* state);
+KernelStatus deconvLRFree(DeconvLRState* state);
+
+// --- Distance transform -------------------------------------------------------------------------
+
+KernelStatus distanceTransformScratchSize(int width, int height, int* size);
+KernelStatus distanceTransform(const unsigned char* src, int srcStep, float* dst, int dstStep,
+                               int width, int height, unsigned char* scratch);
+
+// --- Segmentation -------------------------------------------------------------------------------
+
+KernelStatus labelSeedsScratchSize(int width, int height, int* size);
+KernelStatus labelSeeds(unsigned char* marker, int step, int width, int height, int smallestLabel,
+                        int largestLabel, int connectivity, int* count, unsigned char* scratch);
+
+KernelStatus watershedScratchSize(int width, int height, int* size);
+KernelStatus watershed(const unsigned char* relief, int reliefStep, unsigned char* marker,
+                       int markerStep, int width, int height, int norm, int flags,
+                       unsigned char* scratch);
+
+KernelStatus peakStepScratchSize(int width, int height, int* size);
+KernelStatus peakStep(const float* bound, int boundStep, float* plane, int planeStep, int width,
+                      int height, unsigned char* scratch, int mode);
+
+// --- Element-wise operations --------------------------------------------------------------------
+//
+// Errors, in this order: a null pointer; width or height below 1; a step smaller than the row; on
+// float planes a step that is not a multiple of 4. Two planes may be one and the same, but must
+// not overlap otherwise.
+
+/// Pixels below level become value; the others stay, and so does NaN.
+KernelStatus thresholdFloat(float* data, int step, int width, int height, float level, float value);
+
+/// dst = src - scalar.
+KernelStatus subtractScalar(const float* src, int srcStep, float scalar, float* dst, int dstStep,
+                            int width, int height);
+
+/// srcDst = srcDst - src.
+KernelStatus subtract(const float* src, int srcStep, float* srcDst, int srcDstStep, int width,
+                      int height);
+
+/// *max receives the largest pixel. NaN pixels are passed over (minus infinity if there is no
+/// other pixel), and a largest value of zero is always +0.
+KernelStatus maximum(const float* data, int step, int width, int height, float* max);
+
+/// srcDst = srcDst OR src.
+KernelStatus bitwiseOr(const unsigned char* src, int srcStep, unsigned char* srcDst, int srcDstStep,
+                       int width, int height);
+
+/// Pixels above level become value. A level outside 0 to 255 compares as the number it is; a value
+/// outside is brought to the nearer end.
+KernelStatus thresholdAbove(unsigned char* data, int step, int width, int height, int level,
+                            int value);
+
+/// Pixels below level become value; level and value as for thresholdAbove.
+KernelStatus thresholdBelow(unsigned char* data, int step, int width, int height, int level,
+                            int value);
+
+/// Pixels below lowerLevel become lowerValue, of the others those above upperLevel become
+/// upperValue; levels and values as for thresholdAbove.
+KernelStatus thresholdBothSides(unsigned char* data, int step, int width, int height,
+                                int lowerLevel, int lowerValue, int upperLevel, int upperValue);
+
+}  // namespace numeric
