@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+
+#include "framework/ParameterTable.h"
+#include "framework/contract/FxKernelApi/HkImageFilter.h"
+#include "framework/contract/ImageProcessor/HkImage.h"
+#include "framework/contract/ImageProcessor/HkImageProcessor.h"
+
+using OwnedImage = std::unique_ptr<HkImage>;
+
+/// What every per-frame filter does: look the instance up, pass the frame through when there is
+/// nothing to do.
+class FxImageFilter : public HkImageFilter {
+public:
+    int filterTypeId() final { return m_typeId; }
+    HkImage* processImage(HkImage* image, __int64 frame) final;
+
+protected:
+    FxImageFilter(int typeId, int instanceId) : HkImageFilter(instanceId), m_typeId(typeId) {}
+
+    /// The filter's own work on an enabled instance; same ownership as processImage(). image is
+    /// never null.
+    virtual HkImage* process(HkImage* image, const ParameterValues& values) = 0;
+
+    /// The host's imaging operations, fetched anew for each as the host may exchange them.
+    static HkImageProcessor& processor() { return *HkImageProcessor::getInstance(nullptr); }
+
+    /// A new image of the size of `image`, rows aligned as the host expects; null or empty when
+    /// memory ran out, which every operation of the processor refuses.
+    static OwnedImage makeImage(const HkImage& image, int channels);
+
+private:
+    const int m_typeId;
+};
