@@ -1,0 +1,44 @@
+#include "filters/adaptthresh/FxGuiAdaptTreshold.h"
+
+#include "filters/adaptthresh/AdaptTreshParameters.h"
+
+namespace {
+
+// Slider positions and values: sizes are odd, minima go in tenths.
+int sizeOfPosition(int position) {
+    return 2 * position + 1;
+}
+int positionOfSize(int size) {
+    return (size - 1) / 2;
+}
+double minOfPosition(int position) {
+    return position / 10.0;
+}
+
+/// Truncated; a stored value beyond the slider, or none at all, shows as the nearer end.
+int positionOfMin(double min, const QSlider& slider) {
+    const double position = min * 10.0;
+    if (!(position > slider.minimum())) return slider.minimum();
+    if (position > slider.maximum()) return slider.maximum();
+    return static_cast<int>(position);
+}
+
+}  // namespace
+
+FxGuiAdaptTreshold::FxGuiAdaptTreshold(QWidget* parent) : FxControlPage(parent) {
+    ui.setupUi(this);
+}
+
+void FxGuiAdaptTreshold::store(ValueWriter& out) const {
+    out.set("Size", sizeOfPosition(ui.theSlSize->value()));
+    out.set("Min", minOfPosition(ui.theSlMin->value()));
+}
+
+void FxGuiAdaptTreshold::showValues(const ParameterValues& values) {
+    setQuietly(ui.theSlSize, positionOfSize(values.toInt(SizeParameter)));
+    setQuietly(ui.theSlMin, positionOfMin(values.toDouble(MinParameter), *ui.theSlMin));
+}
+
+std::vector<FxControlPage::ChangeSignal> FxGuiAdaptTreshold::changeSignals() const {
+    return {{ui.theSlSize, SIGNAL(valueChanged(int))}, {ui.theSlMin, SIGNAL(valueChanged(int))}};
+}

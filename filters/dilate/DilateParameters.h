@@ -1,0 +1,5 @@
+#pragma once
+
+#include "filters/morphology/SignedMorphology.h"
+
+enum { DilateTypeId = 2007 };

@@ -1,0 +1,12 @@
+#include "filters/dilate/FxImageFilterDilate.h"
+
+#include "filters/dilate/DilateParameters.h"
+
+FxImageFilterDilate::FxImageFilterDilate(int instanceId) : FxImageFilter(DilateTypeId, instanceId) {}
+
+HkImage* FxImageFilterDilate::process(HkImage* image, const ParameterValues& values) {
+    // The host chooses the operation by the sign: it goes there untouched.
+    const int amount = values.toInt(AmountParameter);
+    if (amount != 0) static_cast<void>(processor().dilate_erode(image, amount, nullptr));
+    return image;
+}

@@ -1,0 +1,6 @@
+#include "filters/open/FxGuiOpen.h"
+
+FxGuiOpen::FxGuiOpen(QWidget* parent) : FxGuiSignedMorphology(parent) {
+    ui.setupUi(this);
+    m_amount = ui.theSlOpen;
+}
