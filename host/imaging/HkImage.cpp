@@ -1,0 +1,138 @@
+#include "framework/contract/ImageProcessor/HkImage.h"
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+#include "host/imaging/HkImageAccess.h"
+
+namespace {
+
+/// Bytes from row to row, 0 when an image of these sizes cannot be: every byte of it must have an
+/// offset that fits an int, which is what its users calculate in.
+int rowStepBytes(int width, int height, int channels, unsigned int rowAlignment) {
+    if (width < 1 || height < 1 || channels < 1 || channels > 4 || rowAlignment < 1) return 0;
+    const std::int64_t alignment = rowAlignment;
+    const std::int64_t row = std::int64_t{width} * channels;
+    const std::int64_t step = (row + alignment - 1) / alignment * alignment;
+    return step <= INT_MAX / height ? static_cast<int>(step) : 0;
+}
+
+/// Floats from row to row of a float plane: its rows start 32 bytes apart or a multiple of that.
+std::size_t floatRowLength(int width) {
+    return (static_cast<std::size_t>(width) + 7) / 8 * 8;
+}
+
+void describe(HkImage& image, unsigned char* pixels, int step, int width, int height,
+              int channels) {
+    image.data = pixels;
+    image.step = step;
+    image.channels = channels;
+    image.width = image.roiWidth = width;
+    image.height = image.roiHeight = height;
+}
+
+/// Maps lo ... hi to 0 ... 255.
+class Quantizer {
+public:
+    Quantizer(float lo, float hi) : m_lo(lo), m_hi(hi), m_range(m_hi - m_lo), m_valid(hi > lo) {}
+
+    unsigned char operator()(float sample) const {
+        const double value = sample;
+        // Written so that NaN, in the sample or in an infinite range, falls through to 0.
+        if (!m_valid || !(value > m_lo)) return 0;
+        if (value >= m_hi) return 255;
+        const double level = (value - m_lo) * 255 / m_range + 0.5;
+        return level >= 0 ? static_cast<unsigned char>(level) : 0;
+    }
+
+private:
+    // Double: the difference of two floats may overflow a float.
+    double m_lo;
+    double m_hi;
+    double m_range;
+    bool m_valid;
+};
+
+}  // namespace
+
+bool HkImageAccess::isPicture(const HkImage& image) {
+    return image.data && image.channels >= 1 && image.channels <= 4 &&  //
+           image.width >= 1 && image.height >= 1 &&                     //
+           image.roiWidth >= 1 && image.roiWidth <= image.width &&      //
+           image.roiHeight >= 1 && image.roiHeight <= image.height &&
+           std::int64_t{image.width} * image.channels <= image.step;
+}
+
+bool HkImageAccess::isEmpty(const HkImage& image) {
+    return !image.data && image.width == 0 && image.height == 0;
+}
+
+bool HkImageAccess::allocate(HkImage& image, int width, int height, int channels,
+                             unsigned int rowAlignment) {
+    const int step = rowStepBytes(width, height, channels, rowAlignment);
+    if (step == 0) return false;
+    // calloc: the zeroed pages of a large picture cost nothing until they are touched.
+    auto* pixels = static_cast<unsigned char*>(
+        std::calloc(static_cast<std::size_t>(height), static_cast<std::size_t>(step)));
+    if (!pixels) return false;
+    std::free(image.m_owned);
+    image.m_owned = pixels;
+    describe(image, pixels, step, width, height, channels);
+    return true;
+}
+
+HkImage::HkImage() = default;
+
+HkImage::HkImage(int newWidth, int newHeight, int newChannels, unsigned char* pixels,
+                 unsigned int rowAlignment) {
+    if (!pixels) {
+        HkImageAccess::allocate(*this, newWidth, newHeight, newChannels, rowAlignment);
+        return;
+    }
+    const int newStep = rowStepBytes(newWidth, newHeight, newChannels, rowAlignment);
+    if (newStep != 0) describe(*this, pixels, newStep, newWidth, newHeight, newChannels);
+}
+
+HkImage::~HkImage() {
+    std::free(m_owned);
+}
+
+bool HkImage::getBufferCopy32f(float* dst, float lo, float hi) {
+    if (!dst || !HkImageAccess::isPicture(*this) || channels != 1) return false;
+    std::array<float, 256> levels;
+    for (int sample = 0; sample < 256; ++sample)
+        levels[sample] = static_cast<float>(lo + (double{hi} - lo) * sample / 255);
+    const std::size_t rowLength = floatRowLength(width);
+    for (int y = 0; y < roiHeight; ++y) {
+        const unsigned char* row = data + static_cast<std::ptrdiff_t>(step) * y;
+        float* out = dst + rowLength * y;
+        std::transform(row, row + roiWidth, out,
+                       [&](unsigned char sample) { return levels[sample]; });
+    }
+    return true;
+}
+
+void HkImage::setImage32f(int newWidth, int newHeight, int newChannels, float* src, float lo,
+                          float hi) {
+    if (!src) return;
+    const bool fits = HkImageAccess::isPicture(*this) && width == newWidth && height == newHeight &&
+                      channels == newChannels;
+    if (fits)
+        describe(*this, data, step, newWidth, newHeight, newChannels);
+    else if (!HkImageAccess::allocate(*this, newWidth, newHeight, newChannels,
+                                      HkImageAccess::kRowAlignment))
+        return;
+
+    const Quantizer quantize(lo, hi);
+    const std::size_t rowLength = floatRowLength(width);
+    for (int y = 0; y < height; ++y) {
+        const float* in = src + rowLength * y;
+        unsigned char* out = data + static_cast<std::ptrdiff_t>(step) * y;
+        for (int x = 0; x < width; ++x, out += channels)
+            std::fill(out, out + channels, quantize(in[x]));
+    }
+}

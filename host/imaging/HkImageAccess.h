@@ -1,0 +1,21 @@
+#pragma once
+
+#include "framework/contract/ImageProcessor/HkImage.h"
+
+/// What the imaging library does with the block an image owns, and what it asks of any image.
+struct HkImageAccess {
+    /// True when the members of the image, which anyone can write, describe pixels: 1 to 4
+    /// channels, a region within the image, rows no longer than the step.
+    static bool isPicture(const HkImage& image);
+
+    /// True for an image without pixels and sizes, which an operation may fill.
+    static bool isEmpty(const HkImage& image);
+
+    /// Gives the image zeroed pixels of its own, the region being all of them, in place of those it
+    /// shows. False, and the image as it was, when the sizes cannot be or there is no memory.
+    static bool allocate(HkImage& image, int width, int height, int channels,
+                         unsigned int rowAlignment);
+
+    /// Row alignment of the images the library itself makes.
+    static constexpr unsigned int kRowAlignment = 4;
+};

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <opencv2/core.hpp>
+
+/// The pixel work itself, on 8-bit matrices. Every function returns a new matrix and leaves its
+/// argument alone.
+namespace pixels {
+
+/// The first three channels of colours, and the fourth of source where source has one.
+cv::Mat withAlphaOf(const cv::Mat& source, const cv::Mat& colours);
+
+/// Conversions of three or four channels to three.
+cv::Mat rgbToYuv(const cv::Mat& rgb);
+cv::Mat yuvToRgb(const cv::Mat& yuv);
+cv::Mat rgbToHls(const cv::Mat& rgb);
+
+/// One channel: the same numbers as the first channel of rgbToYuv().
+cv::Mat luma(const cv::Mat& rgb);
+
+enum class Extreme { Largest, Smallest };
+
+/// Largest or smallest sample among the pixels from `before` to the left of (above) a pixel to
+/// `after` to the right of (below) it. Replicating the border adds no sample that is not among
+/// those already, so windows are cut at the border and any reach is allowed.
+cv::Mat extremeOfWindow(const cv::Mat& image, int before, int after, Extreme extreme);
+
+}  // namespace pixels
