@@ -4,8 +4,11 @@
 #include "framework/contract/FxKernelApi/HkParamKeyframe.h"
 
 /// Changes parameter values of one instance: those entries of `values` that were assigned and
-/// differ from what is in force at the vector's frame. With a frame number they become keys of that
-/// frame, otherwise the object's own values.
+/// differ from what is in force. For an animated instance and a vector with a frame number they
+/// become keys of that frame, otherwise the instance's own values: an instance that is not animated
+/// has one value for all frames, a vector without frame number names no place for a key, and
+/// Constant parameters never have keys. A key inside a held stretch is held like the one before it.
+/// What is in force is taken at the first redo; an instance that does not exist is left alone.
 ///
 /// merge true: a later command on the same object, frame and set of changed parameters joins this
 /// one into one step, though never across a save point or a mouse release. A step that changes

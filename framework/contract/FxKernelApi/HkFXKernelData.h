@@ -16,14 +16,14 @@ public:
     static HkFXKernelData* getInstance();
 
     /// Records the manipulator of a type. False for a null manipulator, a type id below 1 or one
-    /// that has a manipulator. The manipulator stays its owner's; the record goes when the
-    /// manipulator is destroyed.
+    /// that has a manipulator. The manipulator stays its owner's; the record, the descriptor and
+    /// the type's instances go when the manipulator is destroyed.
     bool registerFilterType(HkFilterManipulator* manip, int typeId);
 
     /// Takes ownership of the descriptor, in every case. False, and the descriptor deleted, when it
     /// is null, was made for another type id, lacks a declared parameter, or the type has no
-    /// manipulator or has a descriptor already. On success the descriptor's defaults are those the
-    /// type's manipulator fills in.
+    /// manipulator, has a descriptor already, or a manipulator whose fillDefaultValues fails. On
+    /// success the descriptor's defaults are those that this operation fills in.
     bool registerDataDescriptor(HkKernelObjectDataDescr* descr, int typeId);
 
     HkKernelObjectData* getObject(int typeId,

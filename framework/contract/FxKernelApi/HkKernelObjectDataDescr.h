@@ -15,8 +15,8 @@ public:
 
     /// Declares parameter `index`. Its default is the type's empty value (0, false, "") until the
     /// kernel asks the registered manipulator for better. False, and nothing declared, for an index
-    /// outside the count or declared before, an empty name or one in use, a type without values, or
-    /// an unknown kind.
+    /// outside the count or declared before, an empty name or one in use, a type other than Bool,
+    /// Int, Double and QString, or an unknown kind.
     bool addParamDescr(unsigned int index, const QString& name, QMetaType::Type type,
                        ParamDescr::KeyframeType kind);
 
@@ -24,8 +24,9 @@ public:
     HkParamKeyframeVector createKeyframeVector() const;
 
     /// Assigns `value`, converted to the declared type, to the entry named `name`. False, and v
-    /// unchanged, when the name is unknown, v has another number of entries, or the value cannot be
-    /// converted.
+    /// unchanged, when the name is unknown, v has another number of entries, or the value does not
+    /// fit the type: text that is no number, an Int out of range, a Double that is not finite.
+    /// Fractions are rounded to the nearest Int.
     bool setValue(HkParamKeyframeVector& v, const QString& name, const QVariant& value) const;
 
     int typeId() const { return m_typeId; }

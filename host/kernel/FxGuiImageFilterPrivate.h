@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QPointer>
+
+#include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
+
+class QCheckBox;
+class QToolButton;
+class QVBoxLayout;
+
+struct FxGuiImageFilter::Private {
+    FxGuiImageFilter* q;
+    HkFilterManipulator* manipulator;
+    int objectId;
+    QVBoxLayout* layout = nullptr;  // header, then the page
+    QCheckBox* enabled = nullptr;
+    QToolButton* animate = nullptr;
+    QToolButton* up = nullptr;
+    QToolButton* down = nullptr;
+    QToolButton* remove = nullptr;
+
+    void build();
+    void connectControls();
+    void setPage(QWidget* page);  ///< adopts the page; null for none
+    void showState();             ///< the header shows what the store holds
+    void moveBy(int places);
+};
