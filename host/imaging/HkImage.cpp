@@ -121,10 +121,8 @@ void HkImage::setImage32f(int newWidth, int newHeight, int newChannels, float* s
     if (!src) return;
     const bool fits = HkImageAccess::isPicture(*this) && width == newWidth && height == newHeight &&
                       channels == newChannels;
-    if (fits)
-        describe(*this, data, step, newWidth, newHeight, newChannels);
-    else if (!HkImageAccess::allocate(*this, newWidth, newHeight, newChannels,
-                                      HkImageAccess::kRowAlignment))
+    if (!fits && !HkImageAccess::allocate(*this, newWidth, newHeight, newChannels,
+                                          HkImageAccess::kRowAlignment))
         return;
 
     const Quantizer quantize(lo, hi);

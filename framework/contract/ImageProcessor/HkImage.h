@@ -6,8 +6,8 @@
 /// alpha.
 ///
 /// The region (roiWidth x roiHeight, starting at the first pixel) is what operations process; width
-/// x height is what is allocated. Members are read directly by filters; only the imaging library
-/// and media readers write them.
+/// x height is what is allocated. Filters read the members directly, and write none but the
+/// region's.
 class IMAGEPROCESSOR_EXPORT HkImage {
 public:
     /// Empty image: no pixels, every size 0. setImage32f() or an operation's destination fills it.
@@ -32,8 +32,9 @@ public:
     /// Replaces the image by width x height pixels of `channels` channels, each holding the one
     /// float plane src: lo ... hi becomes 0 ... 255, rounded to nearest and clamped; NaN, and
     /// everything when hi <= lo, becomes 0. src: height rows, each width * 4 bytes raised to a
-    /// multiple of 32 from the last. The pixels already there are kept in use when size and
-    /// channels fit. Arguments that cannot be, or no memory: the image is left as it was.
+    /// multiple of 32 from the last. When size and channels are what they were, the pixels are
+    /// written where they are and the region stays; otherwise the region is the whole image.
+    /// Arguments that cannot be, or no memory: the image is left as it was.
     void setImage32f(int width, int height, int channels, float* src, float lo, float hi);
 
     unsigned char* data = nullptr;  ///< first byte of the first row
