@@ -16,6 +16,11 @@ HkImage* FxImageFilter::processImage(HkImage* image, __int64 frame) {
 
 OwnedImage FxImageFilter::makeImage(const HkImage& image, int channels) {
     const unsigned int rowAlignment = 4;
-    return OwnedImage(new (std::nothrow)
-                          HkImage(image.width, image.height, channels, nullptr, rowAlignment));
+    OwnedImage made(new (std::nothrow)
+                        HkImage(image.width, image.height, channels, nullptr, rowAlignment));
+    if (made && made->data) {
+        made->roiWidth = image.roiWidth;
+        made->roiHeight = image.roiHeight;
+    }
+    return made;
 }

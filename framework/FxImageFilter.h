@@ -26,8 +26,8 @@ protected:
     /// The host's imaging operations, fetched anew for each as the host may exchange them.
     static HkImageProcessor& processor() { return *HkImageProcessor::getInstance(nullptr); }
 
-    /// A new image of the size of `image`, rows aligned as the host expects; null or empty when
-    /// memory ran out, which every operation of the processor refuses.
+    /// A new image of the size and region of `image`, rows aligned as the host expects; null or
+    /// empty when memory ran out, which every operation of the processor refuses.
     static OwnedImage makeImage(const HkImage& image, int channels);
 
 private:
