@@ -5,7 +5,6 @@
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
-#include <vector>
 
 #include "host/imaging/HkImageAccess.h"
 

@@ -227,10 +227,7 @@ int HkImageProcessor::blur(HkImage* src, unsigned int size, HkImage* dst) {
     return guarded("Blur", [&] {
         requireWindow(size, kLargestBlur);
         transformRegion(src, dst, [&](const cv::Mat& image) {
-            const int side = 2 * static_cast<int>(size) - 1;
-            cv::Mat blurred;
-            cv::GaussianBlur(image, blurred, cv::Size(side, side), 0, 0, cv::BORDER_REPLICATE);
-            return blurred;
+            return pixels::gaussian(image, 2 * static_cast<int>(size) - 1);
         });
     });
 }
@@ -276,6 +273,7 @@ int HkImageProcessor::adaptTreshold(HkImage* src, HkImage* dst, int size, double
         require(!std::isnan(min), "the minimal difference is not a number");
         transformRegion(src, dst, [&](const cv::Mat& image) {
             const int side = std::max(size, 3) | 1;
+            // OpenCV compares with the mean rounded to a level and the difference rounded up.
             // Beyond 256 levels no difference can change the outcome, but an int could overflow.
             const double difference = std::min(std::max(min, -256.0), 256.0);
             cv::Mat binary;

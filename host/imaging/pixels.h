@@ -17,6 +17,10 @@ cv::Mat rgbToHls(const cv::Mat& rgb);
 /// One channel: the same numbers as the first channel of rgbToYuv().
 cv::Mat luma(const cv::Mat& rgb);
 
+/// Gaussian of side x side pixels, side odd, its sigma the one OpenCV takes for that side. Within 3
+/// levels of the exact value up to a side of 31, within 1 beyond.
+cv::Mat gaussian(const cv::Mat& image, int side);
+
 enum class Extreme { Largest, Smallest };
 
 /// Largest or smallest sample among the pixels from `before` to the left of (above) a pixel to

@@ -1,0 +1,566 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <QString>
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "framework/contract/ImageProcessor/HkImageProcessor.h"
+#include "tests/host/imaging_oracle.h"
+
+namespace {
+
+using oracle::Samples;
+
+HkImageProcessor& processor() {
+    return *HkImageProcessor::getInstance(nullptr);
+}
+
+struct Shape {
+    int width = 1;
+    int height = 1;
+    int channels = 1;
+    int roiWidth = 1;
+    int roiHeight = 1;
+    int padding = 0;  ///< bytes after each row
+};
+
+/// A picture on bytes of the test's own, at an odd address: rows with padding, and bytes before and
+/// after, all of them noise that must survive.
+class Canvas {
+public:
+    Canvas(const Shape& shape, unsigned seed) {
+        image.step = shape.width * shape.channels + shape.padding;
+        bytes.resize(kMargin + static_cast<std::size_t>(image.step) * shape.height + kMargin);
+        std::mt19937 random(seed);
+        // Flat stretches and full-range jumps as well as noise.
+        const bool twoLevels = seed % 3 == 0;
+        for (unsigned char& byte : bytes)
+            byte = static_cast<unsigned char>(twoLevels ? random() % 2 * 255 : random());
+        image.data = bytes.data() + kMargin;
+        image.channels = shape.channels;
+        image.width = shape.width;
+        image.height = shape.height;
+        image.roiWidth = shape.roiWidth;
+        image.roiHeight = shape.roiHeight;
+        before = bytes;
+    }
+
+    /// Offsets, in bytes, of the samples of the region.
+    std::vector<std::size_t> region() const {
+        std::vector<std::size_t> offsets;
+        for (int y = 0; y < image.roiHeight; ++y)
+            for (int i = 0; i < image.roiWidth * image.channels; ++i)
+                offsets.push_back(kMargin + static_cast<std::size_t>(image.step) * y + i);
+        return offsets;
+    }
+
+    Samples samples() const {
+        Samples result(image.roiWidth, image.roiHeight, image.channels);
+        std::size_t i = 0;
+        for (const std::size_t offset : region()) result.values[i++] = before[offset];
+        return result;
+    }
+
+    bool untouched() const { return bytes == before; }
+
+    /// Everything outside the region is as it was.
+    bool onlyRegionTouched() const {
+        std::vector<unsigned char> expected = before;
+        for (const std::size_t offset : region()) expected[offset] = bytes[offset];
+        return expected == bytes;
+    }
+
+    static constexpr std::size_t kMargin = 33;
+    std::vector<unsigned char> bytes;
+    std::vector<unsigned char> before;
+    HkImage image;
+};
+
+Samples samplesOf(const HkImage& image) {
+    Samples result(image.roiWidth, image.roiHeight, image.channels);
+    for (int y = 0; y < image.roiHeight; ++y)
+        for (int i = 0; i < image.roiWidth * image.channels; ++i)
+            result.values[static_cast<std::size_t>(y) * image.roiWidth * image.channels + i] =
+                image.data[static_cast<std::size_t>(image.step) * y + i];
+    return result;
+}
+
+struct Operation {
+    std::string name;
+    int leastChannels;
+    int mostChannels;
+    double tolerance;
+    std::function<int(HkImage*, HkImage*)> run;
+    std::function<Samples(const Samples&)> expected;
+    bool hueFirst = false;  ///< the first channel is an angle: 255 and 0 are neighbours
+};
+
+/// Rounding to a level costs half a level, fixed-point coefficients up to as much again.
+constexpr double kRounded = 1.0;
+
+std::vector<Operation> operations() {
+    HkImageProcessor* p = &processor();
+    std::vector<Operation> list = {
+        {"RGBtoYUV", 3, 4, kRounded, [p](auto s, auto d) { return p->RGBtoYUV(s, d); },
+         [](const Samples& in) { return coloured(in, oracle::rgbToYuv); }},
+        {"YUVtoRGB", 3, 4, kRounded, [p](auto s, auto d) { return p->YUVtoRGB(s, d); },
+         [](const Samples& in) { return coloured(in, oracle::yuvToRgb); }},
+        {"RGBtoHLS", 3, 4, kRounded, [p](auto s, auto d) { return p->RGBtoHLS(s, d); },
+         [](const Samples& in) { return coloured(in, oracle::rgbToHls); }, true},
+        {"invert", 1, 4, 0, [p](auto s, auto d) { return p->invert(s, d); }, oracle::inverted},
+    };
+    for (const int n : {1, 2, 3, 4, 5, 16, 17, 40})
+        list.push_back({"blur " + std::to_string(n), 1, 4, n > 4 && n <= 16 ? 3 : kRounded,
+                        [=](auto s, auto d) { return p->blur(s, n, d); },
+                        [=](const Samples& in) { return oracle::blurred(in, n); }});
+    for (const int n : {1, 2, 3, 4, 9, 98, 131, 32768})
+        list.push_back({"maxFilter " + std::to_string(n), 1, 4, 0,
+                        [=](auto s, auto d) { return p->maxFilter(s, n, d); },
+                        [=](const Samples& in) {
+                            return oracle::largest(in, std::min(n / 2, 80),
+                                                   std::min((n - 1) / 2, 80));
+                        }});
+    for (const int n : {1, 2, 13, 55}) {
+        list.push_back(
+            {"open " + std::to_string(n), 1, 4, 0, [=](auto s, auto d) { return p->open(s, n, d); },
+             [=](const Samples& in) { return oracle::morphed(oracle::morphed(in, -n), n); }});
+        list.push_back(
+            {"close " + std::to_string(n), 1, 4, 0,
+             [=](auto s, auto d) { return p->close(s, n, d); },
+             [=](const Samples& in) { return oracle::morphed(oracle::morphed(in, n), -n); }});
+    }
+    for (const int v : {0, 1, -1, 5, -13, 61, -61, 32768})
+        list.push_back(
+            {"dilate_erode " + std::to_string(v), 1, 4, 0,
+             [=](auto s, auto d) { return p->dilate_erode(s, v, d); },
+             [=](const Samples& in) { return oracle::morphed(in, std::clamp(-v, -80, 80)); }});
+    const std::pair<int, double> thresholds[] = {{5, 13},   {-7, 0},    {0, 2.5}, {4, -3.25},
+                                                 {11, 500}, {12, -500}, {301, 1}};
+    for (const auto& [size, min] : thresholds)
+        list.push_back({"adaptTreshold " + std::to_string(size), 1, 1, 0,
+                        [=, size = size, min = min](auto s, auto d) {
+                            return p->adaptTreshold(s, d, size, min);
+                        },
+                        [size = size, min = min](const Samples& in) {
+                            return oracle::thresholded(in, std::max(size, 3) | 1, min);
+                        }});
+    return list;
+}
+
+void PrintTo(const Operation& operation, std::ostream* out) {
+    *out << operation.name;
+}
+
+class ImagingOperation : public testing::TestWithParam<Operation> {
+protected:
+    void expectResult(const Samples& actual, Samples expected, const Samples& source) {
+        ASSERT_EQ(actual.values.size(), expected.values.size());
+        for (std::size_t i = 0; i < expected.values.size(); ++i) {
+            const int channel = static_cast<int>(i % source.channels);
+            const bool isAlpha = source.channels == 4 && channel == 3;
+            double error =
+                std::abs(actual.values[i] - (isAlpha ? source.values[i] : expected.values[i]));
+            if (GetParam().hueFirst && channel == 0) error = std::min(error, 256 - error);
+            ASSERT_LE(error, isAlpha ? 0 : GetParam().tolerance)
+                << "sample " << i << " of " << source.width << " x " << source.height << " x "
+                << source.channels << ": " << actual.values[i] << ", expected "
+                << expected.values[i];
+        }
+    }
+};
+
+TEST_P(ImagingOperation, EqualsThePlainLoopsAndStaysInItsRegion) {
+    const Operation& operation = GetParam();
+    enum Destination { Null, Itself, Empty, Other, SamePixels, OverlappingPixels, Count };
+    std::mt19937 random(1);
+    const auto upTo = [&](int n) { return 1 + static_cast<int>(random() % n); };
+    for (unsigned trial = 0; trial < 30; ++trial) {
+        Shape shape;
+        // 80: beyond the reach from which windows are grown.
+        shape.width = trial % 7 == 0 ? 80 : upTo(24);
+        shape.height = trial % 7 == 1 ? 80 : upTo(24);
+        shape.roiWidth = trial % 2 ? shape.width : upTo(shape.width);
+        shape.roiHeight = trial % 2 ? shape.height : upTo(shape.height);
+        shape.channels =
+            operation.leastChannels +
+            static_cast<int>(trial) % (operation.mostChannels - operation.leastChannels + 1);
+        shape.padding = static_cast<int>(random() % 19);
+        Canvas source(shape, trial);
+        const Samples in = source.samples();
+        SCOPED_TRACE("trial " + std::to_string(trial));
+
+        const auto kind = static_cast<Destination>(trial % Count);
+        Shape larger = shape;
+        larger.width += 3;
+        larger.height += 2;
+        Canvas other(larger, trial + 100);
+        HkImage empty;
+        HkImage sharing;
+        sharing.data = source.image.data;
+        sharing.step = source.image.step;
+        sharing.channels = shape.channels;
+        sharing.width = sharing.roiWidth = shape.roiWidth;
+        sharing.height = sharing.roiHeight = shape.roiHeight;
+        if (kind == OverlappingPixels) sharing.data -= shape.channels;  // one pixel to the left
+        HkImage* const destinations[] = {nullptr,      &source.image, &empty,
+                                         &other.image, &sharing,      &sharing};
+
+        ASSERT_EQ(0, operation.run(&source.image, destinations[kind]));
+        const HkImage& result = kind == Null ? source.image : *destinations[kind];
+        expectResult(samplesOf(result), operation.expected(in), in);
+        const bool isSeparate = kind == Empty || kind == Other;
+        EXPECT_TRUE(isSeparate ? source.untouched()
+                               : kind == OverlappingPixels || source.onlyRegionTouched());
+        EXPECT_TRUE(other.onlyRegionTouched());
+        EXPECT_EQ(empty.width, kind == Empty ? shape.roiWidth : 0);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, ImagingOperation, testing::ValuesIn(operations()),
+                         [](const testing::TestParamInfo<Operation>& parameter) {
+                             std::string name = parameter.param.name;
+                             std::replace(name.begin(), name.end(), ' ', '_');
+                             std::replace(name.begin(), name.end(), '-', 'm');
+                             return name;
+                         });
+
+TEST(Imaging, YuvThereAndBackIsWithinOneLevelAndGreyIsItsY) {
+    HkImage colours(256 * 3, 256, 3, nullptr, 4);  // a dense, odd-strided walk through the cube
+    for (int i = 0; i < colours.step * colours.height; ++i)
+        colours.data[i] = static_cast<unsigned char>(i * 37 + i / 768 * 11 + i / 5);
+    HkImage yuv;
+    HkImage back;
+    HkImage grey;
+    ASSERT_EQ(0, processor().RGBtoYUV(&colours, &yuv));
+    ASSERT_EQ(0, processor().YUVtoRGB(&yuv, &back));
+    ASSERT_EQ(0, processor().RGBtoGrayscale(&colours, &grey));
+    for (int i = 0; i < colours.step * colours.height; ++i)
+        ASSERT_LE(std::abs(colours.data[i] - back.data[i]), 1) << "byte " << i;
+    for (int y = 0; y < grey.height; ++y)
+        for (int x = 0; x < grey.width; ++x)
+            ASSERT_EQ(grey.data[y * grey.step + x], yuv.data[y * yuv.step + 3 * x]);
+}
+
+TEST(Imaging, GreyscaleInPlaceConvertsTheWholeImageAndKeepsTheRegion) {
+    for (const int channels : {3, 4}) {
+        Canvas canvas({37, 70, channels, 11, 5, 7}, 4);
+        HkImage& image = canvas.image;
+        ASSERT_EQ(0, processor().RGBtoGrayscale(&image, nullptr));
+        EXPECT_EQ(image.channels, 1);
+        EXPECT_EQ(image.roiWidth, 11);
+        EXPECT_EQ(image.roiHeight, 5);
+        for (int y = 0; y < 70; ++y)
+            for (int x = 0; x < 37; ++x) {
+                const unsigned char* rgb =
+                    canvas.before.data() + Canvas::kMargin + y * (37 * channels + 7) + x * channels;
+                ASSERT_NEAR(image.data[y * image.step + x], oracle::lumaOf(rgb[0], rgb[1], rgb[2]),
+                            kRounded);
+            }
+        EXPECT_TRUE(std::equal(canvas.bytes.begin(), canvas.bytes.begin() + Canvas::kMargin,
+                               canvas.before.begin()));
+        EXPECT_TRUE(std::equal(canvas.bytes.end() - Canvas::kMargin, canvas.bytes.end(),
+                               canvas.before.end() - Canvas::kMargin));
+    }
+}
+
+TEST(Imaging, CopyChannelTouchesOneChannelOfTheRegion) {
+    Canvas source({9, 7, 3, 5, 4, 2}, 1);
+    Canvas target({12, 4, 4, 5, 4, 1}, 2);
+    ASSERT_EQ(0, processor().copyChannel(&source.image, 2, &target.image, 1));
+    Samples expected = target.samples();
+    const Samples in = source.samples();
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 5; ++x) expected.at(x, y, 1) = in.at(x, y, 2);
+    EXPECT_EQ(samplesOf(target.image).values, expected.values);
+    EXPECT_TRUE(target.onlyRegionTouched());
+
+    ASSERT_EQ(0, processor().copyChannel(&source.image, 0, nullptr, 1));  // within the source
+    Samples within = in;
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 5; ++x) within.at(x, y, 1) = in.at(x, y, 0);
+    EXPECT_EQ(samplesOf(source.image).values, within.values);
+    EXPECT_TRUE(source.onlyRegionTouched());
+}
+
+std::vector<std::string> messages;
+void keepMessage(const QString& message) {
+    messages.push_back(message.toStdString());
+}
+
+TEST(Imaging, BadArgumentsGiveANonZeroResultOneSentenceAndNoChange) {
+    const Shape colour{8, 6, 3, 8, 6, 1};
+    const Shape grey{8, 6, 1, 8, 6, 1};
+    HkImageProcessor* p = HkImageProcessor::getInstance(keepMessage);
+    const auto onEach = [&](const std::string& what, HkImage* src, HkImage* dst, int channels) {
+        for (const Operation& operation : operations()) {
+            if (channels < operation.leastChannels || channels > operation.mostChannels) continue;
+            messages.clear();
+            EXPECT_NE(0, operation.run(src, dst)) << operation.name << ", " << what;
+            EXPECT_THAT(messages, testing::ElementsAre(testing::EndsWith("."))) << operation.name;
+        }
+    };
+
+    const std::pair<const char*, std::function<void(HkImage&)>> damages[] = {
+        {"no pixels", [](HkImage& i) { i.data = nullptr; }},
+        {"step shorter than a row", [](HkImage& i) { i.step = i.width * i.channels - 1; }},
+        {"negative step", [](HkImage& i) { i.step = -64; }},
+        {"no channel", [](HkImage& i) { i.channels = 0; }},
+        {"five channels", [](HkImage& i) { i.channels = 5; }},
+        {"row length beyond int", [](HkImage& i) { i.width = i.roiWidth = INT_MAX; }},
+        {"no rows", [](HkImage& i) { i.height = i.roiHeight = 0; }},
+        {"region wider than the image", [](HkImage& i) { i.roiWidth = i.width + 1; }},
+        {"no region", [](HkImage& i) { i.roiHeight = 0; }},
+    };
+    HkImage empty;
+    for (const Shape& shape : {colour, grey}) {
+        Canvas good(shape, 1);
+        onEach("null source", nullptr, &good.image, shape.channels);
+        onEach("empty source", &empty, &good.image, shape.channels);
+        for (const auto& [what, damage] : damages) {
+            Canvas bad(shape, 2);
+            damage(bad.image);
+            onEach(std::string(what) + " in the source", &bad.image, nullptr, shape.channels);
+            onEach(std::string(what) + " in the destination", &good.image, &bad.image,
+                   shape.channels);
+            EXPECT_TRUE(bad.untouched());
+        }
+        Canvas narrow({8, 6, shape.channels, 7, 6, 0}, 3);
+        Canvas otherChannels({8, 6, 4, 8, 6, 0}, 3);
+        onEach("another region", &good.image, &narrow.image, shape.channels);
+        onEach("other channels", &good.image, &otherChannels.image, shape.channels);
+        EXPECT_TRUE(good.untouched() && narrow.untouched() && otherChannels.untouched());
+    }
+
+    Canvas one(grey, 4);
+    Canvas two({8, 6, 2, 8, 6, 0}, 4);
+    Canvas three(colour, 4);
+    Canvas another(colour, 5);
+    HkImage* g = &one.image;
+    HkImage* c = &three.image;
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const std::pair<const char*, std::function<int()>> calls[] = {
+        {"RGBtoYUV of grey", [&] { return p->RGBtoYUV(g, nullptr); }},
+        {"YUVtoRGB of two channels", [&] { return p->YUVtoRGB(&two.image, nullptr); }},
+        {"RGBtoHLS of grey", [&] { return p->RGBtoHLS(g, nullptr); }},
+        {"RGBtoGrayscale of grey", [&] { return p->RGBtoGrayscale(g, nullptr); }},
+        {"RGBtoGrayscale of null", [&] { return p->RGBtoGrayscale(nullptr, g); }},
+        {"RGBtoGrayscale to colour", [&] { return p->RGBtoGrayscale(c, &another.image); }},
+        {"adaptTreshold of colour", [&] { return p->adaptTreshold(c, nullptr, 5, 1); }},
+        {"adaptTreshold too large", [&] { return p->adaptTreshold(g, nullptr, 2902, 1); }},
+        {"adaptTreshold largest int", [&] { return p->adaptTreshold(g, nullptr, INT_MAX, 1); }},
+        {"adaptTreshold NaN", [&] { return p->adaptTreshold(g, nullptr, 5, nan); }},
+        {"blur 0", [&] { return p->blur(c, 0, nullptr); }},
+        {"blur 4e9", [&] { return p->blur(c, 4000000000u, nullptr); }},
+        {"blur 2^31 + 1", [&] { return p->blur(c, 2147483649u, nullptr); }},
+        {"maxFilter 0", [&] { return p->maxFilter(c, 0, nullptr); }},
+        {"maxFilter 4e9", [&] { return p->maxFilter(c, UINT_MAX, nullptr); }},
+        {"open 0", [&] { return p->open(c, 0, nullptr); }},
+        {"open 4e9", [&] { return p->open(c, UINT_MAX, nullptr); }},
+        {"close 0", [&] { return p->close(c, 0, nullptr); }},
+        {"close 4e9", [&] { return p->close(c, 4000000000u, nullptr); }},
+        {"dilate_erode INT_MIN", [&] { return p->dilate_erode(c, INT_MIN, nullptr); }},
+        {"dilate_erode INT_MAX", [&] { return p->dilate_erode(c, INT_MAX, nullptr); }},
+        {"copyChannel from -1", [&] { return p->copyChannel(c, -1, g, 0); }},
+        {"copyChannel from 3", [&] { return p->copyChannel(c, 3, g, 0); }},
+        {"copyChannel to -1", [&] { return p->copyChannel(c, 0, g, -1); }},
+        {"copyChannel to 1", [&] { return p->copyChannel(c, 0, g, 1); }},
+        {"copyChannel to empty", [&] { return p->copyChannel(c, 0, &empty, 0); }},
+        {"copyChannel from null", [&] { return p->copyChannel(nullptr, 0, g, 0); }},
+    };
+    for (const auto& [what, call] : calls) {
+        messages.clear();
+        EXPECT_NE(0, call()) << what;
+        EXPECT_THAT(messages, testing::ElementsAre(testing::EndsWith("."))) << what;
+    }
+    EXPECT_TRUE(one.untouched() && two.untouched() && three.untouched());
+    EXPECT_TRUE(empty.data == nullptr && empty.width == 0);
+
+    HkImageProcessor::getInstance([](const QString&) { throw 1; });  // a receiver's own fault
+    EXPECT_NE(0, p->blur(c, 0, nullptr));
+    HkImageProcessor::getInstance(keepMessage);
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they need the address space
+TEST(ImagingDeathTest, LackOfMemoryIsAResult) {
+    const auto run = [] {
+        HkImage image(24000, 24000, 1, nullptr, 4);
+        const rlimit limit{1000u << 20, 1000u << 20};
+        const bool limited = image.data && setrlimit(RLIMIT_AS, &limit) == 0;
+        HkImageProcessor::getInstance(keepMessage);
+        const bool failed = processor().invert(&image, nullptr) != 0 &&
+                            processor().blur(&image, 3, nullptr) != 0 && image.data[0] == 0;
+        image.setImage32f(25000, 25000, 1, reinterpret_cast<float*>(image.data), 0, 1);
+        std::exit(limited && failed && image.width == 24000 && messages.size() == 2 ? 0 : 1);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+#endif
+
+TEST(Imaging, ThreadsWorkOnTheirOwnImages) {
+    const auto work = [](unsigned seed) {
+        Canvas canvas({61, 43, 3, 61, 43, 5}, seed);
+        HkImage* image = &canvas.image;
+        HkImageProcessor* p = HkImageProcessor::getInstance(keepMessage);
+        int failures = 0;
+        for (int round = 0; round < 5; ++round) {
+            failures += p->maxFilter(image, 3, nullptr) + p->blur(image, 4, nullptr);
+            failures += p->RGBtoYUV(image, nullptr) + p->open(image, 2, nullptr);
+            failures += p->YUVtoRGB(image, nullptr) + p->dilate_erode(image, -60, nullptr);
+        }
+        failures += p->RGBtoGrayscale(image, nullptr) + p->adaptTreshold(image, nullptr, 5, 3);
+        canvas.bytes.push_back(static_cast<unsigned char>(failures));
+        return canvas.bytes;
+    };
+    constexpr unsigned kThreads = 4;
+    std::vector<std::vector<unsigned char>> results(kThreads);
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < kThreads; ++i) threads.emplace_back([&, i] { results[i] = work(i); });
+    for (std::thread& thread : threads) thread.join();
+    for (unsigned i = 0; i < kThreads; ++i) {
+        EXPECT_EQ(results[i], work(i));
+        EXPECT_EQ(results[i].back(), 0);
+    }
+}
+
+// --- HkImage --------------------------------------------------------------------------------
+
+TEST(Image, ConstructorLaysOutRowsAndRefusesWhatCannotBe) {
+    const HkImage empty;
+    EXPECT_TRUE(!empty.data && empty.width == 0 && empty.roiHeight == 0 && empty.channels == 0);
+    for (const unsigned alignment : {1u, 3u, 4u, 32u}) {
+        const HkImage image(5, 4, 3, nullptr, alignment);
+        ASSERT_TRUE(image.data);
+        EXPECT_EQ(image.step % static_cast<int>(alignment), 0);
+        EXPECT_TRUE(image.step >= 15 && image.step < 15 + static_cast<int>(alignment));
+        EXPECT_TRUE(image.roiWidth == 5 && image.roiHeight == 4);
+        EXPECT_EQ(std::count(image.data, image.data + image.step * 4, 0), image.step * 4);
+    }
+    unsigned char pixels[4 * 16];
+    std::fill(std::begin(pixels), std::end(pixels), 7);
+    {
+        const HkImage shown(5, 4, 3, pixels, 4);
+        EXPECT_TRUE(shown.data == pixels && shown.step == 16);
+    }
+    EXPECT_EQ(std::count(std::begin(pixels), std::end(pixels), 7), 64);
+
+    const struct {
+        int width, height, channels;
+        unsigned alignment;
+    } impossible[] = {{0, 1, 1, 4},
+                      {1, 0, 1, 4},
+                      {-1, 1, 1, 4},
+                      {1, -5, 1, 4},
+                      {1, 1, 0, 4},
+                      {1, 1, 5, 4},
+                      {1, 1, -1, 4},
+                      {1, 1, 1, 0},
+                      {1, 1, 1, UINT_MAX},
+                      {INT_MAX, 1, 4, 4},
+                      {INT_MAX, INT_MAX, 1, 1},
+                      {65536, 65536, 1, 4},
+                      {1 << 29, 2, 4, 4}};
+    for (const auto& [width, height, channels, alignment] : impossible)
+        for (unsigned char* rows : {static_cast<unsigned char*>(nullptr), pixels}) {
+            const HkImage image(width, height, channels, rows, alignment);
+            EXPECT_TRUE(!image.data && image.width == 0 && image.step == 0 && image.channels == 0)
+                << width << " x " << height << " x " << channels << ", " << alignment;
+        }
+}
+
+/// A float plane as filters have it: rows of width floats raised to a multiple of 8.
+struct FloatPlane {
+    FloatPlane(int width, int height)
+        : rowLength((width + 7) / 8 * 8),
+          values(static_cast<std::size_t>(rowLength) * height, -77) {}
+    float& at(int x, int y) { return values[static_cast<std::size_t>(rowLength) * y + x]; }
+    int rowLength;
+    std::vector<float> values;
+};
+
+TEST(Image, FloatPlanesHaveAStepOfTheirOwn) {
+    for (const int width : {1, 7, 8, 9, 13, 64}) {
+        Canvas canvas({width, 5, 1, (width + 1) / 2, 3, 3}, static_cast<unsigned>(width));
+        FloatPlane plane(width, 5);
+        ASSERT_TRUE(canvas.image.getBufferCopy32f(plane.values.data(), -1.5f, 3.f));
+        for (int y = 0; y < 5; ++y)
+            for (int x = 0; x < plane.rowLength; ++x) {
+                const bool inside = x < (width + 1) / 2 && y < 3;
+                const double sample = canvas.image.data[y * canvas.image.step + std::min(x, width)];
+                ASSERT_NEAR(plane.at(x, y), inside ? -1.5 + sample * 4.5 / 255 : -77, 1e-6);
+            }
+        // The full range comes back as it was, and so does a value half a level off.
+        FloatPlane full(width, 5);
+        canvas.image.roiWidth = width;
+        canvas.image.roiHeight = 5;
+        ASSERT_TRUE(canvas.image.getBufferCopy32f(full.values.data(), 0, 255));
+        for (float& value : full.values) value += 0.4f;
+        unsigned char* const pixels = canvas.image.data;
+        canvas.image.setImage32f(width, 5, 1, full.values.data(), 0, 255);
+        EXPECT_EQ(canvas.image.data, pixels);
+        EXPECT_TRUE(canvas.untouched());
+    }
+}
+
+TEST(Image, SetImage32fScalesRoundsClampsAndWritesEachChannel) {
+    constexpr float inf = std::numeric_limits<float>::infinity();
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    constexpr float big = std::numeric_limits<float>::max();
+    const struct {
+        float value, lo, hi;
+        int level;
+    } rows[] = {
+        {0, 0, 255, 0},     {254.6f, 0, 255, 255}, {127.4f, 0, 255, 127}, {-3, 0, 255, 0},
+        {300, 0, 255, 255}, {nan, 0, 255, 0},      {inf, 0, 255, 255},    {-inf, 0, 255, 0},
+        {2, 1, 5, 64},      {0, -1, 1, 128},       {5, 5, 5, 0},          {9, 5, 5, 0},
+        {1, 2, 0, 0},       {1, nan, 2, 0},        {1, 0, nan, 0},        {0, -inf, inf, 0},
+        {inf, 0, inf, 255}, {7, 0, inf, 0},        {0, -big, big, 128},   {big, -big, big, 255},
+    };
+    for (const auto& [value, lo, hi, level] : rows)
+        for (const int channels : {1, 2, 3, 4}) {
+            FloatPlane plane(3, 2);
+            std::fill(plane.values.begin(), plane.values.end(), value);
+            HkImage image;
+            image.setImage32f(3, 2, channels, plane.values.data(), lo, hi);
+            ASSERT_EQ(image.channels, channels);
+            for (int i = 0; i < 3 * channels; ++i)
+                ASSERT_EQ(image.data[image.step + i], level) << value << " in " << lo << " " << hi;
+        }
+}
+
+TEST(Image, FloatExchangeRefusesWhatItCannotDo) {
+    float floats[64] = {};
+    HkImage empty;
+    HkImage colour(3, 2, 3, nullptr, 4);
+    HkImage grey(3, 2, 1, nullptr, 4);
+    EXPECT_FALSE(empty.getBufferCopy32f(floats, 1, 2));
+    EXPECT_FALSE(colour.getBufferCopy32f(floats, 1, 2));
+    EXPECT_FALSE(grey.getBufferCopy32f(nullptr, 1, 2));
+    EXPECT_EQ(std::count(std::begin(floats), std::end(floats), 0.f), 64);
+
+    unsigned char* const pixels = grey.data;
+    grey.data[0] = 9;
+    grey.setImage32f(3, 2, 1, nullptr, 0, 1);
+    grey.setImage32f(0, 2, 1, floats, 0, 1);
+    grey.setImage32f(3, -2, 1, floats, 0, 1);
+    grey.setImage32f(3, 2, 5, floats, 0, 1);
+    grey.setImage32f(INT_MAX, INT_MAX, 4, floats, 0, 1);
+    EXPECT_TRUE(grey.data == pixels && grey.data[0] == 9 && grey.width == 3 && grey.channels == 1);
+
+    unsigned char caller[8] = {5, 5, 5, 5, 5, 5, 5, 5};
+    HkImage shown(2, 2, 1, caller, 4);
+    shown.setImage32f(3, 2, 2, floats, 0, 1);  // does not fit: the caller's rows are left alone
+    EXPECT_TRUE(shown.data != caller && shown.width == 3 && shown.channels == 2);
+    EXPECT_EQ(std::count(std::begin(caller), std::end(caller), 5), 8);
+}
+
+}  // namespace
