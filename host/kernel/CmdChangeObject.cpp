@@ -44,7 +44,7 @@ struct CmdChangeObject::Private {
     std::optional<qint64> frame;      // of the keys written; none: base values
     std::vector<Change> changes;      // by rising index
     std::vector<ParamEdit> edits;     // makes the changes; empty before the first redo
-    std::vector<ParamEdit> takeBack;  // restores what was there before
+    std::vector<ParamEdit> takeBack;  // restores what was there before the first redo
     bool prepared = false;
 
     void prepare();
@@ -119,8 +119,8 @@ void CmdChangeObject::redo() {
         setObsolete(d->changes.empty());
     }
     if (d->edits.empty()) return;
-    if (auto takeBack = KernelStore::instance().apply(d->id.objectId, d->edits))
-        d->takeBack = std::move(*takeBack);
+    const auto takeBack = KernelStore::instance().apply(d->id.objectId, d->edits);
+    if (takeBack && d->takeBack.empty()) d->takeBack = *takeBack;
 }
 
 void CmdChangeObject::undo() {

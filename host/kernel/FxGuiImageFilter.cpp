@@ -52,6 +52,8 @@ void FxGuiImageFilter::slotGuiControlsChanged() {
 void FxGuiImageFilter::Private::build() {
     auto* frame = new QFrame(q);
     frame->setFrameShape(QFrame::StyledPanel);
+    frame->setBackgroundRole(QPalette::AlternateBase);  // a card that lifts off the window
+    frame->setAutoFillBackground(true);
     auto* outer = new QVBoxLayout(q);
     outer->setContentsMargins(0, 0, 0, 0);
     outer->addWidget(frame);
@@ -63,9 +65,6 @@ void FxGuiImageFilter::Private::build() {
     enabled->setObjectName(QStringLiteral("theChbEnabled"));
     enabled->setToolTip(tr("Switches the filter on or off; its settings stay"));
     enabled->setIcon(manipulator->filterIcon());
-    QFont bold = enabled->font();
-    bold.setBold(true);
-    enabled->setFont(bold);
     animate = makeButton(frame, "theTbAnimate", EntryGlyph::Keyframe,
                          tr("Animates the settings: every edit becomes a keyframe of its frame"));
     animate->setCheckable(true);
@@ -102,8 +101,12 @@ void FxGuiImageFilter::Private::showState() {
     const KernelStore& store = KernelStore::instance();
     const auto state = store.state(objectId);
     if (!state) return;
-    if (state->params.size() > kEnabledParam)
-        enabled->setChecked(state->params[kEnabledParam].base.toBool());
+    const bool isOn =
+        state->params.size() > kEnabledParam && state->params[kEnabledParam].base.toBool();
+    enabled->setChecked(isOn);
+    QFont font = enabled->font();
+    font.setBold(isOn);  // which filters work is seen without looking for the marks
+    enabled->setFont(font);
     animate->setChecked(state->animated);
     const int position = store.positionOf(objectId);
     up->setEnabled(position > 0);

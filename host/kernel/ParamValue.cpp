@@ -102,9 +102,10 @@ std::optional<QVariant> convertParamValue(const QVariant& value, QMetaType::Type
 }
 
 QString paramValueText(const QVariant& value) {
-    if (value.userType() == QMetaType::Double)
-        return QString::number(value.toDouble(), 'g', std::numeric_limits<double>::max_digits10);
-    return value.toString();
+    if (value.userType() != QMetaType::Double) return value.toString();
+    const double number = value.toDouble();
+    if (number == 0.0 && std::signbit(number)) return QStringLiteral("-0");
+    return QString::number(number, 'g', std::numeric_limits<double>::max_digits10);
 }
 
 QVariant interpolateParamValue(const QVariant& from, qint64 fromFrame, const QVariant& to,

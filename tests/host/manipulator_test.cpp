@@ -1,0 +1,277 @@
+// The manipulator base and its entries in a real window.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <QToolBox>
+#include <QToolButton>
+#include <QUndoStack>
+#include <QVBoxLayout>
+
+#include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
+#include "host/kernel/KernelNotifier.h"
+#include "host/kernel/KernelStore.h"
+#include "tests/host/plugins/TestFilter.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+
+const int kType = TestManipulator::kTypeId;
+
+/// A window as an editor has one: the tool box, and the entries in rendering order.
+class Manipulator : public ::testing::Test {
+protected:
+    Manipulator() {
+        for (TestManipulator* manipulator : {&filter, &other}) {
+            manipulator->setUndoStack(&stack);
+            manipulator->initManipulator(&toolBox);
+        }
+        auto* layout = new QVBoxLayout(&window);
+        QObject::connect(KernelNotifier::instance(), &KernelNotifier::objectAdded, &window,
+                         [=](int typeId, int objectId) {
+                             if (auto* made = store.manipulator(typeId)->getFilterGui(objectId))
+                                 layout->addWidget(made);
+                         });
+        window.show();
+    }
+
+    FxGuiImageFilter* entry(int objectId) { return filter.getFilterGui(objectId); }
+    void click(int objectId, const char* button) {
+        QWidget* entryWidget = filter.getFilterGui(objectId);
+        if (!entryWidget) entryWidget = other.getFilterGui(objectId);
+        QTest::mouseClick(entryWidget->findChild<QToolButton*>(button), Qt::LeftButton);
+    }
+    std::vector<int> order() {
+        std::vector<int> ids;
+        for (const InstanceId& id : store.instances()) ids.push_back(id.objectId);
+        return ids;
+    }
+    int sizeOf(int objectId, qint64 frame = 0) {
+        return HkFXKernelData::getInstance()
+            ->getObject(kType, objectId)
+            ->getKeyframesAt(frame)
+            .at(TestManipulator::Size)
+            .getValue()
+            .toInt();
+    }
+
+    KernelStore& store = KernelStore::instance();
+    QUndoStack stack;
+    QToolBox toolBox;
+    QWidget window;
+    TestManipulator filter;
+    TestManipulator other{9002, "Other"};
+};
+
+TEST_F(Manipulator, ToolBoxPageAppliesTheFilter) {
+    ASSERT_EQ(toolBox.count(), 2);
+    EXPECT_EQ(toolBox.itemText(0), "Test & try");
+    EXPECT_FALSE(toolBox.itemIcon(0).isNull());
+    EXPECT_EQ(toolBox.widget(0)->findChild<QLabel*>()->text(), filter.filterDescription());
+    toolBox.widget(0)->findChild<QPushButton*>("thePbAdd")->click();
+    ASSERT_EQ(store.instances().size(), 1u);
+    EXPECT_EQ(store.instances().front().typeId, kType);
+    EXPECT_EQ(stack.undoText(), "Add Test & try");
+}
+
+TEST_F(Manipulator, WithoutToolBoxThereAreNoWindows) {
+    TestManipulator plain(9003, "Plain");
+    plain.initManipulator(nullptr);
+    const int object = plain.addFilter();
+    EXPECT_GT(object, 0) << "a host without undo stack applies filters, too";
+    EXPECT_EQ(plain.getFilterGui(object), nullptr);
+    plain.enableFilter(object, false);
+    EXPECT_EQ(store.state(object)->params[TestManipulator::Enabled].base, QVariant(0));
+    plain.slotMediaLoadedInKernel();
+    EXPECT_EQ(plain.refreshes, 0);
+    TestManipulator unregistered(9004, "Unregistered");
+    EXPECT_EQ(unregistered.addFilter(), -1);
+}
+
+TEST_F(Manipulator, APageGoesWithItsManipulator) {
+    {
+        TestManipulator passing(9003, "Passing");
+        passing.initManipulator(&toolBox);
+        passing.addFilter();
+        EXPECT_EQ(toolBox.count(), 3);
+    }
+    EXPECT_EQ(toolBox.count(), 2);
+    EXPECT_TRUE(store.instances().empty());
+}
+
+TEST_F(Manipulator, EntriesFollowTheInstances) {
+    const int object = filter.addFilter();
+    const QPointer<FxGuiImageFilter> made = entry(object);
+    ASSERT_TRUE(made);
+    EXPECT_EQ(made->objectId(), object);
+    EXPECT_EQ(made->manipulator(), &filter);
+    EXPECT_EQ(made->controlPage->parentWidget()->window(), &window);
+    EXPECT_EQ(entry(object), made) << "one entry per instance";
+    EXPECT_EQ(other.getFilterGui(object), nullptr);
+    EXPECT_EQ(entry(object + 1), nullptr);
+
+    store.setBaseValue(object, TestManipulator::Size, 6);
+    filter.removeFilter(made);
+    EXPECT_EQ(stack.undoText(), "Remove Test & try");
+    EXPECT_EQ(entry(object), nullptr);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_FALSE(made) << "the entry is deleted";
+    stack.undo();
+    ASSERT_NE(entry(object), nullptr) << "and made anew with the instance, under its own id";
+    EXPECT_EQ(filter.page(object)->size->value(), 6);
+    stack.undo();
+    EXPECT_TRUE(store.instances().empty());
+    stack.redo();
+    EXPECT_THAT(order(), ElementsAre(object));
+}
+
+TEST_F(Manipulator, OneEditIsOneStepAndUndoShowsTheOldValue) {
+    const int object = filter.addFilter();
+    TestPage* page = filter.page(object);
+    const int refreshes = filter.refreshes;
+    page->size->setValue(5);
+    EXPECT_EQ(sizeOf(object), 5);
+    EXPECT_EQ(stack.count(), 2);
+    EXPECT_EQ(filter.refreshes, refreshes) << "the page does not refresh for its own edit";
+    stack.undo();
+    EXPECT_EQ(page->size->value(), 1);
+    EXPECT_EQ(filter.refreshes, refreshes + 1);
+    EXPECT_EQ(stack.count(), 2) << "showing a value is no edit";
+    stack.redo();
+    EXPECT_EQ(page->size->value(), 5);
+}
+
+TEST_F(Manipulator, ADragIsOneStepAndTheNextAnother) {
+    const int object = filter.addFilter();
+    QSlider* slider = filter.page(object)->size;
+    slider->setFixedWidth(200);
+    QApplication::processEvents();
+    const auto drag = [&](std::initializer_list<int> places) {
+        QTest::mousePress(slider, Qt::LeftButton, {}, {slider->sliderPosition() * 14, 10});
+        slider->setSliderDown(true);  // wherever the style draws the handle
+        for (const int place : places) slider->setSliderPosition(place);
+        QTest::mouseRelease(slider, Qt::LeftButton, {}, {100, 10});
+    };
+    const int stepsBefore = stack.count();
+    drag({3, 4, 5});
+    drag({6, 7, 8});
+    EXPECT_EQ(sizeOf(object), 8);
+    EXPECT_EQ(stack.count(), stepsBefore + 2);
+    stack.undo();
+    EXPECT_EQ(sizeOf(object), 5);
+}
+
+TEST_F(Manipulator, EnablingIsShownAndUndone) {
+    const int object = filter.addFilter();
+    auto* box = entry(object)->findChild<QCheckBox*>("theChbEnabled");
+    EXPECT_TRUE(box->isChecked());
+    box->click();
+    EXPECT_EQ(store.state(object)->params[TestManipulator::Enabled].base, QVariant(0));
+    EXPECT_EQ(stack.undoText(), "Test & try: switch off");
+    stack.undo();
+    EXPECT_TRUE(box->isChecked());
+    filter.enableFilter(object, true);
+    EXPECT_EQ(stack.count(), 1) << "nothing to switch: the undone step is replaced by none";
+    filter.enableFilter(object + 5, true);
+    EXPECT_EQ(stack.count(), 1);
+}
+
+TEST_F(Manipulator, AnimatingMakesKeysOfTheCurrentFrame) {
+    const int object = filter.addFilter();
+    store.setBaseValue(object, TestManipulator::Size, 4);
+    store.setCurrentFrame(12);
+    const InstanceState before = *store.state(object);
+    click(object, "theTbAnimate");
+    EXPECT_EQ(stack.undoText(), "Test & try: animate");
+    const InstanceState animated = *store.state(object);
+    EXPECT_TRUE(HkFXKernelData::getInstance()->getObject(kType, object)->animated);
+    EXPECT_EQ(animated.params[TestManipulator::Size].keys, (ParamTrack{{12, {4, false}}}));
+    EXPECT_EQ(animated.params[TestManipulator::Smooth].keys, (ParamTrack{{12, {false, true}}}));
+    EXPECT_TRUE(animated.params[TestManipulator::Enabled].keys.empty());
+
+    store.setCurrentFrame(20);
+    filter.page(object)->size->setValue(12);
+    EXPECT_EQ(sizeOf(object, 16), 8);
+    store.setCurrentFrame(16);
+    EXPECT_EQ(filter.page(object)->size->value(), 8) << "pages follow the current frame";
+    const InstanceState edited = *store.state(object);
+    click(object, "theTbAnimate");
+    EXPECT_EQ(sizeOf(object, 0), 8) << "what was in force at the current frame stays";
+    EXPECT_TRUE(store.state(object)->params[TestManipulator::Size].keys.empty());
+    stack.undo();
+    EXPECT_TRUE(*store.state(object) == edited);
+    EXPECT_TRUE(entry(object)->findChild<QToolButton*>("theTbAnimate")->isChecked());
+    stack.undo();
+    stack.undo();
+    EXPECT_TRUE(*store.state(object) == before);
+    const int steps = stack.count();
+    filter.changeFilterAnimationState(object, true, false);
+    EXPECT_EQ(stack.count(), steps) << "done at once when no undo step is asked for";
+    EXPECT_TRUE(store.state(object)->animated);
+    store.setCurrentFrame(0);
+}
+
+TEST_F(Manipulator, EntriesMoveAcrossTypes) {
+    const int a = filter.addFilter();
+    const int b = other.addFilter();
+    const int c = filter.addFilter();
+    const auto isEnabled = [&](int object, const char* button) {
+        return entry(object)->findChild<QToolButton*>(button)->isEnabled();
+    };
+    EXPECT_FALSE(isEnabled(a, "theTbUp"));
+    EXPECT_TRUE(isEnabled(a, "theTbDown"));
+    EXPECT_FALSE(isEnabled(c, "theTbDown"));
+    click(a, "theTbDown");
+    EXPECT_THAT(order(), ElementsAre(b, a, c));
+    EXPECT_EQ(stack.undoText(), "Move Test & try down");
+    EXPECT_TRUE(isEnabled(a, "theTbUp"));
+    click(a, "theTbDown");
+    EXPECT_THAT(order(), ElementsAre(b, c, a));
+    EXPECT_FALSE(isEnabled(a, "theTbDown"));
+    click(c, "theTbUp");
+    EXPECT_THAT(order(), ElementsAre(c, b, a));
+    const int steps = stack.count();
+    filter.moveFilter(entry(a), nullptr);
+    filter.moveFilter(entry(a), entry(a));
+    filter.moveFilter(nullptr, entry(a));
+    filter.moveFilter(entry(c), other.getFilterGui(b));
+    EXPECT_EQ(stack.count(), steps) << "each is where it should go already";
+    while (stack.index() > 3) stack.undo();
+    EXPECT_THAT(order(), ElementsAre(a, b, c));
+    click(b, "theTbRemove");
+    EXPECT_THAT(order(), ElementsAre(a, c));
+    QApplication::processEvents();
+    stack.undo();
+    EXPECT_THAT(order(), ElementsAre(a, b, c)) << "back in its place";
+}
+
+TEST_F(Manipulator, NewMediaRefreshAllPages) {
+    const int a = filter.addFilter();
+    const int b = filter.addFilter();
+    for (const int object : {a, b}) {
+        const QSignalBlocker quiet(filter.page(object)->size);
+        filter.page(object)->size->setValue(9);  // a page that has lost touch
+    }
+    QObject::connect(KernelNotifier::instance(), SIGNAL(signalMediaLoaded()), &filter,
+                     SLOT(slotMediaLoadedInKernel()));
+    store.announceMediaLoaded();
+    EXPECT_EQ(filter.page(a)->size->value(), 1);
+    EXPECT_EQ(filter.page(b)->size->value(), 1);
+}
+
+TEST_F(Manipulator, AWindowThatClosesTakesItsEntriesAndTheyCanBeMadeAgain) {
+    const int object = filter.addFilter();
+    auto* dialog = new QWidget;
+    entry(object)->setParent(dialog);
+    delete dialog;
+    store.setBaseValue(object, TestManipulator::Size, 3);
+    ASSERT_NE(entry(object), nullptr);
+    EXPECT_EQ(filter.page(object)->size->value(), 3);
+}
+
+}  // namespace

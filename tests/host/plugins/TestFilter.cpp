@@ -1,0 +1,114 @@
+#include "tests/host/plugins/TestFilter.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QSignalBlocker>
+#include <QUndoStack>
+
+#include "framework/contract/FxKernelApi/CmdChangeObject.h"
+#include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
+#include "framework/contract/FxKernelApi/HkFXKernelData.h"
+
+namespace {
+
+class TestImageFilter : public HkImageFilter {
+public:
+    TestImageFilter(int typeId, int instance) : HkImageFilter(instance), m_typeId(typeId) {}
+    int filterTypeId() override { return m_typeId; }
+    HkImage* processImage(HkImage* image, __int64) override { return image; }
+
+private:
+    int m_typeId;
+};
+
+}  // namespace
+
+TestPage::TestPage(QWidget* parent)
+    : QWidget(parent),
+      size(new QSlider(Qt::Horizontal, this)),
+      smooth(new QCheckBox("Smooth", this)) {
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(new QLabel("Size", this));
+    layout->addWidget(size);
+    layout->addWidget(smooth);
+    size->setRange(1, 13);
+}
+
+TestManipulator::TestManipulator(int typeId, const QString& title)
+    : HkFilterManipulator(nullptr), m_title(title) {
+    filterType = typeId;
+}
+
+void TestManipulator::initManipulator(QToolBox* toolBox) {
+    HkFilterManipulator::initManipulator(toolBox);
+    HkFXKernelData* kernel = HkFXKernelData::getInstance();
+    registered = kernel->registerFilterType(this, filterType);
+    if (!registered) return;
+    auto* descr = new HkKernelObjectDataDescr(filterType, ParameterCount);
+    descr->addParamDescr(Enabled, "Enabled", QMetaType::Int, ParamDescr::Constant);
+    descr->addParamDescr(Smooth, "Smooth", QMetaType::Bool, ParamDescr::Stepped);
+    descr->addParamDescr(Size, "Size", QMetaType::Int, ParamDescr::Interpolated);
+    descr->addParamDescr(Gain, "Gain", QMetaType::Double, ParamDescr::Interpolated);
+    descr->addParamDescr(Label, "Label", QMetaType::QString, ParamDescr::Stepped);
+    registered = kernel->registerDataDescriptor(descr, filterType);
+}
+
+QIcon TestManipulator::filterIcon() {
+    QPixmap pixmap(22, 22);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(QColor(70, 130, 180));
+    painter.drawEllipse(3, 3, 16, 16);
+    return QIcon(pixmap);
+}
+
+void TestManipulator::commitGuiChanges(int objectId) {
+    const TestPage* shown = page(objectId);
+    const HkKernelObjectData* object = kernelData->getObject(filterType, objectId);
+    const HkKernelObjectDataDescr* descr = kernelData->getDataDescriptor(filterType);
+    if (!shown || !object) return;
+    HkParamKeyframeVector values = descr->createKeyframeVector();
+    descr->setValue(values, "Size", shown->size->value());
+    descr->setValue(values, "Smooth", shown->smooth->isChecked());
+    if (object->animated) values.setFrameNumber(kernelData->currentFrame);
+    editInProgress = true;
+    undoStack->push(new CmdChangeObject(filterType, objectId, values, true));
+    editInProgress = false;
+}
+
+HkImageFilter* TestManipulator::createImageFilter(int objectId) {
+    return new TestImageFilter(filterType, objectId);
+}
+
+QWidget* TestManipulator::createFilterGui(QWidget* parent) {
+    auto* made = new TestPage(parent);
+    connect(made->size, SIGNAL(valueChanged(int)), parent, SLOT(slotGuiControlsChanged()));
+    connect(made->smooth, SIGNAL(toggled(bool)), parent, SLOT(slotGuiControlsChanged()));
+    return made;
+}
+
+bool TestManipulator::fillDefaultValues(const HkKernelObjectDataDescr* descr,
+                                        HkParamKeyframeVector& values, int) {
+    return descr->setValue(values, "Enabled", 1) && descr->setValue(values, "Smooth", false) &&
+           descr->setValue(values, "Size", 1) && descr->setValue(values, "Gain", 0.5) &&
+           descr->setValue(values, "Label", "plain");
+}
+
+void TestManipulator::updateGuiFromKernel(int objectId, const HkKernelObjectData* object) {
+    TestPage* shown = page(objectId);
+    if (!shown) return;
+    ++refreshes;
+    const HkParamKeyframeVector values = object->getKeyframesAt(kernelData->currentFrame);
+    const QSignalBlocker blockSize(shown->size);
+    const QSignalBlocker blockSmooth(shown->smooth);
+    shown->size->setValue(values.at(Size).getValue().toInt());
+    shown->smooth->setChecked(values.at(Smooth).getValue().toBool());
+}
+
+TestPage* TestManipulator::page(int objectId) {
+    const FxGuiImageFilter* entry = getFilterGui(objectId);
+    return entry ? dynamic_cast<TestPage*>(entry->controlPage) : nullptr;
+}
