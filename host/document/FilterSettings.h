@@ -1,0 +1,18 @@
+#pragma once
+
+#include "host/document/FilterCatalog.h"
+#include "host/document/FilterText.h"
+#include "host/kernel/InstanceState.h"
+
+namespace document {
+
+/// The state of an instance set up as the text says: the filter's defaults with the values and keys
+/// of the text. An instance with keys is animated.
+///
+/// A value must be of the parameter's type (whole number, number, true or false, where 1 and 0 mean
+/// true and false) and in its range; the default is valid even where it is outside. A parameter of
+/// kind Stepped holds every key; one of kind Constant takes no keys.
+/// Throws FilterError naming the filter, the parameter, the value and what is valid.
+InstanceState settingsFromText(const FilterText& text, const FilterCatalog& catalog);
+
+}  // namespace document

@@ -1,0 +1,174 @@
+#include "host/render/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <QStringList>
+#include <algorithm>
+#include <map>
+
+#include "host/document/NearestName.h"
+
+namespace render {
+
+namespace {
+
+const char kIntroduction[] = "Applies the filters of an image filter plug-in to pictures.";
+
+const char kApplyNotes[] =
+    R"(FILTER   KEY or KEY:Name=VALUE,Name=VALUE...  (fxrender list shows what there is)
+VALUE    a number, true or false; over time keys such as "0=1;20|=5;40=9":
+         FRAME=VALUE runs in a line to the next key, FRAME|=VALUE holds until it
+INPUT    a picture, several pictures, a numbered sequence (shot_####.png,
+         shot_%04d.png) or a folder
+OUTPUT   a picture, a numbered sequence or a folder; never one of the inputs
+LIST     single frames, ranges, steps: 1,5,10-20:2  -5  -10--5  100-
+
+Examples:
+  fxrender apply photo.png -o sharp.png -f Degauss:Threshold=4
+  fxrender apply cells.tif -o split.png -f "Channel separation:Channel=5" \
+      -f "Adaptive threshold:Size=51,Min=0" -f "Object separator:Det=20"
+  fxrender apply shot_####.png -o blurred/ -f "Blur and enhance:Blur=0=1;20=13"
+
+Exit codes: 0 done, 1 some frames failed (--keep-going), 2 wrong command line,
+  65 invalid data, 66 input missing, 73 output cannot be created,
+  74 read or write error, 75 try again later, 130 or 143 stopped by a signal)";
+
+std::string versionText() {
+    return std::string("fxrender ") + FX_VERSION + " (Qt " + qVersion() + ")\n";
+}
+
+void addPluginOption(CLI::App& command, std::string& path) {
+    command.add_option("--plugin", path, "The plug-in library, if not the one of this program")
+        ->type_name("FILE");
+}
+
+void defineList(CLI::App& app, ListOptions& options) {
+    CLI::App* list = app.add_subcommand("list", "Shows the filters and their parameters");
+    list->add_flag("--json", options.json, "As JSON, for programs");
+    addPluginOption(*list, options.plugin);
+}
+
+void defineApply(CLI::App& app, ApplyOptions& options) {
+    CLI::App* apply = app.add_subcommand("apply", "Applies filters to pictures");
+    apply->add_option("INPUT", options.inputs, "What to read")->required()->type_name("");
+    apply->add_option("-o,--output", options.output, "Where to write")
+        ->required()
+        ->type_name("OUTPUT");
+    apply
+        ->add_option("-f,--filter", options.filters,
+                     "A filter with its settings; several run in this order")
+        ->required()
+        ->allow_extra_args(false)
+        ->type_name("FILTER");
+    apply->add_option("--frames", options.frames, "The frames to render, if not all")
+        ->type_name("LIST");
+    const int mostJobs = 1024;
+    apply
+        ->add_option("-j,--jobs", options.jobs,
+                     "How many frames to work on at once, if not one per core")
+        ->check(CLI::Range(1, mostJobs))
+        ->type_name("N");
+    apply->add_flag("--keep-going", options.keepGoing, "Render the other frames when one fails");
+    apply->add_flag("-n,--dry-run", options.dryRun,
+                    "Check everything, say what would be written, write nothing");
+    const std::map<std::string, ProgressMode> modes = {{"auto", ProgressMode::Auto},
+                                                       {"bar", ProgressMode::Bar},
+                                                       {"plain", ProgressMode::Plain},
+                                                       {"json", ProgressMode::Json},
+                                                       {"none", ProgressMode::None}};
+    apply->add_option("--progress", options.progress, "auto, bar, plain, json or none")
+        ->transform(CLI::CheckedTransformer(modes).description(""))
+        ->type_name("HOW");
+    apply->add_option("--report", options.report, "Write what became of every frame, as JSON")
+        ->type_name("FILE");
+    apply->add_flag("-q,--quiet", options.quiet, "Nothing but error messages");
+    addPluginOption(*apply, options.plugin);
+    apply->footer(kApplyNotes);
+}
+
+QStringList validWords(const CLI::App& app) {
+    QStringList words;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        words.append(QString::fromStdString(command->get_name()));
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& name : option->get_lnames())
+            words.append(QString::fromStdString("--" + name));
+        for (const std::string& name : option->get_snames())
+            words.append(QString::fromStdString("-" + name));
+    }
+    return words;
+}
+
+/// The command that was being parsed when the error came up.
+const CLI::App& activeCommand(const CLI::App& app) {
+    const auto commands = app.get_subcommands();
+    return commands.empty() ? app : *commands.front();
+}
+
+[[noreturn]] void refuseUnknownWord(const CLI::App& app) {
+    const CLI::App& command = activeCommand(app);
+    const std::vector<std::string> unknown = app.remaining(true);
+    const std::string word = unknown.empty() ? std::string() : unknown.front();
+    const std::string bare = word.substr(0, word.find('='));
+    const bool isOption = word.size() > 1 && word.front() == '-';
+    std::string message = std::string("there is no ") + (isOption ? "option " : "command ") + bare;
+    const QString nearest =
+        document::nearestName(QString::fromStdString(bare), validWords(command));
+    if (!nearest.isNull()) message += "; did you mean " + nearest.toStdString() + "?";
+    if (nearest.isNull() && !isOption) message += "; valid: list, apply";
+    const std::string help =
+        command.get_name().empty() ? "fxrender" : "fxrender " + command.get_name();
+    if (nearest.isNull() && isOption) message += "; " + help + " --help shows those there are";
+    throw UsageError(message);
+}
+
+std::string onOneLine(std::string text) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
+}
+
+}  // namespace
+
+CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
+    CommandLine result;
+    CLI::App app(kIntroduction, "fxrender");
+    app.set_version_flag("--version", versionText);
+    app.require_subcommand(0, 1);
+    app.get_formatter()->column_width(26);
+    defineList(app, result.list);
+    defineApply(app, result.apply);
+
+    std::vector<std::string> backwards(arguments.rbegin(), arguments.rend());
+    for (std::string& argument : backwards) {
+        // The parser takes [...] for a list of values; here it can only be the name of a file.
+        if (argument.size() > 1 && argument.front() == '[' && argument.back() == ']')
+            argument.insert(0, "./");
+    }
+    try {
+        app.parse(backwards);
+    } catch (const CLI::CallForHelp&) {
+        result.text = app.help();
+        return result;
+    } catch (const CLI::CallForVersion&) {
+        result.text = versionText();
+        return result;
+    } catch (const CLI::ExtrasError&) {
+        refuseUnknownWord(app);
+    } catch (const CLI::ParseError& error) {
+        // A missing argument may be the consequence of a misspelt option: say that first.
+        if (!app.remaining(true).empty()) refuseUnknownWord(app);
+        throw UsageError(onOneLine(error.what()));
+    }
+    if (app.get_subcommands().empty()) throw UsageError("no command given; valid: list, apply");
+    result.command = app.got_subcommand("list") ? CommandLine::List : CommandLine::Apply;
+    return result;
+}
+
+std::string shortUsage() {
+    return "fxrender applies the filters of an image filter plug-in to pictures.\n"
+           "\n"
+           "  fxrender list [--json]                            what filters there are\n"
+           "  fxrender apply INPUT... -o OUTPUT -f FILTER ...   apply filters to pictures\n"
+           "  fxrender apply --help                             all options, and examples\n";
+}
+
+}  // namespace render

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace render {
+
+/// What the process reports to whoever started it (the numbers from 65 on are those of sysexits.h).
+enum ExitCode : int {
+    Done = 0,
+    SomeFramesFailed = 1,
+    WrongCommandLine = 2,
+    InvalidData = 65,
+    MissingInput = 66,
+    CannotCreate = 73,
+    ReadWriteError = 74,
+    TryAgainLater = 75,
+    Interrupted = 130,  ///< 128 + SIGINT
+    Terminated = 143    ///< 128 + SIGTERM
+};
+
+/// Ends a command with a message of one line, without a full stop at its end.
+class CommandError : public std::runtime_error {
+public:
+    CommandError(ExitCode code, const std::string& message)
+        : std::runtime_error(message), m_code(code) {}
+    ExitCode code() const { return m_code; }
+
+private:
+    ExitCode m_code;
+};
+
+/// The command line asks for something that cannot be.
+class UsageError : public CommandError {
+public:
+    explicit UsageError(const std::string& message) : CommandError(WrongCommandLine, message) {}
+};
+
+}  // namespace render

@@ -1,0 +1,31 @@
+#include "host/render/FrameJob.h"
+
+#include <memory>
+#include <stdexcept>
+
+#include "host/document/ChainRenderer.h"
+
+namespace render {
+
+std::vector<FrameWork> renderingWorkers(int count, const media::MediaSource& source,
+                                        media::MediaSink& sink) {
+    std::vector<FrameWork> workers;
+    for (int i = 0; i < count; ++i) {
+        // A std::function is copied about: the filters are shared by its copies, not by workers.
+        const auto chain = std::make_shared<document::ChainRenderer>();
+        workers.push_back([chain, &source, &sink](std::int64_t frame) {
+            media::PictureProperties properties;
+            std::unique_ptr<HkImage> image = source.read(frame, &properties);
+            image = chain->render(std::move(image), frame);
+            sink.write(frame, *image, properties);
+        });
+    }
+    return workers;
+}
+
+std::vector<FrameWork> inspectingWorkers(int count, const media::MediaSource& source) {
+    const FrameWork inspect = [&source](std::int64_t frame) { source.info(frame); };
+    return std::vector<FrameWork>(static_cast<std::size_t>(count), inspect);
+}
+
+}  // namespace render

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/render/ExitCode.h"
+
+namespace render {
+
+/// What became of one frame.
+struct FrameOutcome {
+    enum Status { NotStarted, Finished, Failed };
+
+    std::int64_t frame = 0;
+    Status status = NotStarted;
+    double seconds = 0;
+    ExitCode code = Done;  ///< why it failed
+    std::string error;     ///< one line, empty unless it failed
+};
+
+/// Does the work of one frame; throws media::MediaError or another std::exception when it fails.
+using FrameWork = std::function<void(std::int64_t frame)>;
+
+struct RunRules {
+    bool keepGoing = false;            ///< a failed frame does not end the run
+    std::function<bool()> shouldStop;  ///< asked before every frame, on any thread; may be empty
+};
+
+/// Runs the frames on one thread per worker, each thread calling its own worker only, frames begun
+/// in ascending order, and returns the outcomes in the order of `frames`. What has begun is always
+/// finished. `onOutcome` is called on the calling thread as frames end, in the order in which they
+/// do, and `onTick` a few times a second while nothing ends; both may be empty. Because all frames
+/// before a failed one have begun, the first failure among the outcomes does not depend on the
+/// number of workers.
+std::vector<FrameOutcome> runFrames(const std::vector<std::int64_t>& frames,
+                                    const std::vector<FrameWork>& workers, const RunRules& rules,
+                                    const std::function<void(const FrameOutcome&)>& onOutcome,
+                                    const std::function<void()>& onTick);
+
+}  // namespace render

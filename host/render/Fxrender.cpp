@@ -1,0 +1,76 @@
+#include "host/render/Fxrender.h"
+
+#include <cstdio>
+#include <new>
+
+#include "host/document/FilterError.h"
+#include "host/media/MediaError.h"
+#include "host/render/ApplyCommand.h"
+#include "host/render/CommandLine.h"
+#include "host/render/ListCommand.h"
+#include "host/render/PluginSession.h"
+#include "host/render/StopSignal.h"
+
+namespace render {
+
+namespace {
+
+int printText(const std::string& text) {
+    std::fputs(text.c_str(), stdout);
+    return Done;
+}
+
+int runCommand(const std::vector<std::string>& arguments) {
+    const CommandLine commandLine = parseCommandLine(arguments);
+    switch (commandLine.command) {
+        case CommandLine::ShowText:
+            return printText(commandLine.text);
+        case CommandLine::List: {
+            const PluginSession session(commandLine.list.plugin);
+            return printText(commandLine.list.json ? filterJson(session.catalog())
+                                                   : filterTable(session.catalog()));
+        }
+        case CommandLine::Apply: {
+            StopSignal::install();
+            const PluginSession session(commandLine.apply.plugin);
+            return runApply(commandLine.apply, session.catalog());
+        }
+    }
+    return WrongCommandLine;
+}
+
+}  // namespace
+
+int reportErrors(const char* program, const std::function<int()>& work) {
+    const auto fail = [program](const char* message, int code) {
+        std::fprintf(stderr, "%s: %s\n", program, message);
+        return code;
+    };
+    try {
+        const int code = work();
+        // What did not reach standard output is lost: that is not success.
+        if (std::fflush(stdout) != 0)
+            return fail("standard output cannot be written", ReadWriteError);
+        return code;
+    } catch (const CommandError& error) {
+        return fail(error.what(), error.code());
+    } catch (const document::FilterError& error) {
+        return fail(error.what(), WrongCommandLine);
+    } catch (const media::MediaError& error) {
+        return fail(error.what(), error.exitCode());
+    } catch (const std::bad_alloc&) {
+        return fail("not enough memory", TryAgainLater);
+    } catch (const std::exception& error) {
+        return fail(error.what(), ReadWriteError);
+    }
+}
+
+int runFxrender(const std::vector<std::string>& arguments) {
+    if (arguments.empty()) {
+        std::fputs(shortUsage().c_str(), stderr);
+        return WrongCommandLine;
+    }
+    return reportErrors("fxrender", [&arguments] { return runCommand(arguments); });
+}
+
+}  // namespace render

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/render/FrameRunner.h"
+
+namespace render {
+
+/// The file --report writes: what became of every frame, as JSON.
+class Report {
+public:
+    /// Throws CommandError(CannotCreate) when no file can be made there; makes none yet.
+    explicit Report(const std::string& path);
+
+    /// Writes the report; it is complete or absent. The functions name a frame's files.
+    /// Throws CommandError(ReadWriteError).
+    void write(const std::vector<FrameOutcome>& outcomes, ExitCode exitCode,
+               const std::function<std::string(std::int64_t)>& inputPath,
+               const std::function<std::string(std::int64_t)>& outputPath) const;
+
+private:
+    std::string m_path;
+};
+
+}  // namespace render

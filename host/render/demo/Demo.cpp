@@ -1,0 +1,90 @@
+#include "host/render/demo/Demo.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <cstdio>
+
+#include "host/document/FilterChain.h"
+#include "host/render/FrameJob.h"
+#include "host/render/Fxrender.h"
+#include "host/render/PluginSession.h"
+#include "host/render/demo/ContactSheet.h"
+#include "host/render/demo/Demonstrations.h"
+#include "host/render/demo/SamplePicture.h"
+
+namespace render {
+
+namespace {
+
+/// "Blur and enhance" as part of a file name: "blur-and-enhance".
+QString fileNamePart(const QString& key) {
+    QString name;
+    for (const QChar letter : key.toLower())
+        name += letter.isLetterOrNumber() ? letter : QChar('-');
+    return name;
+}
+
+void save(const QImage& image, const QString& path) {
+    if (!image.save(path, "PNG"))
+        throw CommandError(CannotCreate,
+                           path.toStdString() + ": cannot be written; name another folder");
+}
+
+/// Runs the sample through the filters, from file to file.
+void renderSample(const QStringList& filters, const QString& sample, const QString& result,
+                  const document::FilterCatalog& catalog) {
+    document::setFilterChain(filters, catalog);
+    const auto source = media::MediaSource::open({QFile::encodeName(sample).toStdString()});
+    const auto sink =
+        media::MediaSink::open(QFile::encodeName(result).toStdString(), *source, source->frames());
+    const auto outcomes = runFrames(source->frames(), renderingWorkers(1, *source, *sink),
+                                    RunRules(), nullptr, nullptr);
+    const FrameOutcome& outcome = outcomes.front();
+    if (outcome.status != FrameOutcome::Finished) throw CommandError(outcome.code, outcome.error);
+    sink->finish();
+}
+
+int demonstrate(const QString& folderName) {
+    const PluginSession session{std::string()};
+    const QDir folder(folderName);
+    if (!folder.mkpath(QStringLiteral(".")))
+        throw CommandError(CannotCreate,
+                           folderName.toStdString() + ": the folder cannot be made; name another");
+    const QString sample = folder.filePath(QStringLiteral("sample.png"));
+    save(samplePicture(), sample);
+
+    const QImage picture(sample);
+    std::vector<SheetCell> cells = {
+        {picture, QStringLiteral("Sample"), QStringLiteral("the picture all others are made from")},
+        {picture.copy(sampleDetail()), QStringLiteral("Sample"), QStringLiteral("a detail of it")}};
+    int number = 0;
+    for (const QString& key : session.catalog().keys()) {
+        for (const Demonstration& demonstration : demonstrationsOf(key)) {
+            const QString result = folder.filePath(QStringLiteral("%1-%2.png")
+                                                       .arg(++number, 2, 10, QChar('0'))
+                                                       .arg(fileNamePart(key)));
+            renderSample(demonstration.filters, sample, result, session.catalog());
+            const QImage shown = QImage(result).copy(demonstration.detail);
+            cells.push_back({shown, key + ": " + demonstration.about,
+                             demonstration.filters.join(QString::fromUtf8("  \u2192  "))});
+        }
+    }
+    const QString sheet = folder.filePath(QStringLiteral("contact-sheet.png"));
+    save(contactSheet(QStringLiteral("Every filter on one sample picture"), cells), sheet);
+    std::printf("%d results and the sample: %s\ncontact sheet:            %s\n", number,
+                qPrintable(folder.absolutePath()), qPrintable(QFileInfo(sheet).absoluteFilePath()));
+    return Done;
+}
+
+}  // namespace
+
+int runFxdemo(const std::vector<std::string>& arguments) {
+    return reportErrors("fxdemo", [&arguments] {
+        if (arguments.size() > 1 || (!arguments.empty() && arguments.front().front() == '-'))
+            throw UsageError("fxdemo takes one argument: the folder to write to");
+        return demonstrate(arguments.empty() ? QStringLiteral("out")
+                                             : QString::fromStdString(arguments.front()));
+    });
+}
+
+}  // namespace render

@@ -1,0 +1,5 @@
+#include "host/render/demo/Demo.h"
+
+int main(int argc, char** argv) {
+    return render::runFxdemo(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
+}

@@ -1,0 +1,99 @@
+#include "host/document/FilterChain.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "host/document/FilterError.h"
+#include "host/kernel/KernelStore.h"
+#include "host/render/PluginSession.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+/// Settings of the real filters, without a process for each.
+class FilterChain : public testing::Test {
+protected:
+    static void SetUpTestSuite() { s_session = std::make_unique<render::PluginSession>(PLUGIN); }
+    static void TearDownTestSuite() { s_session.reset(); }
+
+    void set(const QStringList& filters) {
+        document::setFilterChain(filters, s_session->catalog());
+    }
+
+    void expectRefused(const QString& filter, const std::string& message) {
+        try {
+            set({filter});
+            ADD_FAILURE() << filter.toStdString() << " was accepted";
+        } catch (const document::FilterError& error) {
+            EXPECT_THAT(error.what(), HasSubstr(message));
+            EXPECT_THAT(error.what(), testing::Not(HasSubstr("\n")));
+        }
+    }
+
+    /// One parameter of the chain's filter at `position`.
+    static InstanceParam param(int position, int index) {
+        const KernelStore& store = KernelStore::instance();
+        return store.state(store.instances().at(position).objectId)->params.at(index);
+    }
+
+    static std::unique_ptr<render::PluginSession> s_session;
+};
+
+std::unique_ptr<render::PluginSession> FilterChain::s_session;
+
+TEST_F(FilterChain, HoldsDefaultsValuesAndKeys) {
+    set({"Blur and enhance:Blur=7", "Channel separation:Channel=0=1;9=6,Invert=0|=true;3=0",
+         "Blur and enhance:Blur=5|=3;8=4"});
+    ASSERT_EQ(KernelStore::instance().instances().size(), 3u);
+    EXPECT_EQ(param(0, 0).base, QVariant(1));
+    EXPECT_EQ(param(0, 1).base, QVariant(false));
+    EXPECT_EQ(param(0, 2).base, QVariant(7));
+    // A stepped parameter holds every key, however it was written.
+    EXPECT_EQ(param(1, 1).keys, (ParamTrack{{0, {1, true}}, {9, {6, true}}}));
+    EXPECT_EQ(param(1, 2).keys, (ParamTrack{{0, {true, true}}, {3, {false, true}}}));
+    EXPECT_EQ(param(2, 2).keys, (ParamTrack{{5, {3, true}}, {8, {4, false}}}));
+}
+
+TEST_F(FilterChain, ARefusedOneLeavesTheStoreAsItWas) {
+    set({"Blur and enhance:Blur=7"});
+    const auto before = KernelStore::instance().instances();
+    EXPECT_THROW(set({"Channel separation", "Blur and enhance:Blur=70"}), document::FilterError);
+    EXPECT_EQ(KernelStore::instance().instances(), before);
+}
+
+TEST_F(FilterChain, NamesTheNearestFilterOrParameter) {
+    expectRefused("Chanel separation", "did you mean \"Channel separation\"?");
+    expectRefused("Sepia", "there is no filter \"Sepia\"; valid: \"Channel separation\"");
+    expectRefused("Channel separation:Chanel=1", "did you mean \"Channel\"?");
+    expectRefused("Channel separation:Colour=1", "valid: \"Enabled\", \"Channel\", \"Invert\"");
+}
+
+TEST_F(FilterChain, ChecksTypesAndRanges) {
+    expectRefused("Channel separation:Channel=red", "is not a number; valid: 1 to 6");
+    expectRefused("Channel separation:Channel=1.5", "is not a whole number; valid: 1 to 6");
+    expectRefused("Channel separation:Channel=0", "is out of range; valid: 1 to 6");
+    expectRefused("Channel separation:Channel=0=1;5=7", "is out of range; valid: 1 to 6");
+    expectRefused("Channel separation:Channel=99999999999", "is out of range; valid: 1 to 6");
+    expectRefused("Channel separation:Invert=yes", "valid: true, false");
+    expectRefused("Channel separation:Enabled=2", "valid: true, false");
+    expectRefused("Channel separation:Enabled=0=1;5=0", "has one value for all frames");
+    expectRefused("Blur and enhance:Blur=14", "is out of range; valid: 1 to 13");
+    expectRefused("Adaptive threshold:Min=nan", "is not a number; valid: 0 to 25.5");
+    expectRefused("Adaptive threshold:Min=25.6", "is out of range; valid: 0 to 25.5");
+    expectRefused("Adaptive threshold:Size=6", "is out of range; valid: 11 to 101");
+}
+
+TEST_F(FilterChain, AcceptsTheEndsOfRangesAndDefaultsOutsideThem) {
+    set({"Adaptive threshold:Size=5,Min=25.5", "Dilate_Erode:Dilate=-13", "Open_Close:Dilate=13.0",
+         "Channel separation:Enabled=false"});
+    EXPECT_EQ(param(0, 1).base, QVariant(5));
+    EXPECT_EQ(param(0, 2).base, QVariant(25.5));
+    EXPECT_EQ(param(1, 1).base, QVariant(-13));
+    EXPECT_EQ(param(2, 1).base, QVariant(13));
+    EXPECT_EQ(param(3, 0).base, QVariant(0));
+}
+
+}  // namespace

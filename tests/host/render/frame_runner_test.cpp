@@ -1,0 +1,124 @@
+#include "host/render/FrameRunner.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <new>
+#include <numeric>
+#include <set>
+#include <thread>
+
+#include "host/media/MediaError.h"
+
+namespace {
+
+using render::FrameOutcome;
+using render::FrameWork;
+using render::RunRules;
+
+const int kFrames = 100;
+
+std::vector<std::int64_t> frames() {
+    std::vector<std::int64_t> numbers(kFrames);
+    std::iota(numbers.begin(), numbers.end(), 1000);
+    return numbers;
+}
+
+std::vector<FrameOutcome> run(int workers, const FrameWork& work, const RunRules& rules = {}) {
+    return render::runFrames(frames(), std::vector<FrameWork>(workers, work), rules, nullptr,
+                             nullptr);
+}
+
+class FrameRunner : public testing::TestWithParam<int> {};  // the number of workers
+
+TEST_P(FrameRunner, RunsEveryFrameOnceAndAnnouncesItOnTheCallingThread) {
+    std::vector<std::atomic<int>> runs(kFrames);
+    std::multiset<std::int64_t> announced;
+    const auto caller = std::this_thread::get_id();
+    const FrameWork work = [&](std::int64_t frame) { ++runs[frame - 1000]; };
+    const auto outcomes = render::runFrames(
+        frames(), std::vector<FrameWork>(GetParam(), work), RunRules(),
+        [&](const FrameOutcome& outcome) {
+            EXPECT_EQ(std::this_thread::get_id(), caller);
+            announced.insert(outcome.frame);
+        },
+        nullptr);
+    ASSERT_EQ(outcomes.size(), std::size_t(kFrames));
+    for (int i = 0; i < kFrames; ++i) {
+        EXPECT_EQ(runs[i], 1);
+        EXPECT_EQ(outcomes[i].frame, 1000 + i);
+        EXPECT_EQ(outcomes[i].status, FrameOutcome::Finished);
+        EXPECT_EQ(announced.count(1000 + i), 1u);
+    }
+}
+
+TEST_P(FrameRunner, NoWorkerHasTwoFramesAtATime) {
+    std::atomic<bool> overlapped{false};
+    std::vector<std::atomic<int>> busy(GetParam());
+    std::vector<FrameWork> workers;
+    for (int i = 0; i < GetParam(); ++i)
+        workers.push_back([&busy, &overlapped, i](std::int64_t) {
+            if (++busy[i] != 1) overlapped = true;
+            std::this_thread::yield();
+            --busy[i];
+        });
+    render::runFrames(frames(), workers, RunRules(), nullptr, nullptr);
+    EXPECT_FALSE(overlapped);
+}
+
+TEST_P(FrameRunner, TheFirstFailureDoesNotDependOnTheWorkers) {
+    const auto outcomes = run(GetParam(), [](std::int64_t frame) {
+        if (frame == 1030 || frame == 1033)
+            throw media::MediaError(media::MediaErrorKind::InvalidData,
+                                    "bad " + std::to_string(frame));
+        std::this_thread::yield();
+    });
+    for (int i = 0; i < 30; ++i) EXPECT_EQ(outcomes[i].status, FrameOutcome::Finished) << i;
+    EXPECT_EQ(outcomes[30].status, FrameOutcome::Failed);
+    EXPECT_EQ(outcomes[30].error, "bad 1030");
+    EXPECT_EQ(outcomes[30].code, render::InvalidData);
+    if (GetParam() == 1) {
+        for (int i = 31; i < kFrames; ++i) EXPECT_EQ(outcomes[i].status, FrameOutcome::NotStarted);
+    }
+}
+
+TEST_P(FrameRunner, KeepGoingRunsAllOthers) {
+    RunRules rules;
+    rules.keepGoing = true;
+    const auto outcomes = run(
+        GetParam(),
+        [](std::int64_t frame) {
+            if (frame % 10 == 0) throw std::bad_alloc();
+        },
+        rules);
+    for (const FrameOutcome& outcome : outcomes) {
+        const bool fails = outcome.frame % 10 == 0;
+        EXPECT_EQ(outcome.status, fails ? FrameOutcome::Failed : FrameOutcome::Finished);
+        EXPECT_EQ(outcome.code, fails ? render::TryAgainLater : render::Done);
+    }
+}
+
+TEST_P(FrameRunner, AStopFinishesWhatHasBegunAndBeginsNoMore) {
+    std::atomic<int> begun{0}, ended{0};
+    RunRules rules;
+    rules.shouldStop = [&] { return begun >= 20; };
+    const auto outcomes = run(
+        GetParam(),
+        [&](std::int64_t) {
+            ++begun;
+            std::this_thread::yield();
+            ++ended;
+        },
+        rules);
+    EXPECT_EQ(begun, ended);
+    EXPECT_GE(begun, 20);
+    // A worker may have asked just before the twentieth frame began.
+    EXPECT_LT(begun, 20 + GetParam());
+    for (int i = 0; i < kFrames; ++i)
+        EXPECT_EQ(outcomes[i].status,
+                  i < begun ? FrameOutcome::Finished : FrameOutcome::NotStarted);
+}
+
+INSTANTIATE_TEST_SUITE_P(Workers, FrameRunner, testing::Values(1, 2, 8));
+
+}  // namespace
