@@ -40,8 +40,8 @@ FrameList::FrameList(const std::string& text) {
         const std::size_t longestQuotation = 100;
         const auto match = entryPattern.match(QString::fromStdString(part));
         if (!match.hasMatch())
-            throw UsageError("--frames: cannot read \"" + part.substr(0, longestQuotation) + "\"; " +
-                             kHowToWrite);
+            throw UsageError("--frames: cannot read \"" + part.substr(0, longestQuotation) +
+                             "\"; " + kHowToWrite);
         const auto number = [&](int group) {
             return toFrame(match.captured(group).toStdString(), part);
         };
