@@ -1,8 +1,5 @@
 #include "host/media/picture_reader.h"
 
-#include <OpenImageIO/filesystem.h>
-#include <OpenImageIO/imagebuf.h>
-#include <OpenImageIO/imagebufalgo.h>
 #include <OpenImageIO/imageio.h>
 #include <OpenImageIO/strutil.h>
 #include <fcntl.h>
@@ -203,18 +200,32 @@ bool readSamples(OIIO::ImageInput& input, int channels, HkImage& image) {
     return true;
 }
 
-std::unique_ptr<HkImage> upright(std::unique_ptr<HkImage> image, int orientation) {
-    if (orientation == 1) return image;
-    OIIO::ImageSpec spec(image->width, image->height, image->channels, OIIO::TypeUInt8);
-    OIIO::ImageBuf lying(spec);
-    lying.set_pixels(OIIO::ROI::All(), OIIO::TypeUInt8, image->data, image->channels, image->step);
-    lying.specmod().attribute("Orientation", orientation);
-    const OIIO::ImageBuf standing = OIIO::ImageBufAlgo::reorient(lying, 1);
-    const OIIO::ImageSpec& turned = standing.spec();
-    image = newImage(turned.width, turned.height, image->channels);
-    standing.get_pixels(OIIO::ROI::All(), OIIO::TypeUInt8, image->data, image->channels,
-                        image->step);
-    return image;
+/// The picture as its orientation tag wants it seen. Not by the library's own function, which takes
+/// orientation 5 for 7 and 7 for 5.
+std::unique_ptr<HkImage> upright(std::unique_ptr<HkImage> lying, int orientation) {
+    if (orientation == 1) return lying;
+    // Orientations 5 to 8 show the file's rows as columns. Each tells the side on which the file's
+    // first row or column is seen.
+    const bool transposed = orientation >= 5;
+    const bool fromRight =
+        orientation == 2 || orientation == 3 || orientation == 6 || orientation == 7;
+    const bool fromBottom =
+        orientation == 3 || orientation == 4 || orientation == 7 || orientation == 8;
+    const int channels = lying->channels;
+    std::unique_ptr<HkImage> standing =
+        newImage(transposed ? lying->height : lying->width,
+                 transposed ? lying->width : lying->height, channels);
+    for (int y = 0; y < standing->height; ++y) {
+        unsigned char* out = standing->data + static_cast<std::ptrdiff_t>(standing->step) * y;
+        for (int x = 0; x < standing->width; ++x, out += channels) {
+            const int column = fromRight ? standing->width - 1 - x : x;
+            const int row = fromBottom ? standing->height - 1 - y : y;
+            const std::ptrdiff_t fileRow = transposed ? column : row;
+            const std::ptrdiff_t fileColumn = transposed ? row : column;
+            std::copy_n(lying->data + lying->step * fileRow + channels * fileColumn, channels, out);
+        }
+    }
+    return standing;
 }
 
 PictureProperties propertiesOf(const OIIO::ImageSpec& spec) {

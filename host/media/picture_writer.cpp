@@ -5,7 +5,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <initializer_list>
+#include <memory>
 #include <new>
 
 #include "host/media/MediaError.h"
@@ -62,13 +63,20 @@ const Format& requireFormat(const std::string& path) {
     return *format;
 }
 
-/// The channels a colour profile is for stand in its head: "GRAY" or "RGB ". One of another kind
-/// (the frame may have lost its colours) is left out.
+/// True for a colour profile whose head is whole (its length, its signature, the one white point
+/// there is) and for the kind of picture at hand: the frame may have lost its colours.
 bool profileFits(const std::vector<unsigned char>& profile, int channels) {
     constexpr std::size_t kHeaderBytes = 128;
-    constexpr std::size_t kColourSpaceAt = 16;
-    return profile.size() >= kHeaderBytes &&
-           std::memcmp(profile.data() + kColourSpaceAt, channels <= 2 ? "GRAY" : "RGB ", 4) == 0;
+    const auto holds = [&](std::size_t offset, std::initializer_list<unsigned char> bytes) {
+        return std::equal(bytes.begin(), bytes.end(), profile.begin() + offset);
+    };
+    if (profile.size() < kHeaderBytes) return false;
+    const std::size_t length = std::size_t{profile[0]} << 24 | std::size_t{profile[1]} << 16 |
+                               std::size_t{profile[2]} << 8 | profile[3];
+    const bool isWhole = length == profile.size() && holds(36, {'a', 'c', 's', 'p'}) &&
+                         holds(68, {0, 0, 0xf6, 0xd6, 0, 1, 0, 0, 0, 0, 0xd3, 0x2d});
+    return isWhole &&
+           (channels <= 2 ? holds(16, {'G', 'R', 'A', 'Y'}) : holds(16, {'R', 'G', 'B', ' '}));
 }
 
 OIIO::ImageSpec describe(const Format& format, const HkImage& image,
@@ -85,12 +93,34 @@ OIIO::ImageSpec describe(const Format& format, const HkImage& image,
         spec.attribute("ResolutionUnit",
                        properties.resolutionUnit.empty() ? "none" : properties.resolutionUnit);
     }
-    if (profileFits(properties.iccProfile, image.channels))
+    if (!properties.iccProfile.empty())
         spec.attribute(
             "ICCProfile",
             OIIO::TypeDesc(OIIO::TypeDesc::UINT8, static_cast<int>(properties.iccProfile.size())),
             properties.iccProfile.data());
     return spec;
+}
+
+/// To memory first: the library's writers do not notice every failure to write a file.
+bool encode(const Format& format, const HkImage& image, const PictureProperties& properties,
+            std::vector<unsigned char>& bytes, std::string& reason) {
+    bytes.clear();
+    OIIO::Filesystem::IOVecOutput memory(bytes);
+    const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(format.name);
+    if (!output) {
+        reason = OIIO::geterror();
+        return false;
+    }
+    output->threads(1);  // frames are written side by side
+    // Only the suffix of the name is looked at.
+    const bool done =
+        output->set_ioproxy(&memory) &&
+        output->open(std::string("frame") + format.suffixes[0],
+                     describe(format, image, properties)) &&
+        output->write_image(OIIO::TypeUInt8, image.data, image.channels, image.step) &&
+        output->close();
+    if (!done) reason = output->geterror();
+    return done;
 }
 
 }  // namespace
@@ -130,30 +160,21 @@ std::vector<unsigned char> encodePicture(const std::string& path, const HkImage&
                                          const PictureProperties& properties) {
     checkPicture(path, {image.roiWidth, image.roiHeight, image.channels});
     const Format& format = *formatOf(path);
-    const auto fail = [&](const std::string& reason) {
-        throw MediaError(MediaErrorKind::ReadWrite, shown(path) +
-                                                        ": the picture cannot be encoded (" +
-                                                        shown(reason) + "); use .png or .tif");
-    };
+    PictureProperties kept = properties;
+    if (!profileFits(kept.iccProfile, image.channels)) kept.iccProfile.clear();
+    std::vector<unsigned char> bytes;
+    std::string reason;
     try {
-        // To memory first: the library's writers do not notice every failure to write a file.
-        std::vector<unsigned char> bytes;
-        OIIO::Filesystem::IOVecOutput memory(bytes);
-        const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(format.name);
-        if (!output) fail(OIIO::geterror());
-        output->threads(1);  // frames are written side by side
-        // Only the suffix of the name is looked at.
-        const std::string name = "frame" + suffixOf(fileNameOf(path));
-        if (!output->set_ioproxy(&memory) ||
-            !output->open(name, describe(format, image, properties)) ||
-            !output->write_image(OIIO::TypeUInt8, image.data, image.channels, image.step) ||
-            !output->close())
-            fail(output->geterror());
-        return bytes;
+        if (encode(format, image, kept, bytes, reason)) return bytes;
+        // A writer may find more wrong with a profile than we do; the picture is what matters.
+        kept.iccProfile.clear();
+        if (encode(format, image, kept, bytes, reason)) return bytes;
     } catch (const std::bad_alloc&) {
-        fail("there is not enough memory");
-        throw;
+        reason = "there is not enough memory";
     }
+    throw MediaError(MediaErrorKind::ReadWrite, shown(path) + ": the picture cannot be encoded (" +
+                                                    shown(reason.substr(0, reason.find('\n'))) +
+                                                    "); use .png or .tif");
 }
 
 }  // namespace media

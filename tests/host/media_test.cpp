@@ -1,0 +1,514 @@
+#include <OpenImageIO/imageio.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <thread>
+
+#include "host/media/FrameTemplate.h"
+#include "host/media/MediaError.h"
+#include "host/media/MediaSink.h"
+#include "host/media/MediaSource.h"
+#include "host/media/file_names.h"
+
+namespace fs = std::filesystem;
+using namespace media;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+using Frames = std::vector<std::int64_t>;
+using Bytes = std::vector<unsigned char>;
+
+class Media : public testing::Test {
+protected:
+    Media() {
+        std::string name = (fs::temp_directory_path() / "media_test_XXXXXX").string();
+        folder = mkdtemp(name.data());
+    }
+    ~Media() override { fs::remove_all(folder); }
+
+    std::string in(const std::string& name) const { return folder + '/' + name; }
+
+    void writeBytes(const std::string& name, const std::string& bytes) const {
+        std::ofstream(in(name), std::ios::binary) << bytes;
+    }
+    std::string bytesOf(const std::string& path) const {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    /// A picture file made by the imaging library's own writer, not by ours.
+    void writePicture(const std::string& name, OIIO::ImageSpec spec, const void* samples) const {
+        const std::unique_ptr<OIIO::ImageOutput> out = OIIO::ImageOutput::create(in(name));
+        ASSERT_TRUE(out && out->open(in(name), spec) && out->write_image(spec.format, samples) &&
+                    out->close());
+    }
+    void writeGrey(const std::string& name, unsigned char level = 7) const {
+        writePicture(name, OIIO::ImageSpec(1, 1, 1, OIIO::TypeUInt8), &level);
+    }
+
+    /// Names in the folder, hidden ones too.
+    std::vector<std::string> names() const {
+        std::vector<std::string> result;
+        for (const auto& entry : fs::directory_iterator(folder))
+            result.push_back(entry.path().filename().string());
+        std::sort(result.begin(), result.end());
+        return result;
+    }
+
+    std::string folder;
+};
+
+/// The message of the error that action must throw, after its kind was checked.
+template <typename Action>
+std::string errorOf(MediaErrorKind kind, Action action) {
+    try {
+        action();
+    } catch (const MediaError& error) {
+        EXPECT_EQ(error.kind(), kind) << error.what();
+        EXPECT_THAT(error.what(), testing::Not(HasSubstr("\n")));
+        return error.what();
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return {};
+}
+
+constexpr MediaErrorKind kInvalid = MediaErrorKind::InvalidData;
+constexpr MediaErrorKind kMissing = MediaErrorKind::MissingInput;
+constexpr MediaErrorKind kCannotCreate = MediaErrorKind::CannotCreate;
+
+std::unique_ptr<HkImage> readOnly(const std::string& path,
+                                  PictureProperties* properties = nullptr) {
+    return MediaSource::open({path})->read(0, properties);
+}
+
+Bytes samplesOf(const HkImage& image) {
+    Bytes samples;
+    for (int y = 0; y < image.roiHeight; ++y) {
+        const unsigned char* row = image.data + y * image.step;
+        samples.insert(samples.end(), row, row + image.roiWidth * image.channels);
+    }
+    return samples;
+}
+
+std::string pathsOf(const MediaSource& source) {
+    std::string list;
+    for (const std::int64_t frame : source.frames())
+        list += std::to_string(frame) + ":" + fileNameOf(source.path(frame)) + " ";
+    return list;
+}
+
+TEST(FrameTemplate, PutsNumbersInAndTakesThemOut) {
+    const struct {
+        const char* pattern;
+        std::int64_t frame;
+        const char* path;
+    } good[] = {
+        {"shot_####.png", 7, "shot_0007.png"},
+        {"shot_%04d.png", 7, "shot_0007.png"},
+        {"shot_####.png", 12345, "shot_12345.png"},
+        {"d/#.png", 10, "d/10.png"},
+        {"%d", 0, "0"},
+        {"a#b##.png", 3, "a#b03.png"},
+        {"a#_%02d.png", 3, "a#_03.png"},
+        {"50%%_%03d.png", 3, "50%_003.png"},
+        {"x%04d", -1, "x-001"},
+        {"d##/%%d/a_#", 5, "d##/%%d/a_5"},
+        {"##.png", 999999999999999999, "999999999999999999.png"},
+    };
+    for (const auto& [pattern, frame, path] : good) {
+        const auto parsed = FrameTemplate::parse(pattern);
+        ASSERT_TRUE(parsed) << pattern;
+        EXPECT_EQ(parsed->path(frame), path);
+        EXPECT_EQ(parsed->frameOf(fileNameOf(path)), frame);
+    }
+    for (const char* none : {"a.png", "d##/a.png", "d%d/a.png", "50%.png", "%4d.png", "%00d.png",
+                             "%s.png", "%%d.png", "%019d.png", "", "####/"})
+        EXPECT_FALSE(FrameTemplate::parse(none)) << none;
+    const auto four = FrameTemplate::parse("a####.b");
+    for (const char* other : {"a7.b", "a00007.b", "a.b", "a0007.bb", "a 007.b", "a+007.b",
+                              "a0x07.b", "a99999999999999999999.b", "a0007", "A0007.b"})
+        EXPECT_FALSE(four->frameOf(other)) << other;
+}
+
+TEST(FileNames, SortNaturallyAndAreShownOnOneLine) {
+    const std::vector<std::string> order = {
+        "", "a", "a01", "a1", "a2", "a2b", "a10", "a10b", "a99999999999999999999", "b", "ä"};
+    for (std::size_t i = 0; i < order.size(); ++i)
+        for (std::size_t j = 0; j < order.size(); ++j)
+            EXPECT_EQ(naturalLess(order[i], order[j]), i < j) << order[i] << ' ' << order[j];
+    EXPECT_EQ(shown("grün 日 a\nb\xff\xc3(\xed\xa0\x80\x7f"),
+              "grün 日 a\\x0ab\\xff\\xc3(\\xed\\xa0\\x80\\x7f");
+    EXPECT_EQ(suffixOf("A.TAR.Png"), ".png");
+    EXPECT_EQ(suffixOf(".png"), "");
+}
+
+TEST_F(Media, RoundTripsEveryFormatOrRefusesItUpFront) {
+    const struct {
+        const char* suffix;
+        std::vector<int> channels;
+        int tolerance;
+    } formats[] = {{".png", {1, 2, 3, 4}, 0}, {".tif", {1, 2, 3, 4}, 0}, {".TIFF", {1, 2, 3, 4}, 0},
+                   {".jpg", {1, 3}, 12},      {".bmp", {1, 3, 4}, 0},    {".tga", {1, 3, 4}, 0},
+                   {".ppm", {3}, 0},          {".pgm", {1}, 0},          {".pnm", {1, 3}, 0}};
+    writeGrey("input.png");
+    const auto source = MediaSource::open({in("input.png")});
+    for (const auto& [suffix, channels, tolerance] : formats)
+        for (int c = 1; c <= 4; ++c) {
+            SCOPED_TRACE(suffix + std::to_string(c));
+            // Smooth, so that JPEG can hold it; rows longer than the region; alpha 0 over colours.
+            HkImage image(40, 30, c, nullptr, 32);
+            image.roiWidth = 37;
+            image.roiHeight = 23;
+            for (int y = 0; y < 30; ++y)
+                for (int i = 0; i < 40 * c; ++i)
+                    image.data[y * image.step + i] =
+                        static_cast<unsigned char>(i / c * 5 + y * 2 + i % c * (y < 9 ? 0 : 6));
+            const std::string path = in("out" + std::to_string(c) + suffix);
+            const auto sink = MediaSink::open(path, *source, {0});
+            const PictureInfo info{37, 23, c};
+            if (std::find(channels.begin(), channels.end(), c) == channels.end()) {
+                EXPECT_THAT(errorOf(kCannotCreate, [&] { sink->check(0, info); }),
+                            AllOf(HasSubstr(path), HasSubstr(".png or .tif")));
+                EXPECT_EQ(errorOf(kCannotCreate, [&] { sink->check(0, info); }),
+                          errorOf(kCannotCreate, [&] { sink->write(0, image); }));
+                EXPECT_FALSE(fs::exists(path));
+                continue;
+            }
+            sink->check(0, info);
+            sink->write(0, image);
+            const auto again = MediaSource::open({path});
+            EXPECT_EQ(again->info(0).channels, c);
+            EXPECT_EQ(again->info(0).width, 37);
+            const Bytes actual = samplesOf(*again->read(0));
+            const Bytes expected = samplesOf(image);
+            ASSERT_EQ(actual.size(), expected.size());
+            for (std::size_t i = 0; i < actual.size(); ++i)
+                ASSERT_NEAR(actual[i], expected[i], tolerance) << i;
+            // No date in it: the same picture gives the same bytes.
+            const OIIO::ImageSpec spec = OIIO::ImageInput::open(path)->spec();
+            EXPECT_EQ(spec.get_string_attribute("DateTime"), "");
+        }
+}
+
+TEST_F(Media, SamplesAreScaledRoundedAndKeptApartFromAlpha) {
+    std::vector<unsigned short> deep(65536);
+    for (int i = 0; i < 65536; ++i) deep[i] = static_cast<unsigned short>(i);
+    writePicture("deep.png", OIIO::ImageSpec(256, 256, 1, OIIO::TypeUInt16), deep.data());
+    const Bytes levels = samplesOf(*readOnly(in("deep.png")));
+    for (int i = 0; i < 65536; ++i) ASSERT_EQ(levels[i], (i + 128) / 257) << i;
+
+    constexpr float inf = std::numeric_limits<float>::infinity();
+    const float floats[] = {-1, 0, 0.5f / 255 * 0.99f, 0.6f, 1, 7, std::nanf(""), inf, -inf};
+    writePicture("float.tif", OIIO::ImageSpec(9, 1, 1, OIIO::TypeFloat), floats);
+    EXPECT_THAT(samplesOf(*readOnly(in("float.tif"))),
+                ElementsAre(0, 0, 0, 153, 255, 255, 0, 255, 0));
+
+    writeBytes("bits.pbm", "P1\n4 1\n1 0 0 1\n");  // 1 is black
+    EXPECT_THAT(samplesOf(*readOnly(in("bits.pbm"))), ElementsAre(0, 255, 255, 0));
+
+    // Half transparent, multiplied in these two files, and fully transparent.
+    const float multiplied[] = {0.4f, 0.2f, 0.1f, 0.5f, 0, 0, 0, 0};
+    for (const char* name : {"alpha.exr", "alpha.tif"}) {
+        writePicture(name, OIIO::ImageSpec(2, 1, 4, OIIO::TypeFloat), multiplied);
+        EXPECT_THAT(samplesOf(*readOnly(in(name))), ElementsAre(204, 102, 51, 128, 0, 0, 0, 0))
+            << name;
+    }
+    const unsigned char apart[] = {200, 100, 50, 0, 9, 8, 7, 1};  // colours under alpha 0 survive
+    OIIO::ImageSpec spec(2, 1, 4, OIIO::TypeUInt8);
+    spec.attribute("oiio:UnassociatedAlpha", 1);
+    for (const char* name : {"apart.png", "apart.tif", "apart.tga"}) {
+        writePicture(name, spec, apart);
+        EXPECT_THAT(samplesOf(*readOnly(in(name))), testing::ElementsAreArray(apart)) << name;
+    }
+    const unsigned char six[] = {1, 2, 3, 4, 5, 6};
+    OIIO::ImageSpec many(1, 1, 6, OIIO::TypeUInt8);
+    many.channelnames = {"R", "G", "B", "U", "V", "W"};
+    many.alpha_channel = -1;
+    writePicture("six.tif", many, six);
+    EXPECT_THAT(samplesOf(*readOnly(in("six.tif"))), ElementsAre(1, 2, 3));
+}
+
+TEST_F(Media, OrientationIsAppliedAndPropertiesAreCarried) {
+    const unsigned char lying[] = {1, 2, 3, 4, 5, 6};  // 1 2 3 over 4 5 6
+    const Bytes standing[] = {{1, 2, 3, 4, 5, 6}, {3, 2, 1, 6, 5, 4}, {6, 5, 4, 3, 2, 1},
+                              {4, 5, 6, 1, 2, 3}, {1, 4, 2, 5, 3, 6}, {4, 1, 5, 2, 6, 3},
+                              {6, 3, 5, 2, 4, 1}, {3, 6, 2, 5, 1, 4}};
+    OIIO::ImageSpec spec(3, 2, 1, OIIO::TypeUInt8);
+    spec.attribute("XResolution", 300.f);  // the library's TIFF writer knows one for both axes
+    spec.attribute("YResolution", 300.f);
+    spec.attribute("ResolutionUnit", "in");
+    std::string profile(500, '\0');
+    for (std::size_t i = 132; i < profile.size(); ++i)
+        profile[i] = static_cast<char>(i * i * 7 >> 3);
+    profile.replace(12, 12, "mntrGRAYXYZ ").replace(36, 4, "acsp");
+    profile.replace(68, 12, std::string("\0\0\xf6\xd6\0\1\0\0\0\0\xd3\x2d", 12));  // D50
+    profile[2] = 1, profile[3] = static_cast<char>(500 - 256);
+    spec.attribute("ICCProfile", OIIO::TypeDesc(OIIO::TypeDesc::UINT8, 500), profile.data());
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        SCOPED_TRACE(orientation);
+        spec.attribute("Orientation", orientation);
+        writePicture("turned.tif", spec, lying);
+        const auto source = MediaSource::open({in("turned.tif")});
+        PictureProperties properties;
+        const std::unique_ptr<HkImage> image = source->read(0, &properties);
+        EXPECT_EQ(samplesOf(*image), standing[orientation - 1]);
+        EXPECT_EQ(image->width, orientation < 5 ? 3 : 2);
+        EXPECT_EQ(source->info(0).width, image->width);
+        EXPECT_EQ(properties.xResolution, 300);
+        EXPECT_EQ(properties.iccProfile.size(), 500u);
+
+        for (const char* name : {"copy.png", "copy.tif", "copy.jpg"}) {
+            MediaSink::open(in(name), *source, {0})->write(0, *image, properties);
+            PictureProperties copied;
+            EXPECT_EQ(readOnly(in(name), &copied)->width, image->width) << name;  // turned once
+            EXPECT_NEAR(copied.yResolution, properties.yResolution, 0.1) << name;
+            EXPECT_EQ(copied.resolutionUnit, "in") << name;
+            EXPECT_EQ(copied.iccProfile, properties.iccProfile) << name;
+        }
+    }
+    // Resolutions turn with the picture.
+    spec.attribute("YResolution", 150.f);
+    writePicture("turned.jpg", spec, lying);  // orientation 8
+    PictureProperties turned;
+    readOnly(in("turned.jpg"), &turned);
+    EXPECT_TRUE(turned.xResolution == 150 && turned.yResolution == 300);
+    // A profile for grey says nothing about a colour picture; one that is damaged stops nothing.
+    PictureProperties grey;
+    const auto source = MediaSource::open({in("turned.tif")});
+    source->read(0, &grey);
+    MediaSink::open(in("colour.tif"), *source, {0})->write(0, HkImage(2, 2, 3, nullptr, 4), grey);
+    readOnly(in("colour.tif"), &grey);
+    EXPECT_TRUE(grey.iccProfile.empty());
+    for (const int wrong : {3, 36, 68, 131}) {
+        PictureProperties damaged;
+        damaged.iccProfile.assign(profile.begin(), profile.end());
+        damaged.iccProfile[wrong] ^= 0x55;
+        for (const char* name : {"d.png", "d.tif", "d.jpg"})
+            MediaSink::open(in(name), *source, {0})
+                ->write(0, HkImage(2, 2, 1, nullptr, 4), damaged);
+    }
+}
+
+TEST_F(Media, SourcesNumberTheirFrames) {
+    const std::string odd = "50% #d %04d ü\n\xff";
+    fs::create_directory(in(odd));
+    const std::string at = odd + '/';
+    for (const char* name : {"s_0002.png", "s_0010.png", "s_00011.png", "s_7.png", "s_-003.png",
+                             "t2.pgm", "t10.pgm", "t1.pgm"})
+        writeGrey(at + name);
+    writeBytes(at + ".hidden.png", "x");
+    writeBytes(at + "notes.txt", "x");
+    fs::create_directory(in(at + "s_0005.png"));  // not a file
+
+    const auto sequence = MediaSource::open({in(at + "s_%04d.png")});
+    EXPECT_EQ(pathsOf(*sequence), "-3:s_-003.png 2:s_0002.png 10:s_0010.png ");
+    EXPECT_EQ(pathsOf(*MediaSource::open({in(at + "s_####.png")})), pathsOf(*sequence));
+    EXPECT_EQ(pathsOf(*MediaSource::open({in(at + "t#.pgm")})), "1:t1.pgm 2:t2.pgm 10:t10.pgm ");
+    EXPECT_EQ(sequence->frameName(2), "s_0002");
+    EXPECT_EQ(samplesOf(*sequence->read(10)), Bytes{7});
+    EXPECT_THAT(errorOf(kMissing, [&] { sequence->read(3); }),
+                AllOf(HasSubstr("frame 3"), HasSubstr("-3 to 10 with gaps")));
+
+    EXPECT_EQ(pathsOf(*MediaSource::open({in(odd)})),
+              "0:s_-003.png 1:s_0002.png 2:s_7.png 3:s_0010.png 4:s_00011.png 5:t1.pgm 6:t2.pgm "
+              "7:t10.pgm ");
+    EXPECT_EQ(pathsOf(*MediaSource::open({in(at + "t2.pgm"), in(at + "t1.pgm")})),
+              "0:t2.pgm 1:t1.pgm ");
+    writeGrey(at + "s_##.png");  // a file of that very name is no template
+    EXPECT_EQ(pathsOf(*MediaSource::open({in(at + "s_##.png")})), "0:s_##.png ");
+}
+
+TEST_F(Media, InputsThatCannotBeReadAreNamedWithTheReason) {
+    const std::string missing = in("nowhere/a.png");
+    EXPECT_THAT(errorOf(kMissing, [&] { MediaSource::open({}); }), HasSubstr("no input"));
+    EXPECT_THAT(errorOf(kMissing, [&] { MediaSource::open({missing}); }), HasSubstr(missing));
+    EXPECT_THAT(errorOf(kMissing, [&] { MediaSource::open({""}); }), HasSubstr("no such file"));
+    EXPECT_THAT(errorOf(kMissing, [&] { MediaSource::open({folder}); }), HasSubstr("no pictures"));
+    EXPECT_THAT(errorOf(kMissing, [&] { MediaSource::open({in("a_###.png")}); }),
+                HasSubstr("a_001.png"));
+    EXPECT_THAT(errorOf(kMissing, [&] { MediaSource::open({in("no/a_###.png")}); }),
+                HasSubstr("no/"));
+    writeGrey("good.png");
+    EXPECT_THAT(errorOf(kMissing, [&] { MediaSource::open({in("good.png/a.png")}); }),
+                HasSubstr("not a directory"));
+    EXPECT_THAT(errorOf(kInvalid,
+                        [&] {
+                            MediaSource::open({in("good.png"), folder});
+                        }),
+                HasSubstr("alone"));
+    EXPECT_THAT(errorOf(kInvalid,
+                        [&] {
+                            MediaSource::open({in("good.png"), in("a##.png")});
+                        }),
+                HasSubstr("alone"));
+    ASSERT_EQ(0, mkfifo(in("pipe.png").c_str(), 0600));
+    EXPECT_THAT(errorOf(kInvalid, [&] { MediaSource::open({in("pipe.png")}); }),
+                HasSubstr("pipe.png"));
+
+    const auto expectInvalid = [&](const std::string& name, const char* reason) {
+        const auto source = MediaSource::open({in(name)});
+        EXPECT_THAT(
+            errorOf(kInvalid, [&] { source->read(0); }),
+            AllOf(testing::StartsWith(in(name) + ": "), HasSubstr(reason), HasSubstr("; ")));
+    };
+    writeBytes("empty.png", "");
+    expectInvalid("empty.png", "empty");
+    for (const char* name : {"text.png", "text.tif", "text.jpg", "text.txt", "text", "text.mp4",
+                             "text.null", "text.exr"}) {
+        writeBytes(name, "this is just some text, not a picture of any kind\n");
+        expectInvalid(name, "");
+    }
+    std::vector<unsigned char> noise(64 * 64 * 3);
+    for (std::size_t i = 0; i < noise.size(); ++i)
+        noise[i] = static_cast<unsigned char>(i * i / 7 + i / 3);
+    for (const char* suffix : {"png", "tif", "jpg", "bmp", "ppm", "tga", "exr"}) {
+        const std::string name = std::string("whole.") + suffix;
+        writePicture(name, OIIO::ImageSpec(64, 64, 3, OIIO::TypeUInt8), noise.data());
+        const std::string whole = bytesOf(in(name));
+        // The end of a TGA file holds no pixels.
+        const std::size_t end = name == "whole.tga" ? whole.size() / 2 : whole.size() - 40;
+        for (const std::size_t length : {std::size_t{10}, whole.size() / 2, end}) {
+            writeBytes(std::string("cut.") + suffix, whole.substr(0, length));
+            SCOPED_TRACE(length);
+            expectInvalid(std::string("cut.") + suffix, "");
+        }
+    }
+    writeBytes("wide.pgm", "P5 32769 1 255\n" + std::string(32769, 'x'));
+    expectInvalid("wide.pgm", "32,768");
+    writeBytes("many.pgm", "P5 32768 8193 255\n");
+    expectInvalid("many.pgm", "268,435,456");
+    EXPECT_THAT(errorOf(kInvalid, [&] { MediaSource::open({in("many.pgm")})->info(0); }),
+                HasSubstr("268,435,456"));
+}
+
+TEST_F(Media, SinksNameTheirFilesAndNeverAnInput) {
+    for (const char* name : {"s_1.png", "s_2.png", "s_3.JPG", "s_4.exr"}) writeGrey(name);
+    const auto source = MediaSource::open({folder});
+    const Frames all = source->frames();
+    const auto pathsFor = [&](const std::string& output) {
+        const auto sink = MediaSink::open(output, *source, all);
+        std::string list;
+        for (const std::int64_t frame : all) list += sink->path(frame).substr(folder.size()) + ' ';
+        return list;
+    };
+    EXPECT_EQ(pathsFor(in("new/er")),
+              "/new/er/s_1.png /new/er/s_2.png /new/er/s_3.jpg /new/er/s_4.png ");
+    EXPECT_EQ(pathsFor(in("v1.png/")),
+              "/v1.png/s_1.png /v1.png/s_2.png /v1.png/s_3.jpg /v1.png/s_4.png ");
+    EXPECT_EQ(pathsFor(in("o_###.tif")), "/o_000.tif /o_001.tif /o_002.tif /o_003.tif ");
+    EXPECT_FALSE(fs::exists(in("new")));  // not before the first frame
+
+    fs::create_symlink(in("s_2.png"), in("link.png"));
+    fs::create_hard_link(in("s_2.png"), in("hard.png"));
+    fs::create_directory_symlink(folder, in("again"));
+    fs::create_symlink("/dev/null", in("null.png"));
+    fs::create_directory(in("taken_0000.png"));
+    const std::pair<std::string, const char*> refused[] = {
+        {folder, "never overwritten"},
+        {in("again"), "never overwritten"},
+        {in("./s_%d.png"), "never overwritten"},  // frame 1 would be the second file
+        {in("a.png"), "_####.png"},
+        {in("a.xyz"), ".png, .tif"},
+        {in("a_##.mp4"), ".png, .tif"},
+        {in("a_##"), ".png, .tif"},
+        {in("no/a_##.png"), "no such folder"},
+        {in("s_1.png/new/"), "not a directory"},
+        {in("s_1.png/a_##.png"), "no such folder"},
+        {in("taken_####.png"), "a folder has this name"},
+        {"", "no name"},
+    };
+    for (const auto& [output, reason] : refused)
+        EXPECT_THAT(errorOf(kCannotCreate, [&, &path = output] { pathsFor(path); }),
+                    HasSubstr(reason))
+            << output;
+    for (const char* name :
+         {"s_2.png", "link.png", "hard.png", "./s_2.png", "again/s_2.png", "null.png"})
+        EXPECT_THAT(errorOf(kCannotCreate, [&] { MediaSink::open(in(name), *source, {0}); }),
+                    testing::AnyOf(HasSubstr("never overwritten"), HasSubstr("no regular file")));
+
+    fs::create_directory(in("twin"));
+    writeGrey("twin/s_1.png");
+    const auto twins = MediaSource::open({in("s_1.png"), in("twin/s_1.png")});
+    EXPECT_THAT(errorOf(kCannotCreate,
+                        [&] {
+                            MediaSink::open(in("new"), *twins, {0, 1});
+                        }),
+                HasSubstr("frames 0 and 1"));
+    const auto one = MediaSink::open(in("x.png"), *source, {2});
+    EXPECT_THAT(errorOf(kCannotCreate, [&] { one->path(1); }), HasSubstr("frame 1"));
+}
+
+TEST_F(Media, WritingLeavesAWholeFileOrNone) {
+    writeGrey("in.png");
+    const auto source = MediaSource::open({in("in.png")});
+    HkImage image(200, 200, 3, nullptr, 4);
+    for (int i = 0; i < image.step * 200; ++i)
+        image.data[i] = static_cast<unsigned char>(i * 7919 >> 5);
+    writeBytes("out.bmp", "old");
+    fs::create_symlink("out.bmp", in("link.bmp"));
+
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{20000, before.rlim_max};  // as a full disk: part of a file fits
+    ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &small));
+    for (const char* name : {"out.bmp", "link.bmp", "fresh.bmp"})
+        EXPECT_THAT(errorOf(MediaErrorKind::ReadWrite,
+                            [&] { MediaSink::open(in(name), *source, {0})->write(0, image); }),
+                    HasSubstr(".bmp: writing failed"));
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, oldHandler);
+    EXPECT_THAT(names(), ElementsAre("in.png", "link.bmp", "out.bmp"));
+    EXPECT_EQ(bytesOf(in("out.bmp")), "old");
+
+    MediaSink::open(in("link.bmp"), *source, {0})->write(0, image);
+    EXPECT_TRUE(fs::is_symlink(in("link.bmp")));
+    EXPECT_EQ(samplesOf(*readOnly(in("out.bmp"))), samplesOf(image));
+    EXPECT_THAT(names(), ElementsAre("in.png", "link.bmp", "out.bmp"));
+
+    const auto late = MediaSink::open(in("sub/"), *source, {0});
+    writeBytes("sub", "a file came in the way");
+    EXPECT_THAT(errorOf(kCannotCreate, [&] { late->write(0, image); }), HasSubstr("/sub"));
+    HkImage empty;
+    EXPECT_THAT(errorOf(kCannotCreate,
+                        [&] { MediaSink::open(in("e.png"), *source, {0})->write(0, empty); }),
+                HasSubstr("e.png"));
+}
+
+TEST_F(Media, ThreadsReadAndWriteDifferentFrames) {
+    constexpr int kFrames = 24;
+    for (int i = 0; i < kFrames; ++i)
+        writeGrey("f_" + std::to_string(i) + ".png", static_cast<unsigned char>(i));
+    const auto source = MediaSource::open({in("f_#.png")});
+    const auto sink = MediaSink::open(in("new/folder"), *source, source->frames());
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&, t] {
+            for (int i = t; i < kFrames; i += 4) {
+                PictureProperties properties;
+                const auto image = source->read(i, &properties);
+                image->data[0] = static_cast<unsigned char>(100 + image->data[0]);
+                sink->write(i, *image, properties);
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+    sink->finish();
+    const auto result = MediaSource::open({in("new/folder/f_%d.png")});
+    ASSERT_EQ(result->frames().size(), static_cast<std::size_t>(kFrames));
+    for (int i = 0; i < kFrames; ++i)
+        EXPECT_THAT(samplesOf(*result->read(i)), ElementsAre(100 + i));
+}
+
+}  // namespace
