@@ -1,6 +1,5 @@
 #include "host/media/picture_reader.h"
 
-#include <OpenImageIO/imageio.h>
 #include <OpenImageIO/strutil.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -17,6 +16,7 @@
 
 #include "host/media/MediaError.h"
 #include "host/media/file_names.h"
+#include "host/media/picture_library.h"
 
 namespace media {
 
@@ -125,6 +125,7 @@ std::unique_ptr<OIIO::ImageInput> openPicture(const std::string& path) {
     if (isVideo) fail(MediaErrorKind::InvalidData, path, kNoPicture);
     requireCompletePng(path);
 
+    keepToOwnThread();
     OIIO::ImageSpec wishes;
     wishes.attribute("oiio:UnassociatedAlpha", 1);
     std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(path, &wishes);
@@ -139,7 +140,6 @@ std::unique_ptr<OIIO::ImageInput> openPicture(const std::string& path) {
     if (OIIO::Strutil::icontains(input->format_name(), "ffmpeg"))
         fail(MediaErrorKind::InvalidData, path, kNoPicture);
     requireAllowedSize(path, input->spec());
-    input->threads(1);  // frames are read side by side
     return input;
 }
 

@@ -1,7 +1,6 @@
 #include "host/media/picture_writer.h"
 
 #include <OpenImageIO/filesystem.h>
-#include <OpenImageIO/imageio.h>
 
 #include <algorithm>
 #include <array>
@@ -11,6 +10,7 @@
 
 #include "host/media/MediaError.h"
 #include "host/media/file_names.h"
+#include "host/media/picture_library.h"
 
 namespace media {
 
@@ -104,6 +104,7 @@ OIIO::ImageSpec describe(const Format& format, const HkImage& image,
 /// To memory first: the library's writers do not notice every failure to write a file.
 bool encode(const Format& format, const HkImage& image, const PictureProperties& properties,
             std::vector<unsigned char>& bytes, std::string& reason) {
+    keepToOwnThread();
     bytes.clear();
     OIIO::Filesystem::IOVecOutput memory(bytes);
     const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(format.name);
@@ -111,7 +112,6 @@ bool encode(const Format& format, const HkImage& image, const PictureProperties&
         reason = OIIO::geterror();
         return false;
     }
-    output->threads(1);  // frames are written side by side
     // Only the suffix of the name is looked at.
     const bool done =
         output->set_ioproxy(&memory) &&
