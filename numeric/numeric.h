@@ -64,10 +64,36 @@ KernelStatus deconvFFT(const float* src, int srcStep, float* dst, int dstStep, i
                        int roiHeight, DeconvFFTState* state);
 KernelStatus deconvFFTFree(DeconvFFTState* state);
 
+/// What deconvLR needs for one kernel and for regions up to a size. *out receives a state that the
+/// caller owns until deconvLRFree; it is left alone on failure.
+/// kernel: the point-spread function, kernelSize x kernelSize weights, row-major; it is copied.
+/// maxWidth, maxHeight: the largest region plus kernelSize - 1. threshold: of deconvLR; may be NaN.
+/// Errors, in this order: a null pointer; a size below 1, or a kernel larger than the maximum in
+/// either direction (BadSize); a threshold below 0 (BadArgument); no memory, or sizes whose arrays
+/// would exceed the int range (NoMemory).
 KernelStatus deconvLRInit(DeconvLRState** out, const float* kernel, int kernelSize, int maxWidth,
                           int maxHeight, float threshold);
+
+/// Lucy-Richardson deconvolution of a region of floats. Starting from the region itself with a
+/// margin of kernelSize - 1 rows and columns, the estimate e of the observation o becomes in every
+/// iteration
+///     e * (transposed kernel (*) (o / (kernel (*) e)))
+/// where (*) is convolution about the anchor a = (kernelSize - 1) / 2, zeros outside: the weight at
+/// (i, j) goes to the pixel i - a rows and j - a columns before the result. A ratio is 0 where the
+/// magnitude of the denominator is at most the threshold, and the estimate becomes 0 where its own
+/// or the correction's magnitude is at most 1.1754943e-15. The second convolution takes the kernel
+/// transposed, not rotated, which is the same for a kernel with the symmetries of a Gaussian.
+/// dst receives the estimate where its magnitude is greater than the threshold, else 0. It may be
+/// src itself, but must not overlap it otherwise.
+/// Steps are in bytes. A state serves one call at a time; nothing is allocated.
+/// Errors, in this order: a null pointer; width or height below 1, or too large for the state
+/// (BadSize); a step smaller than the row; a step that is not a multiple of 4; iterations below 1
+/// (BadArgument).
+/// Richardson 1972, Lucy 1974.
 KernelStatus deconvLR(const float* src, int srcStep, float* dst, int dstStep, int roiWidth,
                       int roiHeight, int iterations, DeconvLRState* state);
+
+/// Frees a state. Error: a null pointer.
 KernelStatus deconvLRFree(DeconvLRState* state);
 
 // --- Distance transform -------------------------------------------------------------------------

@@ -1,0 +1,361 @@
+#include <climits>
+#include <limits>
+#include <utility>
+
+#include "deconv_oracle.h"
+#include "heap_probe.h"
+#include "numeric/owned.h"
+
+namespace numeric {
+namespace {
+
+using namespace test;
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kVanished = 1.1754943e-15F;
+
+using Kernel = std::vector<float>;
+
+int sizeOf(const Kernel& kernel) {
+    return static_cast<int>(std::lround(std::sqrt(kernel.size())));
+}
+
+/// The symmetric kernel of the deconvolution filter.
+Kernel filterKernel() {
+    Kernel kernel = {2,  7,  12, 7,  2,  7,  31, 52, 31, 7,  12, 52, 127,
+                     52, 12, 7,  31, 52, 31, 7,  2,  7,  12, 7,  2};
+    for (float& weight : kernel) weight /= 571;
+    return kernel;
+}
+
+/// One kernel for each way through the code, and for each size up to 5.
+std::vector<Kernel> kernels() {
+    Kernel mirrored = filterKernel();  // symmetric in both axes, but not about the diagonal
+    for (const int i : {1, 3, 21, 23}) mirrored[i] *= 1.5F;
+    std::vector<Kernel> result = {filterKernel(), mirrored};
+    for (int size = 1; size <= 5; ++size) result.push_back(unsymmetricKernel(size, 7));
+    return result;
+}
+
+OwnedDeconvLR makeState(const Kernel& kernel, int maxWidth, int maxHeight, float threshold) {
+    DeconvLRState* state = nullptr;
+    EXPECT_EQ(deconvLRInit(&state, kernel.data(), sizeOf(kernel), maxWidth, maxHeight, threshold),
+              Success);
+    return OwnedDeconvLR(state);
+}
+
+FloatPlane run(const FloatPlane& src, int iterations, DeconvLRState* state, Layout layout = {}) {
+    FloatPlane dst(src.width(), src.height(), layout);
+    dst.fill(-1.0F);
+    EXPECT_EQ(deconvLR(src.data(), src.step(), dst.data(), dst.step(), src.width(), src.height(),
+                       iterations, state),
+              Success);
+    EXPECT_TRUE(dst.surroundingsIntact());
+    return dst;
+}
+
+/// With a state that is just large enough.
+FloatPlane run(const FloatPlane& src, const Kernel& kernel, int iterations, float threshold) {
+    const int margin = sizeOf(kernel) - 1;
+    const int k = sizeOf(kernel);
+    const OwnedDeconvLR state = makeState(kernel, std::max(k, src.width() + margin),
+                                          std::max(k, src.height() + margin), threshold);
+    return run(src, iterations, state.get());
+}
+
+FloatPlane picture(int width, int height, Layout layout = {}) {
+    FloatPlane plane(width, height, layout);
+    return plane.set([](int x, int y) {
+        return 100 +
+               80 * std::sin(0.4F * static_cast<float>(x)) *
+                   std::cos(0.3F * static_cast<float>(y)) +
+               static_cast<float>((37 * x + 59 * y) % 23);
+    });
+}
+
+// --- Oracle ---------------------------------------------------------------------------------
+
+/// result(y, x) = sum of kernel(i, j) plane(y + anchor - i, x + anchor - j), 0 outside the plane.
+std::vector<double> convolution(const std::vector<double>& plane, int width, int height,
+                                const Kernel& kernel) {
+    const int size = sizeOf(kernel), anchor = (size - 1) / 2;
+    std::vector<double> result(plane.size());
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (int i = 0; i < size; ++i)
+                for (int j = 0; j < size; ++j) {
+                    const int fromY = y + anchor - i, fromX = x + anchor - j;
+                    if (fromY < 0 || fromY >= height || fromX < 0 || fromX >= width) continue;
+                    result[y * width + x] +=
+                        double{kernel[i * size + j]} * plane[fromY * width + fromX];
+                }
+    return result;
+}
+
+FloatPlane lucyRichardson(const FloatPlane& src, const Kernel& kernel, int iterations,
+                          float threshold) {
+    const int size = sizeOf(kernel), offset = size - 1 - (size - 1) / 2;
+    const int width = src.width() + size - 1, height = src.height() + size - 1;
+    Kernel transposed(kernel.size());
+    for (int i = 0; i < size; ++i)
+        for (int j = 0; j < size; ++j) transposed[i * size + j] = kernel[j * size + i];
+
+    const std::vector<double> observed = extendedRegion(src, kernel, size, threshold);
+    std::vector<double> estimate = observed;
+    for (int n = 0; n < iterations; ++n) {
+        std::vector<double> ratio = convolution(estimate, width, height, kernel);
+        for (std::size_t i = 0; i < ratio.size(); ++i)
+            ratio[i] = std::abs(ratio[i]) <= threshold ? 0 : observed[i] / ratio[i];
+        const std::vector<double> correction = convolution(ratio, width, height, transposed);
+        for (std::size_t i = 0; i < estimate.size(); ++i) {
+            const bool vanished =
+                std::abs(estimate[i]) <= kVanished || std::abs(correction[i]) <= kVanished;
+            estimate[i] = vanished ? 0 : estimate[i] * correction[i];
+        }
+    }
+    FloatPlane result(src.width(), src.height());
+    return result.set([&](int x, int y) {
+        const double value = estimate[(y + offset) * width + x + offset];
+        return std::abs(value) > threshold ? static_cast<float>(value) : 0.0F;
+    });
+}
+
+void expectClose(const FloatPlane& expected, const FloatPlane& actual) {
+    for (int y = 0; y < expected.height(); ++y)
+        for (int x = 0; x < expected.width(); ++x)
+            ASSERT_NEAR(expected.at(x, y), actual.at(x, y), 1e-4F * std::abs(expected.at(x, y)))
+                << "at (" << x << ", " << y << ")";
+}
+
+TEST(DeconvLR, MatchesDirectConvolutionForEveryKernel) {
+    const std::pair<int, int> sizes[] = {{1, 1},   {1, 6},   {6, 1},    {2, 3},  {7, 5},
+                                         {12, 4},  {13, 23}, {33, 17},  {64, 9}, {123, 7},
+                                         {124, 8}, {125, 9}, {129, 12}, {260, 6}};
+    for (const Kernel& kernel : kernels())
+        for (const auto& [width, height] : sizes)
+            for (const int iterations : {1, 2, 3, 7, 13}) {
+                SCOPED_TRACE(::testing::Message() << width << " x " << height << ", kernel size "
+                                                  << sizeOf(kernel) << ", " << iterations);
+                const FloatPlane src = picture(width, height);
+                expectClose(lucyRichardson(src, kernel, iterations, 1e-4F),
+                            run(src, kernel, iterations, 1e-4F));
+            }
+}
+
+// --- Every slot, any memory -----------------------------------------------------------------
+
+FloatPlane withOddValues(FloatPlane plane) {
+    const float odd[] = {kNaN, kInfinity, -kInfinity, 0, -0.0F, 1e-38F, 1e-42F, 3e38F, -5};
+    int next = 0;
+    for (int y = 0; y < plane.height(); ++y)
+        for (int x = (7 * y) % 31; x < plane.width(); x += 31) plane.at(x, y) = odd[next++ % 9];
+    return plane;
+}
+
+TEST(DeconvLR, EverySlotGivesTheSameBitsAndTouchesTheRegionOnly) {
+    constexpr int kMaxSize = 400;
+    int round = 0;
+    const std::vector<Kernel> all = kernels();
+    for (std::size_t n = 0; n < all.size(); ++n) {
+        const Kernel& kernel = all[n];
+        // One state for all of it: what an earlier run has left behind must not show.
+        const OwnedDeconvLR state = makeState(kernel, kMaxSize, kMaxSize, 1e-4F);
+        for (const int width : widths()) {
+            // Only the folded iteration, the first kernel's, has a case for every width.
+            if (n > 0 && width % 5 != static_cast<int>(n) % 5) continue;
+            const int iterations = width % 16 == 0 ? 30 : 1 + ++round % 9;
+            const Layout layout = layouts<float>()[round % 3];
+            const FloatPlane clean = picture(width, 3 + width % 13, layout);
+            for (const FloatPlane& src : {clean, withOddValues(clean)}) {
+                const FloatPlane expected = run(src, kernel, iterations, 1e-4F);
+                forEachSlot([&] {
+                    ASSERT_TRUE(samePixels(expected, run(src, iterations, state.get(), layout)))
+                        << "width " << width << ", " << iterations << " iterations, kernel size "
+                        << sizeOf(kernel);
+                });
+            }
+        }
+    }
+}
+
+TEST(DeconvLR, WorksInPlace) {
+    for (const Kernel& kernel : kernels())
+        for (const int height : {1, 2, 7, 40}) {
+            const OwnedDeconvLR state = makeState(kernel, 60, 60, 1e-4F);
+            FloatPlane plane = picture(50, height);
+            const FloatPlane expected = run(plane, kernel, 3, 1e-4F);
+            EXPECT_EQ(deconvLR(plane.data(), plane.step(), plane.data(), plane.step(), 50, height,
+                               3, state.get()),
+                      Success);
+            EXPECT_TRUE(samePixels(expected, plane));
+        }
+}
+
+TEST(DeconvLR, AllocatesNothingPerCall) {
+    for (const Kernel& kernel : kernels()) {
+        const OwnedDeconvLR state = makeState(kernel, 40, 40, 1e-4F);
+        const FloatPlane src = picture(30, 20);
+        FloatPlane dst(30, 20);
+        heap::reset();
+        EXPECT_EQ(deconvLR(src.data(), src.step(), dst.data(), dst.step(), 30, 20, 5, state.get()),
+                  Success);
+        EXPECT_EQ(heap::requests, 0);
+    }
+}
+
+// --- Guards ---------------------------------------------------------------------------------
+
+float single(float pixel, const Kernel& kernel, float threshold, int iterations = 1) {
+    FloatPlane src(1, 1);
+    src.fill(pixel);
+    return run(src, kernel, iterations, threshold).at(0, 0);
+}
+
+TEST(DeconvLR, OneWeightLeavesWhatNoGuardStops) {
+    const float above = std::nextafter(kVanished, 1.0F), next = std::nextafter(0.5F, 1.0F);
+    struct {
+        float pixel, threshold, expected;
+    } const rows[] = {
+        {3, 0.5F, 3},       {-3, 0.5F, -3},       {0.5F, 0.5F, 0},   {-0.5F, 0.5F, 0},
+        {next, 0.5F, next}, {-next, 0.5F, -next}, {kNaN, 0.5F, 0},   {kInfinity, 0.5F, 0},
+        {0, 0.5F, 0},       {-0.0F, 0, 0},        {kVanished, 0, 0}, {-kVanished, 0, 0},
+        {above, 0, above},  {-above, 0, -above},  {1e-42F, 0, 0},    {3, kInfinity, 0},
+        {3, kNaN, 0},       {kNaN, kNaN, 0},      {0, kNaN, 0},
+    };
+    forEachSlot([&] {
+        for (const auto& row : rows)
+            for (const int iterations : {1, 4, 30}) {
+                const float result = single(row.pixel, {1}, row.threshold, iterations);
+                EXPECT_EQ(result, row.expected) << row.pixel << " at " << row.threshold;
+                EXPECT_TRUE(result != 0 || !std::signbit(result));
+            }
+    });
+}
+
+// The weight 2 lifts the blurred pixels above the threshold that the result then stops at.
+TEST(DeconvLR, AResultAtTheThresholdIsZero) {
+    const float next = std::nextafter(0.5F, 1.0F);
+    FloatPlane src(37, 1), expected(37, 1);
+    src.set([&](int x, int) { return x % 2 == 0 ? 0.5F : -next; });
+    expected.set([&](int x, int) { return x % 2 == 0 ? 0 : -next; });
+    forEachSlot([&] { EXPECT_TRUE(samePixels(expected, run(src, {2}, 2, 0.5F))); });
+}
+
+// With the weights (w 0 / 1 0) a region of one pixel p has the margin pixel p / w above it and
+// zeros elsewhere. To its ratio, 1 / (w + 1 / w), belongs the correction w / (w + 1 / w).
+TEST(DeconvLR, AVanishingCorrectionMakesTheEstimateZero) {
+    for (const float pixel : {1e20F, -1e20F})
+        forEachSlot([&] {
+            EXPECT_EQ(single(pixel, {1e-8F, 0, 1, 0}, 0), 0.0F);
+            EXPECT_NEAR(single(pixel, {1e-7F, 0, 1, 0}, 0) / (pixel * 1e-14F), 1, 1e-4);
+        });
+}
+
+// The same two guards in the folded iteration, whose kernel cannot make the correction vanish from
+// positive pixels: a blurred value at the threshold counts as none.
+TEST(DeconvLR, ABlurredValueAtTheThresholdGivesNoRatio) {
+    Kernel centre(25);
+    centre[12] = 1;
+    for (int y = 0; y < 3; ++y) {
+        FloatPlane src(9, 3), expected(9, 3);
+        const float next = std::nextafter(0.5F, 1.0F);
+        src.set([&](int x, int row) { return row != y ? 0 : x % 3 == 0 ? 0.5F : next; });
+        expected.set([&](int x, int row) { return row != y || x % 3 == 0 ? 0 : next; });
+        forEachSlot([&] { EXPECT_TRUE(samePixels(expected, run(src, centre, 3, 0.5F))); });
+    }
+}
+
+TEST(DeconvLR, ZerosStayZerosWithEveryKernel) {
+    for (const Kernel& kernel : kernels())
+        EXPECT_TRUE(samePixels(FloatPlane(40, 9), run(FloatPlane(40, 9), kernel, 6, 1e-4F)));
+}
+
+// --- Arguments ------------------------------------------------------------------------------
+
+// Each row breaks one rule and later ones too, so that the order shows.
+TEST(DeconvLR, WrongArgumentsAreReportedInOrderAndChangeNothing) {
+    const OwnedDeconvLR state = makeState(filterKernel(), 12, 10, 1e-4F);  // up to 8 x 6
+    enum Null { None, Src, Dst, State };
+    struct {
+        Null null;
+        int srcStep, dstStep, width, height, iterations;
+        KernelStatus status;
+    } const rows[] = {
+        {Src, 3, 3, 0, 6, 0, NullPointer},      {Dst, 3, 3, 0, 6, 0, NullPointer},
+        {State, 3, 3, 0, 6, 0, NullPointer},    {None, 3, 3, 0, 6, 0, BadSize},
+        {None, 3, 3, 8, -1, 0, BadSize},        {None, 3, 3, 9, 6, 0, BadSize},
+        {None, 3, 3, 8, 7, 0, BadSize},         {None, 3, 3, INT_MAX, 6, 0, BadSize},
+        {None, 31, 33, 8, 6, 0, BadStep},       {None, 33, 31, 8, 6, 0, BadStep},
+        {None, -32, 32, 8, 6, 0, BadStep},      {None, 34, 32, 8, 6, 0, UnalignedStep},
+        {None, 32, 33, 8, 6, 0, UnalignedStep}, {None, 32, 32, 8, 6, 0, BadArgument},
+        {None, 32, 32, 8, 6, -4, BadArgument},  {None, 32, 32, 8, 6, 1, Success},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(::testing::Message() << "row " << &row - rows);
+        const FloatPlane src = picture(8, 6);
+        FloatPlane dst(8, 6);
+        EXPECT_EQ(deconvLR(row.null == Src ? nullptr : src.data(), row.srcStep,
+                           row.null == Dst ? nullptr : dst.data(), row.dstStep, row.width,
+                           row.height, row.iterations, row.null == State ? nullptr : state.get()),
+                  row.status);
+        EXPECT_EQ(static_cast<bool>(samePixels(FloatPlane(8, 6), dst)), row.status != Success);
+    }
+    EXPECT_EQ(deconvLRFree(nullptr), NullPointer);
+}
+
+TEST(DeconvLRInit, WrongArgumentsAreReportedInOrderAndLeaveTheResultAlone) {
+    const Kernel kernel = filterKernel();
+    struct {
+        bool hasOut, hasKernel;
+        int size, maxWidth, maxHeight;
+        float threshold;
+        KernelStatus status;
+    } const rows[] = {
+        {false, true, 0, 9, 9, -1, NullPointer},
+        {true, false, 0, 9, 9, -1, NullPointer},
+        {true, true, 0, 9, 9, -1, BadSize},
+        {true, true, 5, 0, 9, -1, BadSize},
+        {true, true, 5, 9, -9, -1, BadSize},
+        {true, true, 5, 4, 9, -1, BadSize},
+        {true, true, 5, 9, 4, -1, BadSize},
+        {true, true, 5, INT_MAX, INT_MAX, -1, BadArgument},
+        {true, true, 5, 9, 9, -1e-30F, BadArgument},
+        {true, true, 5, INT_MAX, 9, 0, NoMemory},
+        {true, true, 5, 9, INT_MAX, 0, NoMemory},
+        {true, true, 5, 40000, 40000, 0, NoMemory},
+    };
+    for (const auto& row : rows) {
+        DeconvLRState* const untouched = reinterpret_cast<DeconvLRState*>(8);
+        DeconvLRState* state = untouched;
+        EXPECT_EQ(
+            deconvLRInit(row.hasOut ? &state : nullptr, row.hasKernel ? kernel.data() : nullptr,
+                         row.size, row.maxWidth, row.maxHeight, row.threshold),
+            row.status)
+            << "row " << &row - rows;
+        EXPECT_EQ(state, untouched);
+    }
+    for (const float threshold : {kNaN, -0.0F, kInfinity})
+        EXPECT_NE(makeState(kernel, 5, 5, threshold), nullptr);
+}
+
+TEST(DeconvLRInit, EveryFailingAllocationIsReportedAndNothingStays) {
+    const Kernel kernel = filterKernel();
+    const int before = heap::blocks;
+    int request = 0;
+    for (KernelStatus status = NoMemory; status != Success; ++request) {
+        DeconvLRState* state = nullptr;
+        heap::reset(request);
+        status = deconvLRInit(&state, kernel.data(), 5, 9, 9, 0);
+        heap::reset();
+        ASSERT_EQ(status, state ? Success : NoMemory);
+        if (state) {
+            EXPECT_EQ(deconvLRFree(state), Success);
+        }
+        EXPECT_EQ(heap::blocks, before) << "after request " << request << " failed";
+    }
+    EXPECT_EQ(request, 8);  // the state, two kernels and four planes, then all succeed
+}
+
+}  // namespace
+}  // namespace numeric
