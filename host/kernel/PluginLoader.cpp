@@ -1,7 +1,6 @@
 #include "host/kernel/PluginLoader.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QFileInfo>
 #include <QLibrary>
 #include <QStringList>
@@ -12,11 +11,7 @@
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulatorPluginInterface.h"
 #include "host/kernel/KernelStore.h"
-
-#if defined(Q_OS_LINUX)
-#include <dlfcn.h>
-#include <link.h>
-#endif
+#include "host/kernel/LibraryFile.h"
 
 namespace {
 
@@ -26,6 +21,8 @@ const char kVerificationText[] =
     "buildkey=Windows msvc release full-config";
 
 const int kShownTextLength = 200;
+
+const char* const kOtherToolkit = QT_VERSION_MAJOR == 5 ? "libQt6Core.so.6" : "libQt5Core.so.5";
 
 using Manipulators = std::vector<std::unique_ptr<HkFilterManipulator>>;
 
@@ -46,52 +43,6 @@ QString rebuildAdvice() {
 QString pluginFaultAdvice() {
     return tr("report it to the maker of the plug-in");
 }
-
-#if defined(Q_OS_LINUX)
-
-/// The system's loader maps the parts of a library that its header promises without looking at the
-/// size of the file: the first use of a part that is missing would end the host.
-bool isCutShort(const QString& path) {
-    QFile file(path);
-    ElfW(Ehdr) header;
-    if (!file.open(QIODevice::ReadOnly)) return false;
-    if (file.read(reinterpret_cast<char*>(&header), sizeof header) != sizeof header) return false;
-    if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0) return false;
-    const auto size = static_cast<quint64>(file.size());
-    const auto isBeyondEnd = [size](quint64 offset, quint64 length) {
-        return offset > size || length > size - offset;
-    };
-    if (isBeyondEnd(header.e_phoff, quint64(header.e_phnum) * sizeof(ElfW(Phdr))) ||
-        isBeyondEnd(header.e_shoff, quint64(header.e_shnum) * sizeof(ElfW(Shdr))))
-        return true;
-    file.seek(static_cast<qint64>(header.e_phoff));
-    for (int i = 0; i < header.e_phnum; ++i) {
-        ElfW(Phdr) segment;
-        if (file.read(reinterpret_cast<char*>(&segment), sizeof segment) != sizeof segment)
-            return true;
-        if (isBeyondEnd(segment.p_offset, segment.p_filesz)) return true;
-    }
-    return false;
-}
-
-/// Two major versions of the toolkit in one process do not know each other's objects.
-bool isOtherToolkitLoaded() {
-    const char* const other = QT_VERSION_MAJOR == 5 ? "libQt6Core.so.6" : "libQt5Core.so.5";
-    void* const handle = dlopen(other, RTLD_LAZY | RTLD_NOLOAD);
-    if (handle) dlclose(handle);
-    return handle != nullptr;
-}
-
-#else
-
-bool isCutShort(const QString&) {
-    return false;
-}
-bool isOtherToolkitLoaded() {
-    return false;
-}
-
-#endif
 
 /// Runs the steps on one library. `step` names the one that is being taken.
 class Attempt {
@@ -152,9 +103,14 @@ QString Attempt::findFile() {
 
 void Attempt::loadLibrary(const QString& path) {
     m_step = tr("load the library");
-    if (isCutShort(path))
+    const LibraryFile header(path);
+    if (header.isCutShort)
         throw Refusal{tr("the file is shorter than its header says"), tr("copy or build it again")};
-    const bool wasOtherToolkitLoaded = isOtherToolkitLoaded();
+    // Two major versions of the toolkit in one process do not know each other's objects.
+    if (header.needs.contains(kOtherToolkit))
+        throw Refusal{tr("it was built with another version of the toolkit than this host, Qt %1")
+                          .arg(QT_VERSION_MAJOR),
+                      rebuildAdvice()};
     m_library.setFileName(path);
     // A function that is missing shows here, and not when it is called for the first time.
     m_library.setLoadHints(QLibrary::ResolveAllSymbolsHint);
@@ -162,10 +118,6 @@ void Attempt::loadLibrary(const QString& path) {
         throw Refusal{m_library.errorString().remove(path + QLatin1String(": ")).simplified(),
                       tr("check that it is a plug-in built for this system and that the libraries "
                          "it needs are installed")};
-    if (!wasOtherToolkitLoaded && isOtherToolkitLoaded())
-        throw Refusal{tr("it was built with another version of the toolkit than this host, Qt %1")
-                          .arg(QT_VERSION_MAJOR),
-                      rebuildAdvice()};
 }
 
 void Attempt::compareVerificationText() {
