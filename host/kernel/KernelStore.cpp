@@ -79,8 +79,7 @@ KernelStore::KernelStore() : d(std::make_unique<Private>()) {}
 
 KernelStore::~KernelStore() = default;
 
-// Filter types
-// -------------------------------------------------------------------------------------
+// --- Filter types ---
 
 std::vector<int> KernelStore::types() const {
     std::vector<int> ids;
@@ -152,21 +151,20 @@ const HkKernelObjectDataDescr* KernelStore::descriptor(int typeId) const {
 }
 
 void KernelStore::forgetManipulator(const HkFilterManipulator* manipulator) {
-    const auto gone = std::find_if(
-        d->types.begin(), d->types.end(),
-        [manipulator](const Private::Type& type) { return type.manipulator == manipulator; });
-    if (gone == d->types.end()) return;
-    const int typeId = gone->id;
-    {
-        const WriteLock guard(d->lock);
-        d->types.erase(gone);
+    std::vector<int> forgotten;
+    for (const Private::Type& type : d->types)
+        if (type.manipulator == manipulator) forgotten.push_back(type.id);
+    for (const int typeId : forgotten) {
+        {
+            const WriteLock guard(d->lock);
+            d->types.erase(d->types.begin() + (d->type(typeId) - d->types.data()));
+        }
+        for (const InstanceId& id : instances())
+            if (id.typeId == typeId) remove(id.objectId);
     }
-    for (const InstanceId& id : instances())
-        if (id.typeId == typeId) remove(id.objectId);
 }
 
-// Instances
-// ----------------------------------------------------------------------------------------
+// --- Instances ---
 
 std::vector<InstanceId> KernelStore::instances() const {
     const ReadLock guard(d->lock);
@@ -265,8 +263,7 @@ HkKernelObjectData* KernelStore::find(int typeId, int objectId) const {
     return object && object->d->typeId == typeId ? object : nullptr;
 }
 
-// Values
-// -------------------------------------------------------------------------------------------
+// --- Values ---
 
 HkParamKeyframeVector KernelStore::valuesAt(const HkKernelObjectData& object, qint64 frame) const {
     const ReadLock guard(d->lock);
@@ -337,8 +334,7 @@ void KernelStore::announceMediaLoaded() {
     emit KernelNotifier::instance()->signalMediaLoaded();
 }
 
-// Leases
-// -------------------------------------------------------------------------------------------
+// --- Leases ---
 
 quint64 KernelStore::beginLease() {
     const WriteLock guard(d->lock);

@@ -28,8 +28,7 @@ class FXKERNELAPI_EXPORT KernelStore {
 public:
     static KernelStore& instance();
 
-    // Filter types
-    // ---------------------------------------------------------------------------------
+    // --- Filter types ---
 
     /// The types with manipulator and descriptor, in order of registration.
     std::vector<int> types() const;
@@ -42,8 +41,7 @@ public:
     static int filterTypeOf(const HkFilterManipulator& manipulator);
     static bool isRegistered(const HkFilterManipulator& manipulator);  ///< its registration flag
 
-    // Instances
-    // ------------------------------------------------------------------------------------
+    // --- Instances ---
 
     /// The applied instances in rendering order.
     std::vector<InstanceId> instances() const;
@@ -63,8 +61,7 @@ public:
     bool move(int objectId, int position);  ///< to `position` in the new order, the end if outside
     void clear();                           ///< removes all instances
 
-    // Values
-    // ---------------------------------------------------------------------------------------
+    // --- Values ---
 
     bool setBaseValue(int objectId, int paramIndex, const QVariant& value);
     /// `held` matters for Interpolated parameters only. False for a Constant parameter.

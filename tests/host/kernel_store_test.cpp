@@ -47,8 +47,7 @@ protected:
     TestManipulator filter;
 };
 
-// Declaring parameters
-// ------------------------------------------------------------------------------
+// --- Declaring parameters ---
 
 TEST(Descriptor, RefusesWhatItCannotDeclare) {
     HkKernelObjectDataDescr descr(5, 2);
@@ -125,8 +124,7 @@ TEST(Descriptor, SetValueConvertsOrRefuses) {
     EXPECT_FALSE(descr.setValue(tooShort, "Int", 1));
 }
 
-// Registering types
-// ---------------------------------------------------------------------------------
+// --- Registering types ---
 
 TEST_F(KernelStoreTest, TypesAreRegisteredOnce) {
     EXPECT_TRUE(filter.isRegistered());
@@ -168,16 +166,17 @@ TEST_F(KernelStoreTest, ADestroyedManipulatorTakesItsTypeAlong) {
     {
         TestManipulator other(9002);
         other.initManipulator(nullptr);
+        EXPECT_TRUE(kernel.registerFilterType(&other, 9003)) << "one may serve two types";
         object = store.add(9002);
         EXPECT_NE(kernel.getObject(9002, object), nullptr);
     }
     EXPECT_EQ(kernel.getObject(9002, object), nullptr);
     EXPECT_EQ(kernel.getDataDescriptor(9002), nullptr);
     EXPECT_EQ(store.add(9002), -1);
+    EXPECT_EQ(store.manipulator(9003), nullptr);
 }
 
-// Values over time
-// ----------------------------------------------------------------------------------
+// --- Values over time ---
 
 TEST_F(KernelStoreTest, WithoutAnimationOrKeysTheBaseValueHolds) {
     const int object = store.add(kType);
@@ -305,8 +304,7 @@ TEST_F(KernelStoreTest, EditsThatDoNotFitChangeNothing) {
     EXPECT_TRUE(*store.state(object) == before);
 }
 
-// Instances and their order
-// -------------------------------------------------------------------------
+// --- Instances and their order ---
 
 TEST_F(KernelStoreTest, OrderAndIds) {
     TestManipulator other(9002);
