@@ -1,0 +1,89 @@
+#include "tests/framework/FilterHost.h"
+
+#include <QAbstractButton>
+#include <QAbstractSlider>
+#include <QLibrary>
+#include <stdexcept>
+#include <string>
+
+#include "host/kernel/KernelStore.h"
+
+HkFilterManipulatorPluginInterface& plugin() {
+    const auto instance = reinterpret_cast<QObject* (*)()>(
+        QLibrary::resolve(QStringLiteral(FX_PLUGIN_FILE), "qt_plugin_instance"));
+    auto* root = instance ? qobject_cast<HkFilterManipulatorPluginInterface*>(instance()) : nullptr;
+    if (!root) throw std::runtime_error(FX_PLUGIN_FILE " is not the library that was built");
+    return *root;
+}
+
+std::unique_ptr<HkFilterManipulator> makeManipulator(const char* key) {
+    HkFilterManipulator* manipulator = nullptr;
+    if (!plugin().create(QString::fromLatin1(key), manipulator, nullptr) || !manipulator)
+        throw std::runtime_error(std::string("the library has no filter ") + key);
+    return std::unique_ptr<HkFilterManipulator>(manipulator);
+}
+
+FilterHost::FilterHost(const char* key)
+    : manipulator(makeManipulator(key)), typeId(KernelStore::filterTypeOf(*manipulator)) {
+    KernelStore::instance().setCurrentFrame(0);
+    manipulator->setUndoStack(&undo);
+    manipulator->initManipulator(&toolBox);
+    objectId = manipulator->addFilter();
+    undo.clear();
+}
+
+void FilterHost::edit(const char* name, int position) {
+    auto* widget = control<QWidget>(name);
+    if (auto* slider = qobject_cast<QAbstractSlider*>(widget))
+        slider->setValue(position);
+    else if (auto* button = qobject_cast<QAbstractButton*>(widget))
+        button->click();
+}
+
+void FilterHost::editUnnoticed(const char* name, int position) {
+    const QList<QWidget*> widgets = page().findChildren<QWidget*>();
+    for (QWidget* widget : widgets) widget->blockSignals(true);
+    edit(name, position);
+    for (QWidget* widget : widgets) widget->blockSignals(false);
+}
+
+int FilterHost::position(const char* name) {
+    auto* widget = control<QWidget>(name);
+    if (const auto* slider = qobject_cast<QAbstractSlider*>(widget)) return slider->value();
+    return control<QAbstractButton>(name)->isChecked();
+}
+
+QVariant FilterHost::value(int parameter, qint64 frame) const {
+    return HkFXKernelData::getInstance()
+        ->getObject(typeId, objectId)
+        ->getKeyframesAt(frame)
+        .at(parameter)
+        .getValue();
+}
+
+void FilterHost::set(int parameter, const QVariant& value) {
+    if (!KernelStore::instance().setBaseValue(objectId, parameter, value))
+        throw std::runtime_error("no such value for parameter " + std::to_string(parameter));
+}
+
+HkImage* FilterHost::process(HkImage* image, qint64 frame) {
+    const std::unique_ptr<HkImageFilter> filter(manipulator->createImageFilter(objectId));
+    return filter->processImage(image, frame);
+}
+
+std::unique_ptr<HkImage> testImage(int width, int height, int channels) {
+    auto image = std::make_unique<HkImage>(width, height, channels, nullptr, 4u);
+    for (int y = 0; y < height; ++y)
+        for (int i = 0; i < width * channels; ++i)
+            image->data[y * image->step + i] =
+                static_cast<unsigned char>((y * width * channels + i) * 37 + i / channels);
+    return image;
+}
+
+QByteArray pixels(const HkImage& image) {
+    QByteArray bytes;
+    for (int y = 0; y < image.roiHeight; ++y)
+        bytes.append(reinterpret_cast<const char*>(image.data + y * image.step),
+                     image.roiWidth * image.channels);
+    return bytes;
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QToolBox>
+#include <QUndoStack>
+#include <QVariant>
+#include <QWidget>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
+#include "framework/contract/FxKernelApi/HkFilterManipulator.h"
+#include "framework/contract/FxKernelApi/HkFilterManipulatorPluginInterface.h"
+#include "framework/contract/FxKernelApi/HkImageFilter.h"
+#include "framework/contract/ImageProcessor/HkImage.h"
+
+/// The root object of the built library, reached through its entry point.
+HkFilterManipulatorPluginInterface& plugin();
+
+std::unique_ptr<HkFilterManipulator> makeManipulator(const char* key);
+
+/// A host with one filter of the built library, applied once, and the entry that shows it. What is
+/// not there is thrown as an error.
+class FilterHost {
+public:
+    explicit FilterHost(const char* key);
+
+    QWidget& page() { return *entry().controlPage; }
+    FxGuiImageFilter& entry() { return *manipulator->getFilterGui(objectId); }
+
+    /// The named control of the page.
+    template <class Widget>
+    Widget* control(const char* name) {
+        auto* found = page().findChild<Widget*>(QString::fromLatin1(name));
+        if (!found) throw std::runtime_error(std::string("the page has no ") + name);
+        return found;
+    }
+    /// What a user does to a control: a slider goes to `position`, a button is clicked.
+    void edit(const char* name, int position);
+    /// The same without any signal that tells of it.
+    void editUnnoticed(const char* name, int position);
+    /// Where a slider stands, or 0 and 1 for a button.
+    int position(const char* name);
+
+    QVariant value(int parameter, qint64 frame = 0) const;  ///< in force at `frame`
+    void set(int parameter, const QVariant& value);         ///< as a document does: no undo step
+
+    /// Runs the filter once over `image`; ownership as HkImageFilter::processImage has it.
+    HkImage* process(HkImage* image, qint64 frame = 0);
+
+    QToolBox toolBox;
+    QUndoStack undo;
+    std::unique_ptr<HkFilterManipulator> manipulator;
+    int typeId;
+    int objectId;
+};
+
+/// A picture in which no two pixels are alike.
+std::unique_ptr<HkImage> testImage(int width, int height, int channels);
+
+/// The pixels of the region, row by row.
+QByteArray pixels(const HkImage& image);

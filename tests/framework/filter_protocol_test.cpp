@@ -1,0 +1,301 @@
+// What every filter of the library owes its host.
+
+#include <gmock/gmock.h>
+
+#include <QImage>
+#include <QImageReader>
+#include <QPixmap>
+#include <cstddef>
+#include <cstring>
+
+#include "framework/contract/FxKernelApi/HkFXKernelCommand.h"
+#include "host/kernel/KernelNotifier.h"
+#include "host/kernel/KernelStore.h"
+#include "tests/framework/ExpectedFilters.h"
+#include "tests/framework/FilterHost.h"
+
+using testing::ElementsAreArray;
+
+namespace {
+
+const int kEnabled = 0;
+
+/// Reads the flag that a manipulator shares with its host only.
+struct EditFlag : HkFilterManipulator {
+    static bool of(HkFilterManipulator& manipulator) {
+        return manipulator.*(&EditFlag::editInProgress);
+    }
+};
+
+class FilterProtocol : public testing::TestWithParam<ExpectedFilter> {
+protected:
+    const ExpectedFilter& expected() const { return GetParam(); }
+
+    /// The filter's descriptor, as a host would declare it that lacks one parameter.
+    std::unique_ptr<HkKernelObjectDataDescr> descriptorWithout(int missing) const {
+        const int count = static_cast<int>(expected().parameters.size());
+        auto descr = std::make_unique<HkKernelObjectDataDescr>(expected().typeId,
+                                                               count - (missing < count ? 1 : 0));
+        unsigned int index = 0;
+        for (int i = 0; i < count; ++i) {
+            const ExpectedParameter& p = expected().parameters[static_cast<std::size_t>(i)];
+            if (i == missing) continue;
+            EXPECT_TRUE(descr->addParamDescr(index++, QString::fromLatin1(p.name), p.type, p.kind));
+        }
+        return descr;
+    }
+};
+
+}  // namespace
+
+TEST_P(FilterProtocol, SaysWhatItIs) {
+    const auto manipulator = makeManipulator(expected().key);
+    EXPECT_EQ(KernelStore::filterTypeOf(*manipulator), expected().typeId);
+    EXPECT_EQ(manipulator->filterTitle().toStdString(), expected().title);
+    EXPECT_EQ(manipulator->filterDescription().toStdString(), expected().description);
+    EXPECT_EQ(manipulator->filterDetailedDescription(), manipulator->filterDescription());
+    const std::unique_ptr<HkImageFilter> filter(manipulator->createImageFilter(1));
+    EXPECT_EQ(filter->filterTypeId(), expected().typeId);
+}
+
+TEST_P(FilterProtocol, MetaObjectFollowsTheHostsBaseClassDirectly) {
+    const auto manipulator = makeManipulator(expected().key);
+    EXPECT_STREQ(manipulator->metaObject()->className(), expected().className);
+    EXPECT_STREQ(manipulator->metaObject()->superClass()->className(), "HkFilterManipulator");
+    EXPECT_EQ(manipulator->qt_metacast(expected().className), manipulator.get());
+    EXPECT_EQ(manipulator->qt_metacast("HkFilterManipulator"), manipulator.get());
+    EXPECT_EQ(manipulator->qt_metacast("QObject"), manipulator.get());
+    EXPECT_EQ(manipulator->qt_metacast("FxFilterManipulator"), nullptr);
+    EXPECT_EQ(manipulator->qt_metacast("QWidget"), nullptr);
+}
+
+TEST_P(FilterProtocol, DeclaresItsParameters) {
+    const FilterHost host(expected().key);
+    EXPECT_TRUE(KernelStore::isRegistered(*host.manipulator));
+    EXPECT_EQ(KernelStore::instance().manipulator(expected().typeId), host.manipulator.get());
+    const auto* descr = HkFXKernelData::getInstance()->getDataDescriptor(expected().typeId);
+    ASSERT_NE(descr, nullptr);
+    ASSERT_EQ(descr->paramCount(), static_cast<int>(expected().parameters.size()));
+    for (int i = 0; i < descr->paramCount(); ++i) {
+        const ExpectedParameter& p = expected().parameters[static_cast<std::size_t>(i)];
+        EXPECT_EQ(descr->param(i).name.toStdString(), p.name);
+        EXPECT_EQ(descr->param(i).type, p.type) << p.name;
+        EXPECT_EQ(descr->param(i).kind, p.kind) << p.name;
+        EXPECT_EQ(host.value(i), p.defaultValue) << p.name;
+    }
+}
+
+TEST_P(FilterProtocol, WritesDefaultsInOrderUntilOneFails) {
+    const auto manipulator = makeManipulator(expected().key);
+    const int count = static_cast<int>(expected().parameters.size());
+    for (int missing = 0; missing <= count; ++missing) {  // the last round lacks nothing
+        const auto descr = descriptorWithout(missing);
+        HkParamKeyframeVector values = descr->createKeyframeVector();
+        EXPECT_EQ(manipulator->fillDefaultValues(descr.get(), values, 0), missing == count);
+
+        bool reached = true;
+        for (const int index : expected().defaultsOrder) {
+            reached = reached && index != missing;
+            if (index == missing) continue;
+            const ExpectedParameter& p = expected().parameters[static_cast<std::size_t>(index)];
+            const HkParamKeyframe& entry = values.at(descr->indexOf(QString::fromLatin1(p.name)));
+            EXPECT_EQ(entry.isAssigned(), reached) << p.name << " without parameter " << missing;
+            if (reached) {
+                EXPECT_EQ(entry.getValue(), p.defaultValue) << p.name;
+            }
+        }
+    }
+}
+
+TEST_P(FilterProtocol, ATypeIdThatIsTakenLeavesNoDescriptor) {
+    {
+        const auto first = makeManipulator(expected().key);
+        ASSERT_TRUE(
+            HkFXKernelData::getInstance()->registerFilterType(first.get(), expected().typeId));
+        const auto manipulator = makeManipulator(expected().key);
+        manipulator->initManipulator(nullptr);
+        EXPECT_FALSE(KernelStore::isRegistered(*manipulator));
+        EXPECT_EQ(HkFXKernelData::getInstance()->getDataDescriptor(expected().typeId), nullptr);
+        EXPECT_EQ(manipulator->addFilter(), -1);
+    }
+    const auto manipulator = makeManipulator(expected().key);
+    manipulator->initManipulator(nullptr);
+    EXPECT_TRUE(KernelStore::isRegistered(*manipulator));
+}
+
+TEST_P(FilterProtocol, PassesTheFrameThroughWhenThereIsNothingToDo) {
+    FilterHost host(expected().key);
+    EXPECT_EQ(host.process(nullptr), nullptr);
+
+    const std::unique_ptr<HkImage> image = testImage(9, 7, 3);
+    const QByteArray before = pixels(*image);
+    const std::unique_ptr<HkImageFilter> stranger(host.manipulator->createImageFilter(-5));
+    EXPECT_EQ(stranger->processImage(nullptr, 0), nullptr);
+    EXPECT_EQ(stranger->processImage(image.get(), 0), image.get());
+    host.set(kEnabled, 0);
+    EXPECT_EQ(host.process(image.get()), image.get());
+    EXPECT_EQ(image->channels, 3);
+    EXPECT_EQ(pixels(*image), before);
+}
+
+TEST_P(FilterProtocol, OneEditIsOneCommand) {
+    for (const ExpectedEdit& edit : expected().edits) {
+        SCOPED_TRACE(edit.control);
+        FilterHost host(expected().key);
+        host.set(kEnabled, 7);
+        const QVariant before = host.value(edit.parameter);
+        const int shownBefore = host.position(edit.control);
+        std::vector<bool> inProgress;
+        QObject::connect(KernelNotifier::instance(), &KernelNotifier::objectChanged,
+                         host.manipulator.get(),
+                         [&] { inProgress.push_back(EditFlag::of(*host.manipulator)); });
+
+        host.edit(edit.control, edit.position);
+        EXPECT_EQ(host.undo.count(), 1);
+        EXPECT_EQ(host.value(edit.parameter), edit.stored);
+        EXPECT_EQ(host.value(kEnabled), QVariant(7)) << "the page carries no \"Enabled\"";
+        EXPECT_EQ(inProgress, std::vector<bool>{true});
+        EXPECT_FALSE(EditFlag::of(*host.manipulator));
+
+        host.undo.undo();
+        EXPECT_EQ(host.value(edit.parameter), before);
+        EXPECT_EQ(host.position(edit.control), shownBefore);
+        host.undo.redo();
+        EXPECT_EQ(host.value(edit.parameter), edit.stored);
+        EXPECT_EQ(host.position(edit.control), edit.position);
+        EXPECT_EQ(host.undo.count(), 1) << "showing a value is not an edit";
+        EXPECT_EQ(inProgress, (std::vector<bool>{true, false, false}));
+    }
+}
+
+TEST_P(FilterProtocol, ConsecutiveEditsMergeWhereTheFilterSaysSo) {
+    FilterHost host(expected().key);
+    for (int i : {0, 1}) {
+        const ExpectedEdit& edit = expected().edits[static_cast<std::size_t>(i)];
+        host.edit(edit.control, edit.position);
+        EXPECT_EQ(host.value(edit.parameter), edit.stored);
+    }
+    EXPECT_EQ(host.undo.count(), expected().merges ? 1 : 2);
+}
+
+TEST_P(FilterProtocol, AnEditOfAnAnimatedInstanceKeysTheCurrentFrame) {
+    const ExpectedEdit& edit = expected().edits.front();
+    const auto parameter = static_cast<std::size_t>(edit.parameter);
+    const quint32 frame = 0xf0000000u;  // must not turn negative on its way to 64 bits
+    for (const bool animated : {false, true}) {
+        FilterHost host(expected().key);
+        KernelStore::instance().setAnimated(host.objectId, animated);
+        KernelStore::instance().setCurrentFrame(frame);
+        host.edit(edit.control, edit.position);
+        ASSERT_EQ(host.undo.count(), 1);
+        const InstanceState state = *KernelStore::instance().state(host.objectId);
+        EXPECT_EQ(state.params[parameter].keys.count(frame), animated ? 1u : 0u);
+        EXPECT_EQ(state.params[parameter].keys.size(), animated ? 1u : 0u);
+        EXPECT_EQ(state.params[parameter].base,
+                  animated ? expected().parameters[parameter].defaultValue : edit.stored);
+    }
+}
+
+TEST_P(FilterProtocol, ThePageFollowsTheFrame) {
+    const ExpectedEdit& edit = expected().edits.front();
+    FilterHost host(expected().key);
+    KernelStore& store = KernelStore::instance();
+    const int fresh = host.position(edit.control);
+    store.setAnimated(host.objectId, true);
+    store.setKey(host.objectId, edit.parameter, 3, host.value(edit.parameter), true);
+    store.setKey(host.objectId, edit.parameter, 8, edit.stored, true);
+    store.setCurrentFrame(8);
+    EXPECT_EQ(host.position(edit.control), edit.position);
+    store.setCurrentFrame(3);
+    EXPECT_EQ(host.position(edit.control), fresh);
+    EXPECT_EQ(host.undo.count(), 0);
+}
+
+TEST_P(FilterProtocol, NewMediaRefreshThePage) {
+    const ExpectedEdit& edit = expected().edits.front();
+    FilterHost host(expected().key);
+    const int shown = host.position(edit.control);
+    host.editUnnoticed(edit.control, edit.position);
+    ASSERT_NE(host.position(edit.control), shown);
+    KernelStore::instance().announceMediaLoaded();
+    EXPECT_EQ(host.position(edit.control), shown);
+    EXPECT_EQ(host.undo.count(), 0);
+}
+
+TEST_P(FilterProtocol, NothingHappensWithoutAPage) {
+    const ExpectedEdit& edit = expected().edits.front();
+    FilterHost host(expected().key);
+    const auto* object = HkFXKernelData::getInstance()->getObject(host.typeId, host.objectId);
+    host.editUnnoticed(edit.control, edit.position);
+    QWidget* const page = host.entry().controlPage;
+    host.entry().controlPage = nullptr;
+    for (const int objectId : {host.objectId, -5}) {
+        host.manipulator->commitGuiChanges(objectId);
+        host.manipulator->updateGuiFromKernel(objectId, object);
+    }
+    host.entry().controlPage = page;
+    EXPECT_EQ(host.undo.count(), 0);
+    EXPECT_EQ(host.position(edit.control), edit.position);
+    host.manipulator->commitGuiChanges(host.objectId);
+    EXPECT_EQ(host.undo.count(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Filters, FilterProtocol, testing::ValuesIn(expectedFilters()),
+                         [](const auto& row) { return std::string(row.param.className); });
+
+TEST(FilterIcons, AreSmallPicturesThatDiffer) {
+    std::vector<QImage> seen;
+    for (const ExpectedFilter& filter : expectedFilters()) {
+        const auto manipulator = makeManipulator(filter.key);
+        const QString resource = QString::fromLatin1(filter.icon);
+        EXPECT_EQ(QImageReader(resource).size(), QSize(22, 22)) << filter.icon;
+        const QImage image = manipulator->filterIcon().pixmap(22, 22).toImage();
+        EXPECT_EQ(image, QIcon(resource).pixmap(22, 22).toImage()) << filter.icon;
+        EXPECT_FALSE(image.isNull()) << filter.icon;
+        for (const QImage& other : seen) EXPECT_NE(image, other) << filter.icon;
+        seen.push_back(image);
+    }
+}
+
+// The host's binary interface
+
+namespace {
+
+/// Where a virtual operation stands in its class's table of functions, from 0. Read from the
+/// pointer to member, as the Itanium C++ ABI lays it out (on some processors one is added to the
+/// offset).
+template <class Operation>
+int slotOf(Operation operation) {
+    static_assert(sizeof operation >= sizeof(std::ptrdiff_t), "a pointer to a virtual operation");
+    std::ptrdiff_t offset = 0;
+    std::memcpy(&offset, &operation, sizeof offset);
+    return static_cast<int>(offset / static_cast<std::ptrdiff_t>(sizeof(void*)));
+}
+
+}  // namespace
+
+TEST(BinaryInterface, OperationsStandInTheHostsOrder) {
+    using M = HkFilterManipulator;
+    // QObject comes first: metaObject, qt_metacast, qt_metacall, two destructors, event,
+    // eventFilter, timerEvent, childEvent, customEvent, connectNotify, disconnectNotify.
+    EXPECT_THAT(
+        (std::vector<int>{slotOf(&M::initManipulator), slotOf(&M::setUndoStack),
+                          slotOf(&M::setCvEditor), slotOf(&M::filterTitle), slotOf(&M::filterIcon),
+                          slotOf(&M::filterDescription), slotOf(&M::filterDetailedDescription),
+                          slotOf(&M::getFilterGui), slotOf(&M::commitGuiChanges),
+                          slotOf(&M::removeFilter), slotOf(&M::moveFilter),
+                          slotOf(&M::enableFilter), slotOf(&M::changeFilterAnimationState),
+                          slotOf(&M::constructDataObject), slotOf(&M::createImageFilter),
+                          slotOf(&M::createFilterGui), slotOf(&M::fillDefaultValues),
+                          slotOf(&M::updateGuiFromKernel)}),
+        ElementsAreArray({12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29}));
+
+    // After the two destructors.
+    EXPECT_EQ(slotOf(&HkImageFilter::filterTypeId), 2);
+    EXPECT_EQ(slotOf(&HkImageFilter::processImage), 3);
+    EXPECT_EQ(slotOf(&HkFilterManipulatorPluginInterface::keys), 2);
+    EXPECT_EQ(slotOf(&HkFilterManipulatorPluginInterface::create), 3);
+    // After QUndoCommand's undo, redo, id and mergeWith.
+    EXPECT_EQ(slotOf(&HkFXKernelCommand::mergeWith), 5);
+    EXPECT_EQ(slotOf(&HkFXKernelCommand::mergeMeWith), 6);
+}

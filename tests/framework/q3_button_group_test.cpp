@@ -1,0 +1,148 @@
+#include "framework/Q3ButtonGroup.h"
+
+#include <gmock/gmock.h>
+
+#include <QBoxLayout>
+#include <QCheckBox>
+#include <QCoreApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <vector>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+/// The numbers that one of the group's signals carried since it was last asked.
+class Numbers {
+public:
+    Numbers(Q3ButtonGroup* group, const char* signal) : m_spy(group, signal) {}
+    std::vector<int> take() {
+        std::vector<int> numbers;
+        while (!m_spy.isEmpty()) numbers.push_back(m_spy.takeFirst().at(0).toInt());
+        return numbers;
+    }
+
+private:
+    QSignalSpy m_spy;
+};
+
+}  // namespace
+
+TEST(Q3ButtonGroupTest, NumbersButtonsInOrderOfInsertion) {
+    Q3ButtonGroup group;
+    auto* first = new QRadioButton(&group);
+    new QLabel(&group);  // no button: takes no number
+    auto* second = new QCheckBox(&group);
+    auto* inside = new QWidget(&group);
+    QPushButton nested(inside), stranger;
+
+    EXPECT_EQ(group.id(first), 0);
+    EXPECT_EQ(group.id(second), 1);
+    EXPECT_EQ(group.id(&nested), -1);  // only its own children
+    EXPECT_EQ(group.id(&stranger), -1);
+    EXPECT_EQ(group.id(nullptr), -1);
+    EXPECT_EQ(group.find(0), first);
+    EXPECT_EQ(group.find(1), second);
+    EXPECT_EQ(group.find(2), nullptr);
+    EXPECT_EQ(group.find(-1), nullptr);
+}
+
+TEST(Q3ButtonGroupTest, ReportsEachStageOfAClickByNumber) {
+    Q3ButtonGroup group;
+    auto* radio = new QRadioButton(&group);
+    auto* button = new QPushButton(&group);
+    Numbers pressed(&group, SIGNAL(pressed(int))), released(&group, SIGNAL(released(int))),
+        clicked(&group, SIGNAL(clicked(int)));
+
+    QTest::mousePress(button, Qt::LeftButton);
+    EXPECT_THAT(pressed.take(), ElementsAre(1));
+    EXPECT_THAT(clicked.take(), IsEmpty());
+    QTest::mouseRelease(button, Qt::LeftButton);
+    EXPECT_THAT(released.take(), ElementsAre(1));
+    EXPECT_THAT(clicked.take(), ElementsAre(1));
+    EXPECT_THAT(pressed.take(), IsEmpty());
+
+    radio->setChecked(true);  // not by a user
+    group.blockSignals(true);
+    button->click();
+    group.blockSignals(false);
+    EXPECT_THAT(clicked.take(), IsEmpty());
+}
+
+TEST(Q3ButtonGroupTest, KeepsTheOtherNumbersWhenAButtonGoes) {
+    Q3ButtonGroup group, other;
+    auto* first = new QPushButton(&group);
+    auto* second = new QPushButton(&group);
+    auto* third = new QPushButton(&group);
+    Numbers clicked(&group, SIGNAL(clicked(int))), otherClicked(&other, SIGNAL(clicked(int)));
+
+    delete first;
+    second->setParent(&other);
+    auto* fourth = new QPushButton(&group);
+
+    EXPECT_EQ(group.find(0), nullptr);
+    EXPECT_EQ(group.find(1), nullptr);
+    EXPECT_EQ(group.id(second), -1);
+    EXPECT_EQ(group.id(third), 2);
+    EXPECT_EQ(group.id(fourth), 3);
+    EXPECT_EQ(other.id(second), 0);
+
+    second->click();
+    third->click();
+    fourth->click();
+    EXPECT_THAT(clicked.take(), ElementsAre(2, 3));
+    EXPECT_THAT(otherClicked.take(), ElementsAre(0));
+}
+
+TEST(Q3ButtonGroupTest, AdoptsButtonsAddedAfterAConnection) {
+    Q3ButtonGroup group;
+    Numbers clicked(&group, SIGNAL(clicked(int)));
+    auto* button = new QPushButton(&group);
+    QCoreApplication::processEvents();  // as before any click of a user
+    button->click();
+    EXPECT_THAT(clicked.take(), ElementsAre(0));
+}
+
+TEST(Q3ButtonGroupTest, ExclusiveLetsOneCheckableButtonBeChecked) {
+    Q3ButtonGroup group;
+    QCheckBox* boxes[] = {new QCheckBox(&group), new QCheckBox(&group), new QCheckBox(&group)};
+    EXPECT_FALSE(group.isExclusive());
+    boxes[0]->setChecked(true);
+    boxes[1]->setChecked(true);
+    EXPECT_TRUE(boxes[0]->isChecked());
+
+    group.setExclusive(true);
+    EXPECT_TRUE(group.property("exclusive").toBool());
+    boxes[2]->click();
+    EXPECT_FALSE(boxes[0]->isChecked());
+    EXPECT_FALSE(boxes[1]->isChecked());
+    EXPECT_TRUE(boxes[2]->isChecked());
+
+    group.setExclusive(false);
+    boxes[0]->click();
+    EXPECT_TRUE(boxes[2]->isChecked());
+
+    QRadioButton* radios[] = {new QRadioButton(&group), new QRadioButton(&group)};
+    radios[0]->click();
+    radios[1]->click();
+    EXPECT_FALSE(radios[0]->isChecked()) << "radio buttons exclude one another in any case";
+}
+
+TEST(Q3ButtonGroupTest, LaysItsContentsOutAlongTheDirectionAsked) {
+    Q3ButtonGroup group;
+    const struct {
+        Qt::Orientation asked;
+        QBoxLayout::Direction expected;
+    } rows[] = {{Qt::Vertical, QBoxLayout::TopToBottom}, {Qt::Horizontal, QBoxLayout::LeftToRight}};
+    for (const auto& row : rows) {
+        group.setColumnLayout(0, row.asked);
+        const auto* layout = qobject_cast<QBoxLayout*>(group.layout());
+        ASSERT_NE(layout, nullptr);
+        EXPECT_EQ(layout->direction(), row.expected);
+    }
+}
