@@ -104,7 +104,26 @@ KernelStatus distanceTransform(const unsigned char* src, int srcStep, float* dst
 
 // --- Segmentation -------------------------------------------------------------------------------
 
+/// The bytes of scratch that labelSeeds needs for this size. Errors, in this order: size is null;
+/// width or height below 1, or so large that the result would overflow an int.
 KernelStatus labelSeedsScratchSize(int width, int height, int* size);
+
+/// Labels the connected areas of non-zero pixels, in place: each pixel becomes the label of its
+/// area, zero pixels stay.
+///
+/// marker: 8-bit, width x height, step in bytes. connectivity: 0 joins pixels across sides and
+/// corners (chessboard, 8 neighbours), 1 across sides only (city block, 4 neighbours). scratch:
+/// labelSeedsScratchSize() bytes at any address, contents irrelevant. *count receives the number
+/// of areas.
+///
+/// Areas are numbered in raster order of their first pixels, starting at smallestLabel. When there
+/// are more areas than labels up to largestLabel, labels are used again, in such a way that areas
+/// with the same label lie as far apart as the density of areas allows: see label_reuse.h.
+///
+/// Errors, in this order: a null pointer; width or height below 1 or too large; a step smaller than
+/// the row; a connectivity other than 0 and 1, or labels not 1 <= smallest <= largest <= 255.
+///
+/// Runs joined by union-find on bit masks; with 8 neighbours two rows at a time.
 KernelStatus labelSeeds(unsigned char* marker, int step, int width, int height, int smallestLabel,
                         int largestLabel, int connectivity, int* count, unsigned char* scratch);
 

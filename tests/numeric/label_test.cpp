@@ -1,0 +1,224 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <random>
+#include <vector>
+
+#include "drawings.h"
+#include "planes.h"
+
+namespace numeric {
+namespace {
+
+using namespace test;
+
+/// Area numbers from 1 by plain flood fill, in raster order of first pixels. Returns how many.
+int floodFill(const BytePlane& marker, int connectivity, TestPlane<int>& areas) {
+    areas.fill(0);
+    int count = 0;
+    std::vector<std::pair<int, int>> open;
+    const auto visit = [&](int x, int y) {
+        if (x < 0 || y < 0 || x >= marker.width() || y >= marker.height()) return;
+        if (marker.at(x, y) == 0 || areas.at(x, y) != 0) return;
+        areas.at(x, y) = count;
+        open.emplace_back(x, y);
+    };
+    for (int y = 0; y < marker.height(); ++y)
+        for (int x = 0; x < marker.width(); ++x) {
+            if (marker.at(x, y) == 0 || areas.at(x, y) != 0) continue;
+            ++count;
+            visit(x, y);
+            while (!open.empty()) {
+                const auto [px, py] = open.back();
+                open.pop_back();
+                for (int dy = -1; dy <= 1; ++dy)
+                    for (int dx = -1; dx <= 1; ++dx)
+                        if (connectivity == 0 || dx == 0 || dy == 0) visit(px + dx, py + dy);
+            }
+        }
+    return count;
+}
+
+BytePlane noise(int width, int height, Layout layout, unsigned density, unsigned seed) {
+    std::mt19937 random(seed);
+    BytePlane plane(width, height, layout);
+    return plane.set([&](int, int) {
+        return static_cast<unsigned char>(random() % 100 < density ? 1 + random() % 255 : 0);
+    });
+}
+
+/// Labels a plane with a scratch of exactly the size reported, at an odd address. Returns count.
+int label(BytePlane& marker, int smallest, int largest, int connectivity) {
+    int size = 0;
+    EXPECT_EQ(labelSeedsScratchSize(marker.width(), marker.height(), &size), Success);
+    BytePlane scratch(size, 1, {3, 1});
+    int count = -1;
+    EXPECT_EQ(labelSeeds(marker.data(), marker.step(), marker.width(), marker.height(), smallest,
+                         largest, connectivity, &count, scratch.data()),
+              Success);
+    EXPECT_TRUE(scratch.surroundingsIntact());
+    EXPECT_TRUE(marker.surroundingsIntact());
+    return count;
+}
+
+TEST(LabelSeeds, NumbersAreasLikeAFloodFill) {
+    forEachSlot([] {
+        unsigned seed = 0;
+        for (const Layout layout : layouts<unsigned char>())
+            for (const int width : widths())
+                for (const int height : {1, 2, 5, 8}) {
+                    const unsigned density = 20 + seed % 5 * 15;
+                    for (const int connectivity : {0, 1}) {
+                        BytePlane marker = noise(width, height, layout, density, ++seed);
+                        TestPlane<int> areas(width, height);
+                        const int expected = floodFill(marker, connectivity, areas);
+                        ASSERT_EQ(label(marker, 1, 255, connectivity), expected);
+                        if (expected > 255) continue;
+                        BytePlane numbers(width, height);
+                        numbers.set([&](int x, int y) { return areas.at(x, y) & 255; });
+                        ASSERT_TRUE(samePixels(numbers, marker)) << "connectivity " << connectivity;
+                    }
+                }
+    });
+}
+
+TEST(LabelSeeds, MatchesDrawings) {
+    const auto labelled = [](const char* picture, int connectivity) {
+        BytePlane marker = fromDrawing(picture);
+        label(marker, 1, 9, connectivity);
+        return toDrawing(marker);
+    };
+    // Touching corners join only eight neighbours.
+    EXPECT_EQ(labelled("9.9\n.9.\n9.9", 0), "1.1\n.1.\n1.1");
+    EXPECT_EQ(labelled("9.9\n.9.\n9.9", 1), "1.2\n.3.\n4.5");
+    // The first pixel counts, not the leftmost: the right area begins a row earlier.
+    EXPECT_EQ(labelled("...9\n9..9", 0), "...1\n2..1");
+    // Parts that only meet below have the number of the first.
+    EXPECT_EQ(labelled("9.9.9\n9.9.9\n9...9\n99999", 1), "1.2.1\n1.2.1\n1...1\n11111");
+    EXPECT_EQ(labelled("....9\n9.9.9\n9.9.9\n999.9", 0), "....1\n2.2.1\n2.2.1\n222.1");
+    EXPECT_EQ(labelled("...", 0), "...");
+    EXPECT_EQ(labelled("9", 1), "1");
+}
+
+TEST(LabelSeeds, CountsAllAreasAndStaysInRangeWhenLabelsRunOut) {
+    for (const auto& [smallest, largest] : {std::pair{2, 254}, {1, 255}, {9, 9}, {250, 253}})
+        for (const int connectivity : {0, 1}) {
+            BytePlane marker = noise(321, 203, {5, 3}, 40, 7);
+            TestPlane<int> areas(321, 203);
+            const int expected = floodFill(marker, connectivity, areas);
+            ASSERT_GT(expected, 255);
+            std::vector<int> labelOf(expected + 1, 0);
+            ASSERT_EQ(label(marker, smallest, largest, connectivity), expected);
+            for (int y = 0; y < 203; ++y)
+                for (int x = 0; x < 321; ++x) {
+                    const int area = areas.at(x, y);
+                    const int found = marker.at(x, y);
+                    if (area != 0 && labelOf[area] == 0) {
+                        ASSERT_TRUE(smallest <= found && found <= largest) << found;
+                        labelOf[area] = found;
+                    }
+                    ASSERT_EQ(found, labelOf[area]) << "at (" << x << ", " << y << ")";
+                }
+        }
+}
+
+struct Dot {
+    int x, y, radius;
+};
+
+/// The smallest distance between two dots of one label.
+double nearestTwins(const std::vector<Dot>& dots, const BytePlane& marker) {
+    double nearest = 1e9;
+    for (const Dot& a : dots)
+        for (const Dot& b : dots)
+            if (&a < &b && marker.at(a.x, a.y) == marker.at(b.x, b.y))
+                nearest = std::min(nearest, std::hypot(a.x - b.x, a.y - b.y));
+    return nearest;
+}
+
+BytePlane drawDots(int width, int height, const std::vector<Dot>& dots) {
+    BytePlane marker(width, height);
+    for (const Dot& dot : dots)
+        for (int y = dot.y - dot.radius; y <= dot.y + dot.radius; ++y)
+            for (int x = dot.x - dot.radius; x <= dot.x + dot.radius; ++x)
+                if (std::hypot(x - dot.x, y - dot.y) <= dot.radius) marker.at(x, y) = 255;
+    return marker;
+}
+
+TEST(LabelSeeds, ReusedLabelsLieFarApart) {
+    constexpr int kWidth = 3840, kHeight = 2160, kDots = 5000;
+    // 253 labels on 5,000 dots: at best, equal labels repeat every 16 dots or so in each direction.
+    std::mt19937 random(11);
+    std::vector<Dot> scattered;
+    while (static_cast<int>(scattered.size()) < kDots) {
+        const Dot dot{static_cast<int>(4 + random() % (kWidth - 8)),
+                      static_cast<int>(4 + random() % (kHeight - 8)), 2};
+        const bool isFree = std::none_of(scattered.begin(), scattered.end(), [&](const Dot& other) {
+            return std::hypot(dot.x - other.x, dot.y - other.y) < 16;
+        });
+        if (isFree) scattered.push_back(dot);
+    }
+    std::vector<Dot> grid, staggered;
+    for (int i = 0; i < kDots; ++i) {
+        const int column = i % 93, row = i / 93;
+        grid.push_back({20 + 40 * column, 20 + 39 * row, 4});
+        staggered.push_back({20 + 40 * column + 20 * (row % 2), 20 + 39 * row, 4});
+    }
+    for (const auto& dots : {scattered, grid, staggered})
+        for (const int connectivity : {0, 1}) {
+            BytePlane marker = drawDots(kWidth, kHeight, dots);
+            ASSERT_EQ(label(marker, 2, 254, connectivity), kDots);
+            EXPECT_GT(nearestTwins(dots, marker), 3 * 40);
+        }
+}
+
+TEST(LabelSeeds, SmallAreasBesideLargeOnesHaveLabelsOfTheirOwn) {
+    // 5,000 dots crowd around 16 others that stand alone within wide rings.
+    std::vector<Dot> dots;
+    for (int i = 0; i < 16; ++i) dots.push_back({140 + 280 * (i % 4), 140 + 280 * (i / 4), 6});
+    const std::vector<Dot> lonely = dots;
+    for (int y = 4; y < 1120; y += 14)
+        for (int x = 4; x < 1120; x += 14)
+            if (std::none_of(lonely.begin(), lonely.end(),
+                             [&](const Dot& dot) { return std::hypot(x - dot.x, y - dot.y) < 70; }))
+                dots.push_back({x, y, 2});
+    BytePlane marker = drawDots(1120, 1120, dots);
+    ASSERT_EQ(label(marker, 2, 254, 1), static_cast<int>(dots.size()));
+    for (const Dot& centre : lonely)
+        for (const Dot& dot : dots) {
+            const double distance = std::hypot(centre.x - dot.x, centre.y - dot.y);
+            if (distance == 0 || distance > 90) continue;
+            EXPECT_NE(marker.at(centre.x, centre.y), marker.at(dot.x, dot.y));
+        }
+}
+
+TEST(LabelSeeds, ChecksItsArgumentsInOrder) {
+    unsigned char plane[4] = {};
+    unsigned char scratch[1 << 12];
+    int count = 0;
+    const auto status = [&](unsigned char* marker, int step, int width, int height, int smallest,
+                            int largest, int connectivity, int* number, unsigned char* memory) {
+        return labelSeeds(marker, step, width, height, smallest, largest, connectivity, number,
+                          memory);
+    };
+    EXPECT_EQ(status(nullptr, 0, 0, 0, 0, 0, 9, &count, scratch), NullPointer);
+    EXPECT_EQ(status(plane, 0, 0, 0, 0, 0, 9, nullptr, scratch), NullPointer);
+    EXPECT_EQ(status(plane, 0, 0, 0, 0, 0, 9, &count, nullptr), NullPointer);
+    EXPECT_EQ(status(plane, 0, 0, 1, 0, 0, 9, &count, scratch), BadSize);
+    EXPECT_EQ(status(plane, 0, 1, 0, 0, 0, 9, &count, scratch), BadSize);
+    EXPECT_EQ(status(plane, 0, 40000, 40000, 0, 0, 9, &count, scratch), BadSize);
+    EXPECT_EQ(status(plane, 1, 2, 2, 0, 0, 9, &count, scratch), BadStep);
+    for (const int connectivity : {-1, 2, 3})
+        EXPECT_EQ(status(plane, 2, 2, 2, 1, 9, connectivity, &count, scratch), BadArgument);
+    for (const auto& [smallest, largest] : {std::pair{0, 9}, {9, 8}, {1, 256}})
+        EXPECT_EQ(status(plane, 2, 2, 2, smallest, largest, 0, &count, scratch), BadArgument);
+    EXPECT_EQ(labelSeedsScratchSize(0, 0, nullptr), NullPointer);
+    EXPECT_EQ(labelSeedsScratchSize(0, 5, &count), BadSize);
+    EXPECT_EQ(labelSeedsScratchSize(5, -1, &count), BadSize);
+    EXPECT_EQ(labelSeedsScratchSize(40000, 40000, &count), BadSize);
+    EXPECT_EQ(count, 0);
+}
+
+}  // namespace
+}  // namespace numeric
