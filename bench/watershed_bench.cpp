@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <memory>
 #include <opencv2/imgproc.hpp>
 #include <string>
@@ -19,7 +20,6 @@ constexpr int kBySteps = 1, kByDistance = 2, kBorders4 = 64, kBorders8 = 128;
 constexpr int kChessboard = 0, kCityBlock = 1, kFastMarching = 3;
 
 struct Task {
-    std::string name;
     int width, height;
     std::vector<unsigned char> relief, marker;
 };
@@ -27,7 +27,7 @@ struct Task {
 /// The separator's own case: a two-level relief, a label per seed, the background a seed of its
 /// own.
 Task twoLevel(const Scene& scene) {
-    Task task{scene.name, scene.width, scene.height, scene.pixels, scenes::seeds(scene).pixels};
+    Task task{scene.width, scene.height, scene.pixels, scenes::seeds(scene).pixels};
     int size = 0, count = 0;
     numeric::labelSeedsScratchSize(task.width, task.height, &size);
     std::vector<unsigned char> scratch(size);
@@ -42,8 +42,7 @@ Task twoLevel(const Scene& scene) {
 
 /// A relief of 256 levels: rolling ground with fine texture, a seed every 40 pixels.
 Task rolling(int width, int height) {
-    Task task{
-        "256 levels", width, height, {}, std::vector<unsigned char>(std::size_t(width) * height)};
+    Task task{width, height, {}, std::vector<unsigned char>(std::size_t(width) * height)};
     unsigned state = 1;
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) {
@@ -60,7 +59,7 @@ Task rolling(int width, int height) {
 
 /// A one-pixel corridor flooded from its first pixel.
 Task corridor(const Scene& scene) {
-    Task task{scene.name, scene.width, scene.height, scene.pixels,
+    Task task{scene.width, scene.height, scene.pixels,
               std::vector<unsigned char>(scene.pixels.size())};
     for (auto& pixel : task.relief) pixel = static_cast<unsigned char>(255 - pixel);
     const auto first = std::find(task.relief.begin(), task.relief.end(), 0) - task.relief.begin();
@@ -110,30 +109,45 @@ const Order kOrders[] = {
     {"as the filter", kFastMarching, kByDistance | kBorders8},
 };
 
-void add(Task task, std::initializer_list<Order> orders) {
-    const auto shared = std::make_shared<const Task>(std::move(task));
+/// The task is made when a benchmark first asks for it: not before the kernels are ready to run.
+using TaskMaker = std::function<Task()>;
+
+void add(const std::string& scene, int width, int height, const TaskMaker& make,
+         std::initializer_list<Order> orders) {
+    const auto task = [make, made = std::make_shared<std::unique_ptr<Task>>()]() -> const Task& {
+        if (!*made) *made = std::make_unique<Task>(make());
+        return **made;
+    };
     for (const Order& order : orders) {
-        const std::string name = std::string("watershed ") + order.name + "/" + shared->name + "/" +
-                                 std::to_string(shared->width) + "x" +
-                                 std::to_string(shared->height) + "/";
+        const std::string name = std::string("watershed ") + order.name + "/" + scene + "/" +
+                                 std::to_string(width) + "x" + std::to_string(height) + "/";
         benchmark::RegisterBenchmark((name + "numeric").c_str(), [=](benchmark::State& state) {
-            runNumeric(state, *shared, order.norm, order.flags);
+            runNumeric(state, task(), order.norm, order.flags);
         })->Unit(benchmark::kMillisecond);
         benchmark::RegisterBenchmark((name + "OpenCV").c_str(), [=](benchmark::State& state) {
-            runOpenCV(state, *shared);
+            runOpenCV(state, task());
         })->Unit(benchmark::kMillisecond);
     }
 }
 
 const bool kAdded = [] {
-    for (auto [width, height] : {std::pair{1920, 1080}, {512, 512}, {3840, 2160}}) {
-        add(twoLevel(scenes::denseDiscs(width, height)), {kOrders[0], kOrders[1], kOrders[2]});
-        add(twoLevel(scenes::sparseDiscs(width, height)), {kOrders[0], kOrders[2]});
-        add(rolling(width, height), {kOrders[0], kOrders[1], kOrders[2]});
+    for (auto [w, h] : {std::pair{1920, 1080}, {512, 512}, {3840, 2160}}) {
+        const int width = w, height = h;
+        add("dense discs", width, height,
+            [=] { return twoLevel(scenes::denseDiscs(width, height)); },
+            {kOrders[0], kOrders[1], kOrders[2]});
+        add("sparse discs", width, height,
+            [=] { return twoLevel(scenes::sparseDiscs(width, height)); }, {kOrders[0], kOrders[2]});
+        add("256 levels", width, height, [=] { return rolling(width, height); },
+            {kOrders[0], kOrders[1], kOrders[2]});
     }
-    for (const Scene& scene :
-         {scenes::spiral(1920, 1080), scenes::serpentine(1920, 1080), scenes::comb(1920, 1080)})
-        add(corridor(scene), {kOrders[0], kOrders[2]});
+    const int width = 1920, height = 1080;
+    add("spiral", width, height, [=] { return corridor(scenes::spiral(width, height)); },
+        {kOrders[0], kOrders[2]});
+    add("serpentine", width, height, [=] { return corridor(scenes::serpentine(width, height)); },
+        {kOrders[0], kOrders[2]});
+    add("comb", width, height, [=] { return corridor(scenes::comb(width, height)); },
+        {kOrders[0], kOrders[2]});
     return true;
 }();
 
