@@ -1,0 +1,47 @@
+#pragma once
+
+#include "numeric/deconv_fft.h"
+#include "numeric/dispatch.h"
+
+namespace numeric {
+
+/// The rows of the extended region that one call transforms, two rows to a complex transform: the
+/// even ones in the real parts, the odd ones in the imaginary parts.
+struct RowsIn {
+    /// First region pixel of each row: the even rows of the group, then the odd ones.
+    const float* const* rows;
+    const float* const* next;  ///< rows of the next group, to be fetched ahead; or null
+    int columns;               ///< of the region
+    /// Margin columns left of the region, then those right of it; for each, one value per row in
+    /// the order of `rows`.
+    const float* sides;
+    int leftColumns;
+    int rightColumns;
+};
+
+/// Where the rows that one call transforms back go, in the order of RowsIn::rows.
+struct RowsOut {
+    float* const* rows;
+    int columns;
+    float threshold;  ///< values of this magnitude or less become 0
+};
+
+/// Inner loops of the FFT deconvolution. work: FftPlan::storedLength elements of 2 x lanes floats.
+struct DeconvFFTRows {
+    int lanes;  ///< transforms that run side by side; a group of rows has twice as many
+    void (*forwardRows)(const FftPlan& plan, const RowsIn& in, float* work, float* spectrum,
+                        int firstRow);
+    /// One block of columns: forward, times the filter, back. The rows from rowsIn on are taken
+    /// as zero, those from rowsOut on are not written.
+    void (*filterColumns)(const FftPlan& plan, float* block, const float* filter, int columns,
+                          int rowsIn, int rowsOut, float* work);
+    void (*inverseRows)(const FftPlan& plan, const float* spectrum, int firstRow, float* work,
+                        const RowsOut& out);
+};
+
+extern const RowBuilds<DeconvFFTRows> kDeconvFFTBuilds;
+
+/// The most lanes of any build.
+inline constexpr int kMostLanes = 16;
+
+}  // namespace numeric

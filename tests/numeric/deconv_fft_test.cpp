@@ -1,0 +1,352 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <complex>
+#include <limits>
+
+#include "deconv_oracle.h"
+#include "heap_probe.h"
+#include "numeric/owned.h"
+
+namespace numeric {
+namespace {
+
+using namespace test;
+using Complex = std::complex<double>;
+
+constexpr float kInf = std::numeric_limits<float>::infinity();
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+using State = OwnedDeconvFFT;
+
+State makeState(const std::vector<float>& kernel, int size, int order, float threshold) {
+    DeconvFFTState* state = nullptr;
+    EXPECT_EQ(deconvFFTInit(&state, kernel.data(), size, order, threshold), Success);
+    return State(state);
+}
+
+KernelStatus run(const FloatPlane& src, FloatPlane& dst, const State& state) {
+    return deconvFFT(src.data(), src.step(), dst.data(), dst.step(), src.width(), src.height(),
+                     state.get());
+}
+
+FloatPlane noise(int width, int height, unsigned seed = 1, Layout layout = {}) {
+    std::mt19937 random(seed);
+    FloatPlane plane(width, height, layout);
+    return plane.set([&](int, int) { return static_cast<float>(random() % 25600) / 100; });
+}
+
+/// The deconvolution by direct sums over all frequencies, in double.
+class DirectDeconvolution {
+public:
+    DirectDeconvolution(const FloatPlane& region, const std::vector<float>& kernel, int kernelSize,
+                        int transformSize, float threshold)
+        : m_size(transformSize), m_height(region.height()), m_roots(transformSize) {
+        for (int n = 0; n < m_size; ++n)
+            m_roots[n] = std::polar(1.0, -2 * 3.14159265358979323846 * n / m_size);
+
+        const int width = region.width() + kernelSize - 1;
+        const std::vector<double> padded = extendedRegion(region, kernel, kernelSize, threshold);
+        std::vector<double> placed(kernel.begin(), kernel.end());
+        for (double& weight : placed)
+            if (!(std::abs(weight) > threshold)) weight = 0;
+
+        m_product = transform(padded, width);
+        const std::vector<Complex> response = transform(placed, kernelSize);
+        for (std::size_t i = 0; i < m_product.size(); ++i)
+            m_product[i] *= inverse(response[i], threshold);
+    }
+
+    /// Column x of the result before the last threshold, for the rows of the region.
+    std::vector<double> column(int x) const {
+        std::vector<Complex> sums(m_size);
+        for (int v = 0; v < m_size; ++v)
+            for (int u = 0; u < m_size; ++u)
+                sums[v] += m_product[v * m_size + u] * std::conj(root(x, u));
+        std::vector<double> result(m_height);
+        for (int y = 0; y < m_height; ++y) {
+            for (int v = 0; v < m_size; ++v) result[y] += (sums[v] * std::conj(root(y, v))).real();
+            result[y] /= static_cast<double>(m_size) * m_size;
+        }
+        return result;
+    }
+
+private:
+    Complex root(int a, int b) const { return m_roots[static_cast<long long>(a) * b % m_size]; }
+
+    /// The two-dimensional transform of an array that starts at the origin, zero elsewhere.
+    std::vector<Complex> transform(const std::vector<double>& values, int width) const {
+        const int height = static_cast<int>(values.size()) / width;
+        std::vector<Complex> result(static_cast<std::size_t>(m_size) * m_size);
+        std::vector<Complex> row(m_size);
+        for (int y = 0; y < height; ++y) {
+            for (int u = 0; u < m_size; ++u) {
+                row[u] = 0;
+                for (int x = 0; x < width; ++x) row[u] += values[y * width + x] * root(x, u);
+            }
+            for (int v = 0; v < m_size; ++v)
+                for (int u = 0; u < m_size; ++u) result[v * m_size + u] += row[u] * root(y, v);
+        }
+        return result;
+    }
+
+    static Complex inverse(Complex response, float threshold) {
+        float re = static_cast<float>(response.real());
+        float im = static_cast<float>(response.imag());
+        if (std::abs(re) < threshold) re = 0;
+        if (std::abs(im) < threshold) im = 0;
+        const bool usable = std::abs(re) > threshold || std::abs(im) > threshold;
+        return usable ? 1.0 / Complex(re, im) : Complex(1);
+    }
+
+    int m_size;
+    int m_height;
+    std::vector<Complex> m_roots;
+    std::vector<Complex> m_product;
+};
+
+void expectDeconvolved(const FloatPlane& src, const std::vector<float>& kernel, int kernelSize,
+                       int order, float threshold, const std::vector<int>& columns) {
+    const State state = makeState(kernel, kernelSize, order, threshold);
+    ASSERT_TRUE(state);
+    FloatPlane dst(src.width(), src.height());
+    ASSERT_EQ(run(src, dst, state), Success);
+
+    const DirectDeconvolution oracle(src, kernel, kernelSize, 1 << order, threshold);
+    std::vector<std::vector<double>> expected;
+    double largest = 0;
+    for (const int x : columns) {
+        expected.push_back(oracle.column(x));
+        for (const double value : expected.back()) largest = std::max(largest, std::abs(value));
+    }
+    const double tolerance = 1e-4 * largest;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        for (int y = 0; y < src.height(); ++y) {
+            const double value = expected[i][y];
+            const double actual = dst.at(columns[i], y);
+            const bool isCut = actual == 0 && std::abs(value) <= threshold + tolerance;
+            if (!isCut) {
+                ASSERT_NEAR(actual, value, tolerance) << "at " << columns[i] << ", " << y;
+                ASSERT_GT(std::abs(actual), threshold);
+            }
+        }
+    }
+}
+
+std::vector<int> allColumns(int width) {
+    std::vector<int> columns(width);
+    for (int x = 0; x < width; ++x) columns[x] = x;
+    return columns;
+}
+
+TEST(DeconvFFT, MatchesDirectSumsForEverySmallOrderKernelAndRegion) {
+    for (int order = 0; order <= 5; ++order) {
+        const int size = 1 << order;
+        for (int k = 1; k <= 5 && k <= size; ++k) {
+            const int most = size - k + 1;
+            for (const int width : {1, 2, most / 2, most}) {
+                for (const int height : {1, most / 3, most}) {
+                    if (width < 1 || height < 1 || width > most || height > most) continue;
+                    SCOPED_TRACE(::testing::Message() << "order " << order << ", kernel " << k
+                                                      << ", " << width << " x " << height);
+                    expectDeconvolved(noise(width, height), unsymmetricKernel(k), k, order, 0.05F,
+                                      allColumns(width));
+                }
+            }
+        }
+    }
+}
+
+// One order for each way in which the transforms are put together of their passes.
+TEST(DeconvFFT, MatchesDirectSumsForLargerOrders) {
+    const struct {
+        int order, kernelSize, width, height;
+        float threshold;
+    } cases[] = {
+        {6, 3, 62, 62, 0.1F},  {6, 9, 33, 17, 0.02F}, {7, 3, 100, 126, 0.1F}, {7, 2, 127, 5, 0.05F},
+        {8, 5, 252, 40, 0.2F}, {8, 4, 19, 253, 0.1F}, {9, 3, 510, 11, 0.1F},  {9, 1, 7, 200, 0.3F},
+        {10, 3, 37, 30, 0.0F}, {11, 3, 9, 12, 0.1F},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << "order " << c.order << ", kernel " << c.kernelSize);
+        std::vector<int> columns = {0, c.width / 2, c.width - 1};
+        if (c.width <= 64 && c.order < 9) columns = allColumns(c.width);
+        expectDeconvolved(noise(c.width, c.height), unsymmetricKernel(c.kernelSize), c.kernelSize,
+                          c.order, c.threshold, columns);
+    }
+}
+
+// The kernel and the thresholds with which frames are sharpened: corners dropped, then all but
+// the centre.
+TEST(DeconvFFT, MatchesDirectSumsForTheBinomialKernel) {
+    const std::vector<float> kernel = {0.0625F, 0.125F,  0.0625F, 0.125F, 0.25F,
+                                       0.125F,  0.0625F, 0.125F,  0.0625F};
+    for (const float threshold : {0.02F, 0.1F, 0.2F, 0.3F})
+        expectDeconvolved(noise(40, 51), kernel, 3, 6, threshold, allColumns(40));
+}
+
+TEST(DeconvFFT, ASingleWeightDividesAndNoWeightCopies) {
+    const FloatPlane src = noise(150, 90);
+    FloatPlane dst(150, 90);
+    ASSERT_EQ(run(src, dst, makeState({0.25F}, 1, 8, 0.1F)), Success);
+    for (int y = 0; y < 90; ++y)
+        for (int x = 0; x < 150; ++x) ASSERT_NEAR(dst.at(x, y), 4 * src.at(x, y), 1e-3);
+    ASSERT_EQ(run(src, dst, makeState({0.25F}, 1, 8, 80.0F)), Success);
+    for (int y = 0; y < 90; ++y) {
+        for (int x = 0; x < 150; ++x) {
+            if (std::abs(src.at(x, y) - 80) < 1e-3) continue;  // either side of the threshold
+            ASSERT_NEAR(dst.at(x, y), src.at(x, y) > 80 ? src.at(x, y) : 0, 1e-3);
+        }
+    }
+}
+
+TEST(DeconvFFT, EverySlotGivesTheSameBitsAndKeepsToTheRegion) {
+    const struct {
+        int order, kernelSize, width, height;
+    } cases[] = {{0, 1, 1, 1},   {3, 2, 7, 5},    {6, 3, 61, 62},  {7, 3, 126, 33},
+                 {7, 5, 1, 124}, {8, 4, 253, 67}, {9, 3, 129, 65}, {10, 6, 300, 31}};
+    for (const auto& c : cases) {
+        const State state = makeState(unsymmetricKernel(c.kernelSize), c.kernelSize, c.order, 0.1F);
+        const FloatPlane reference = noise(c.width, c.height, 7);
+        FloatPlane expected(c.width, c.height);
+        ASSERT_EQ(run(reference, expected, state), Success);
+        forEachSlot([&] {
+            // The state may come from another slot, and from the same one.
+            const State own =
+                makeState(unsymmetricKernel(c.kernelSize), c.kernelSize, c.order, 0.1F);
+            for (const Layout layout : layouts<float>()) {
+                const FloatPlane src = noise(c.width, c.height, 7, layout);
+                FloatPlane dst(c.width, c.height, {20, 12});
+                ASSERT_EQ(run(src, dst, state), Success);
+                ASSERT_TRUE(samePixels(expected, dst));
+                ASSERT_TRUE(dst.surroundingsIntact());
+                FloatPlane inPlace = src;
+                ASSERT_EQ(run(inPlace, inPlace, own), Success);
+                ASSERT_TRUE(samePixels(expected, inPlace)) << "in place";
+                ASSERT_TRUE(inPlace.surroundingsIntact());
+            }
+        });
+    }
+}
+
+TEST(DeconvFFT, NaNAndInfinitySpreadTheSameWayInEverySlot) {
+    const State state = makeState(unsymmetricKernel(3), 3, 7, 0.1F);
+    const State nanThreshold = makeState(unsymmetricKernel(3), 3, 7, kNaN);
+    for (const float special : {kNaN, kInf, -kInf, 3e38F}) {
+        for (const int row : {0, 17, 39}) {
+            FloatPlane src = noise(50, 40);
+            src.at(row, row) = special;
+            FloatPlane expected(50, 40);
+            ASSERT_EQ(run(src, expected, state), Success);
+            // No frequency is left without the special value, and NaN is not above the threshold.
+            if (special != 3e38F) {
+                EXPECT_TRUE(samePixels(FloatPlane(50, 40), expected));
+            }
+            forEachSlot([&] {
+                FloatPlane dst(50, 40);
+                ASSERT_EQ(run(src, dst, state), Success);
+                ASSERT_TRUE(samePixels(expected, dst)) << special;
+                ASSERT_EQ(run(src, dst, nanThreshold), Success);
+                ASSERT_TRUE(samePixels(FloatPlane(50, 40), dst));
+            });
+        }
+    }
+}
+
+TEST(DeconvFFT, ACallLeavesNoTraceInTheState) {
+    const State used = makeState(unsymmetricKernel(3), 3, 8, 0.1F);
+    FloatPlane large(254, 254), nan(201, 33);
+    ASSERT_EQ(run(noise(254, 254), large, used), Success);
+    nan.fill(kNaN);
+    ASSERT_EQ(run(nan, nan, used), Success);
+    for (const int height : {1, 31, 34}) {
+        const FloatPlane src = noise(23, height, 5);
+        FloatPlane expected(23, height), actual(23, height);
+        ASSERT_EQ(run(src, expected, makeState(unsymmetricKernel(3), 3, 8, 0.1F)), Success);
+        ASSERT_EQ(run(src, actual, used), Success);
+        ASSERT_TRUE(samePixels(expected, actual));
+    }
+}
+
+TEST(DeconvFFTInit, RefusesInOrderAndLeavesTheResultAlone) {
+    const std::vector<float> kernel = unsymmetricKernel(3);
+    int other = 0;
+    auto* const untouched = reinterpret_cast<DeconvFFTState*>(&other);
+    const struct {
+        const float* kernel;
+        int size, order;
+        float threshold;
+        KernelStatus status;
+    } rows[] = {
+        {nullptr, 0, -1, -1, NullPointer},       {kernel.data(), 0, -1, -1, BadSize},
+        {kernel.data(), 3, 1, -1, BadSize},      {kernel.data(), 1, -1, -1, BadSize},
+        {kernel.data(), 1, INT_MIN, 0, BadSize}, {kernel.data(), 3, 31, -1, BadArgument},
+        {kernel.data(), 3, 31, 0, BadOrder},     {kernel.data(), 3, INT_MAX, kNaN, BadOrder},
+        {kernel.data(), 3, 30, 0, NoMemory},     {kernel.data(), 3, 14, 0, NoMemory},
+    };
+    for (const auto& row : rows) {
+        DeconvFFTState* state = untouched;
+        EXPECT_EQ(deconvFFTInit(&state, row.kernel, row.size, row.order, row.threshold), row.status)
+            << row.size << ", order " << row.order;
+        EXPECT_EQ(state, untouched);
+    }
+    EXPECT_EQ(deconvFFTInit(nullptr, kernel.data(), 3, 4, 0), NullPointer);
+    EXPECT_EQ(deconvFFTFree(nullptr), NullPointer);
+}
+
+TEST(DeconvFFTInit, FreesEverythingWhenMemoryIsShort) {
+    const std::vector<float> kernel = unsymmetricKernel(3);
+    const int blocksBefore = heap::blocks;
+    heap::reset();
+    makeState(kernel, 3, 7, 0.1F).reset();
+    const int requests = heap::requests;
+    EXPECT_GE(requests, 7);  // the state and what it owns
+    for (int failing = 0; failing < requests; ++failing) {
+        DeconvFFTState* state = nullptr;
+        heap::reset(failing);
+        EXPECT_EQ(deconvFFTInit(&state, kernel.data(), 3, 7, 0.1F), NoMemory) << failing;
+        EXPECT_EQ(state, nullptr);
+        EXPECT_EQ(heap::blocks, blocksBefore) << failing;
+    }
+    heap::reset();
+}
+
+TEST(DeconvFFT, AllocatesNothing) {
+    const State state = makeState(unsymmetricKernel(3), 3, 7, 0.1F);
+    const FloatPlane src = noise(100, 101);
+    FloatPlane dst(100, 101);
+    heap::reset();
+    EXPECT_EQ(run(src, dst, state), Success);
+    EXPECT_EQ(heap::requests, 0);
+}
+
+TEST(DeconvFFT, RefusesInOrderAndWritesNothing) {
+    const State state = makeState(unsymmetricKernel(3), 3, 4, 0.1F);
+    const FloatPlane src = noise(14, 14);
+    FloatPlane dst(14, 14);
+    dst.fill(5);
+    const FloatPlane before = dst;
+    const struct {
+        const float* src;
+        int srcStep, dstStep, width, height;
+        KernelStatus status;
+    } rows[] = {
+        {nullptr, 1, 1, 0, 0, NullPointer},          {src.data(), 1, 1, 0, 14, BadSize},
+        {src.data(), 1, 1, 14, -3, BadSize},         {src.data(), 1, 1, 15, 14, BadSize},
+        {src.data(), 1, 1, 14, 15, BadSize},         {src.data(), 1, 1, INT_MAX, 1, BadSize},
+        {src.data(), 55, 58, 14, 14, BadStep},       {src.data(), 58, 55, 14, 14, BadStep},
+        {src.data(), 58, 56, 14, 14, UnalignedStep}, {src.data(), 56, 58, 14, 14, UnalignedStep},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(deconvFFT(row.src, row.srcStep, dst.data(), row.dstStep, row.width, row.height,
+                            state.get()),
+                  row.status)
+            << row.width << " x " << row.height << ", " << row.srcStep;
+    EXPECT_EQ(deconvFFT(src.data(), 56, nullptr, 56, 14, 14, state.get()), NullPointer);
+    EXPECT_EQ(deconvFFT(src.data(), 56, dst.data(), 56, 14, 14, nullptr), NullPointer);
+    EXPECT_TRUE(samePixels(before, dst));
+    EXPECT_EQ(run(src, dst, state), Success);  // N - k + 1 is accepted
+}
+
+}  // namespace
+}  // namespace numeric
