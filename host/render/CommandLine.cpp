@@ -65,7 +65,7 @@ void defineApply(CLI::App& app, ApplyOptions& options) {
     apply
         ->add_option("-j,--jobs", options.jobs,
                      "How many frames to work on at once, if not one per core")
-        ->check(CLI::Range(1, mostJobs))
+        ->check(CLI::Range(1, mostJobs).description(""))
         ->type_name("N");
     apply->add_flag("--keep-going", options.keepGoing, "Render the other frames when one fails");
     apply->add_flag("-n,--dry-run", options.dryRun,
@@ -85,10 +85,19 @@ void defineApply(CLI::App& app, ApplyOptions& options) {
     apply->footer(kApplyNotes);
 }
 
-QStringList validWords(const CLI::App& app) {
-    QStringList words;
+QStringList commandNames(const CLI::App& app) {
+    QStringList names;
     for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
-        words.append(QString::fromStdString(command->get_name()));
+        names.append(QString::fromStdString(command->get_name()));
+    return names;
+}
+
+std::string validCommands(const CLI::App& app) {
+    return "valid: " + commandNames(app).join(QStringLiteral(", ")).toStdString();
+}
+
+QStringList validWords(const CLI::App& app) {
+    QStringList words = commandNames(app);
     for (const CLI::Option* option : app.get_options()) {
         for (const std::string& name : option->get_lnames())
             words.append(QString::fromStdString("--" + name));
@@ -110,15 +119,17 @@ const CLI::App& activeCommand(const CLI::App& app) {
     const std::string word = unknown.empty() ? std::string() : unknown.front();
     const std::string bare = word.substr(0, word.find('='));
     const bool isOption = word.size() > 1 && word.front() == '-';
-    std::string message = std::string("there is no ") + (isOption ? "option " : "command ") + bare;
+    const bool isCommand = !isOption && &command == &app;
+    const std::string program = &command == &app ? "fxrender" : "fxrender " + command.get_name();
+    if (!isOption && !isCommand) throw UsageError(program + " has no use for " + bare);
+
     const QString nearest =
         document::nearestName(QString::fromStdString(bare), validWords(command));
-    if (!nearest.isNull()) message += "; did you mean " + nearest.toStdString() + "?";
-    if (nearest.isNull() && !isOption) message += "; valid: list, apply";
-    const std::string help =
-        command.get_name().empty() ? "fxrender" : "fxrender " + command.get_name();
-    if (nearest.isNull() && isOption) message += "; " + help + " --help shows those there are";
-    throw UsageError(message);
+    const std::string advice = !nearest.isNull() ? "did you mean " + nearest.toStdString() + "?"
+                               : isCommand       ? validCommands(app)
+                                                 : program + " --help shows those there are";
+    throw UsageError(std::string("there is no ") + (isOption ? "option " : "command ") + bare +
+                     "; " + advice);
 }
 
 std::string onOneLine(std::string text) {
@@ -158,7 +169,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
         if (!app.remaining(true).empty()) refuseUnknownWord(app);
         throw UsageError(onOneLine(error.what()));
     }
-    if (app.get_subcommands().empty()) throw UsageError("no command given; valid: list, apply");
+    if (app.get_subcommands().empty()) throw UsageError("no command given; " + validCommands(app));
     result.command = app.got_subcommand("list") ? CommandLine::List : CommandLine::Apply;
     return result;
 }

@@ -55,8 +55,16 @@ public:
     void abandon() override { erase(); }
 
 private:
-    void showFrame(const FrameOutcome&) override { draw(); }
-    void showTick() override { draw(); }
+    void showFrame(const FrameOutcome&) override { showTick(); }
+
+    void showTick() override {
+        const double secondsBetweenDrawings = 0.1;
+        if (tally().seconds - m_lastDrawing < secondsBetweenDrawings &&
+            tally().ended() < tally().total)
+            return;
+        m_lastDrawing = tally().seconds;
+        draw();
+    }
 
     void showEnd() override {
         erase();
@@ -79,6 +87,7 @@ private:
     }
 
     static constexpr const char* kEraseToEnd = "\x1b[K";
+    double m_lastDrawing = -1;  ///< the first is drawn at once
 };
 
 class PlainProgress : public Progress {

@@ -179,8 +179,9 @@ TEST_F(FxrenderApply, KeepGoingRendersAllButTheBadFrame) {
     EXPECT_THAT(result.err, HasSubstr("shot_0003.png"));
     EXPECT_THAT(result.err, HasSubstr("5 of 6 frames done, 1 failed"));
     EXPECT_EQ(QDir(path("out")).entryList(QDir::Files | QDir::Hidden).size(), 5);
-    EXPECT_EQ(report()["exitCode"], 1);
-    for (const json& frame : report()["frames"]) {
+    const json written = report();
+    EXPECT_EQ(written["exitCode"], 1);
+    for (const json& frame : written["frames"]) {
         const bool isBad = frame["frame"] == 3;
         EXPECT_EQ(frame["status"], isBad ? "failed" : "done");
         EXPECT_EQ(frame.contains("error"), isBad);

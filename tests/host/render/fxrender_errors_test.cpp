@@ -50,6 +50,7 @@ TEST_F(FxrenderErrors, HelpAndVersionAreResults) {
 TEST_F(FxrenderErrors, WrongWordsOnTheCommandLine) {
     expectRefusal({"aply"}, 2, "did you mean apply?");
     expectRefusal({"frobnicate"}, 2, "valid: list, apply");
+    expectRefusal({"list", "json"}, 2, "fxrender list has no use for json");
     expectRefusal({"list", "--jsom"}, 2, "did you mean --json?");
     expectRefusal({"apply", "in.png", "-o", "o.png", "-f", kSeparate, "--keepgoing"}, 2,
                   "did you mean --keep-going?");
