@@ -44,7 +44,7 @@ public:
         const QPalette palette = QGuiApplication::palette();
         const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
         const bool isLit = m_glyph == EntryGlyph::Keyframe && state == QIcon::On;
-        const QColor colour =
+        const QColor& colour =
             palette.color(group, isLit ? QPalette::Highlight : QPalette::ButtonText);
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
