@@ -5,6 +5,7 @@
 #include "filters/adaptthresh/FxFilterManipAdaptTresh.h"
 #include "filters/blur/FxFilterManipBlur.h"
 #include "filters/chansep/FxFilterManipSep.h"
+#include "filters/degauss/FxFilterManipDegauss.h"
 #include "filters/dilate/FxFilterManipDilate.h"
 #include "filters/open/FxFilterManipOpen.h"
 
@@ -27,6 +28,7 @@ const FactoryRow kFactory[] = {
     {"Adaptive threshold", make<FxFilterManipAdaptTresh>},
     {"Dilate_Erode", make<FxFilterManipDilate>},
     {"Open_Close", make<FxFilterManipOpen>},
+    {"Degauss", make<FxFilterManipDegauss>},
 };
 
 }  // namespace
