@@ -98,7 +98,25 @@ KernelStatus deconvLRFree(DeconvLRState* state);
 
 // --- Distance transform -------------------------------------------------------------------------
 
+/// *size receives the bytes of scratch that distanceTransform needs: 24 times the longer side,
+/// raised to a multiple of 4, plus 56.
+/// Errors, in this order: NullPointer; BadSize: width or height below 1, or a scratch beyond the
+/// int range.
 KernelStatus distanceTransformScratchSize(int width, int height, int* size);
+
+/// The exact Euclidean distance, in pixels, from each pixel to the nearest zero pixel.
+/// src: bytes, width x height. dst: floats of the same size; must not overlap src.
+/// scratch: distanceTransformScratchSize() bytes of any alignment, contents irrelevant before and
+/// after; the caller keeps it from call to call. Nothing is allocated.
+/// Distances are correctly rounded where their square is below 2^24, elsewhere within one unit in
+/// the last place. Without any zero pixel every result is the square root of the largest float.
+/// Errors, in this order: NullPointer: src, dst or scratch; BadSize: width or height below 1;
+/// BadStep: srcStep below width, or dstStep below 4 * width; UnalignedStep: dstStep.
+/// Columns first, then rows, on squared distances as in Felzenszwalb and Huttenlocher, "Distance
+/// transforms of sampled functions", 2012. Instead of an envelope of parabolas the rows search
+/// columns side by side, near ones in order of distance, far ones between the nearest columns of
+/// neighbouring pixels, which are in order (Aggarwal et al., "Geometric applications of a matrix
+/// searching algorithm", 1987).
 KernelStatus distanceTransform(const unsigned char* src, int srcStep, float* dst, int dstStep,
                                int width, int height, unsigned char* scratch);
 
@@ -132,7 +150,25 @@ KernelStatus watershed(const unsigned char* relief, int reliefStep, unsigned cha
                        int markerStep, int width, int height, int norm, int flags,
                        unsigned char* scratch);
 
+/// *size receives the bytes of scratch that peakStep needs: 16 * width + height + 130.
+/// Errors, in this order: NullPointer; BadSize: width or height below 1, or a scratch beyond the
+/// int range.
 KernelStatus peakStepScratchSize(int width, int height, int* size);
+
+/// Greyscale reconstruction by dilation: plane, first lowered to bound where it exceeds it, grows
+/// to the largest plane that is reachable by taking maxima over neighbours without exceeding bound.
+/// bound, plane: floats, width x height each; they must not overlap. The result replaces plane.
+/// mode: 0, a pixel's neighbours are the 8 around it (chessboard); 1, the 4 beside it (city block).
+/// scratch: peakStepScratchSize() bytes of any alignment, contents irrelevant before and after; the
+/// caller keeps it from call to call. Nothing is allocated.
+/// Infinities are ordinary values. A pixel of plane that is NaN counts as minus infinity. Where
+/// bound is NaN, the pixel of plane keeps its value, which its neighbours may still take. A zero of
+/// the result is always +0.
+/// Errors, in this order: NullPointer: bound, plane or scratch; BadSize: width or height below 1;
+/// BadStep: a step below 4 * width; UnalignedStep; BadArgument: any other mode.
+/// Vincent, "Morphological grayscale reconstruction in image analysis", 1993: sweeps over rows, and
+/// a queue for what rises behind them, here of row segments and with a limit per sweep, so that no
+/// area is flooded again for each of many inflows.
 KernelStatus peakStep(const float* bound, int boundStep, float* plane, int planeStep, int width,
                       int height, unsigned char* scratch, int mode);
 

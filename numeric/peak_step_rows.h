@@ -1,0 +1,41 @@
+#pragma once
+
+#include <algorithm>
+
+#include "numeric/dispatch.h"
+
+namespace numeric {
+
+/// Columns first to last of a row, both included; none if last < first.
+struct Segment {
+    int first = 0;
+    int last = -1;
+
+    bool isEmpty() const { return last < first; }
+    void add(Segment other) {
+        if (other.isEmpty()) return;
+        first = isEmpty() ? other.first : std::min(first, other.first);
+        last = std::max(last, other.last);
+    }
+};
+
+/// Inner loops of the peak step, over rows of width pixels, for one of the two neighbourhoods.
+/// Every raise is one that the result contains, so it does no harm to raise more than was asked.
+struct PeakStepRows {
+    /// Lowers the plane's row to the bound where it exceeds it. Leaves no NaN and no negative zero.
+    void (*lower)(const float* bound, float* row, int width);
+
+    /// Raises the row as far as its neighbour in the next row, source, and the bound allow, where
+    /// the columns of source in changed can matter. Returns where the row was raised.
+    Segment (*raise)(const float* source, const float* bound, float* row, Segment changed,
+                     int width);
+
+    /// Raises pixels of the row next to columns of the segment, and so on along the row. Returns
+    /// the segment extended at least to where the row was raised.
+    Segment (*spread)(const float* bound, float* row, Segment segment, int width);
+};
+
+extern const RowBuilds<PeakStepRows> kPeakStep8Builds;
+extern const RowBuilds<PeakStepRows> kPeakStep4Builds;
+
+}  // namespace numeric

@@ -1,0 +1,195 @@
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <random>
+
+#include "tests/numeric/planes.h"
+
+namespace numeric::test {
+namespace {
+
+/// Scratch of exactly the reported size, the given number of bytes off a 64-byte boundary.
+BytePlane distanceScratch(int width, int height, int offsetBytes) {
+    int size = 0;
+    EXPECT_EQ(distanceTransformScratchSize(width, height, &size), Success);
+    BytePlane scratch(size, 1, {0, offsetBytes});
+    scratch.fill(0xCD);
+    return scratch;
+}
+
+FloatPlane distances(const BytePlane& src, Layout layout = {}, int scratchOffset = 0) {
+    FloatPlane dst(src.width(), src.height(), layout);
+    dst.fill(-1.0F);
+    BytePlane scratch = distanceScratch(src.width(), src.height(), scratchOffset);
+    EXPECT_EQ(distanceTransform(src.data(), src.step(), dst.data(), dst.step(), src.width(),
+                                src.height(), scratch.data()),
+              Success);
+    EXPECT_TRUE(dst.surroundingsIntact());
+    EXPECT_TRUE(scratch.surroundingsIntact());
+    return dst;
+}
+
+/// Every zero pixel tried for every pixel.
+FloatPlane distancesByTrying(const BytePlane& src) {
+    std::vector<std::pair<std::int64_t, std::int64_t>> zeros;
+    for (int y = 0; y < src.height(); ++y)
+        for (int x = 0; x < src.width(); ++x)
+            if (src.at(x, y) == 0) zeros.emplace_back(x, y);
+    FloatPlane result(src.width(), src.height());
+    return result.set([&zeros](int x, int y) {
+        if (zeros.empty()) return std::sqrt(std::numeric_limits<float>::max());
+        std::int64_t least = std::numeric_limits<std::int64_t>::max();
+        for (const auto& [zeroX, zeroY] : zeros)
+            least = std::min(least, (x - zeroX) * (x - zeroX) + (y - zeroY) * (y - zeroY));
+        return static_cast<float>(std::sqrt(static_cast<double>(least)));
+    });
+}
+
+/// Bit for bit where the squared distance is below 2^24, within one unit in the last place beyond.
+void expectDistances(const FloatPlane& expected, const FloatPlane& actual) {
+    FloatPlane nearest(expected);
+    nearest.set([&](int x, int y) {
+        const float wanted = expected.at(x, y);
+        const float got = actual.at(x, y);
+        const bool isNext =
+            got == std::nextafter(wanted, 0.0F) || got == std::nextafter(wanted, 1e9F);
+        return wanted >= 4096.0F && wanted < 1e9F && isNext ? got : wanted;
+    });
+    EXPECT_TRUE(samePixels(nearest, actual));
+}
+
+BytePlane filledPlane(int width, int height, Layout layout = {}) {
+    BytePlane plane(width, height, layout);
+    plane.fill(255);
+    return plane;
+}
+
+BytePlane randomPlane(int width, int height, double zeroShare, unsigned seed, Layout layout = {}) {
+    std::mt19937 random(seed);
+    std::bernoulli_distribution isZero(zeroShare);
+    std::uniform_int_distribution<int> object(1, 255);
+    return BytePlane(width, height, layout).set([&](int, int) {
+        return static_cast<unsigned char>(isZero(random) ? 0 : object(random));
+    });
+}
+
+TEST(DistanceTransform, MatchesBruteForceForEveryWidthLayoutAndSlot) {
+    for (const int width : widths()) {
+        for (const Layout layout : layouts<unsigned char>()) {
+            const double zeroShare = width % 3 == 0 ? 0.5 : width % 3 == 1 ? 0.04 : 0.004;
+            const BytePlane src = randomPlane(width, 1 + width % 9, zeroShare, 100 + width, layout);
+            const FloatPlane expected = distancesByTrying(src);
+            const Layout floats{4 * layout.paddingBytes, 4 * layout.offsetBytes};
+            SCOPED_TRACE("width " + std::to_string(width));
+            forEachSlot(
+                [&] { EXPECT_TRUE(samePixels(expected, distances(src, floats, width % 16))); });
+        }
+    }
+}
+
+struct Picture {
+    const char* name;
+    int width, height;
+    std::vector<std::pair<int, int>> zeros;
+};
+
+std::ostream& operator<<(std::ostream& out, const Picture& picture) {
+    return out << picture.name;
+}
+
+std::vector<std::pair<int, int>> line(int count,
+                                      const std::function<std::pair<int, int>(int)>& at) {
+    std::vector<std::pair<int, int>> pixels;
+    for (int i = 0; i < count; ++i) pixels.push_back(at(i));
+    return pixels;
+}
+
+class FewZeros : public ::testing::TestWithParam<Picture> {};
+
+TEST_P(FewZeros, MatchesBruteForceInEverySlot) {
+    const Picture& picture = GetParam();
+    BytePlane src = filledPlane(picture.width, picture.height);
+    for (const auto& [x, y] : picture.zeros) src.at(x, y) = 0;
+    const FloatPlane expected = distancesByTrying(src);
+    const FloatPlane slot0 = distances(src);
+    expectDistances(expected, slot0);
+    forEachSlot([&] { EXPECT_TRUE(samePixels(slot0, distances(src))); });
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , FewZeros,
+    ::testing::Values(
+        Picture{"one pixel, object", 1, 1, {}}, Picture{"one pixel, zero", 1, 1, {{0, 0}}},
+        Picture{"no zero", 70, 300, {}}, Picture{"no zero, narrow", 3, 2, {}},
+        Picture{"no zero, wide", 40000, 2, {}},
+        Picture{"zero in the first corner", 301, 283, {{0, 0}}},
+        Picture{"zero in the last corner", 301, 283, {{300, 282}}},
+        Picture{"two zeros far apart", 500, 260, {{3, 250}, {499, 1}}},
+        Picture{"a tie in every row", 257, 90, {{0, 89}, {256, 89}}},
+        Picture{"row", 5003, 1, {{0, 0}}}, Picture{"column", 1, 5003, {{0, 5002}}},
+        Picture{"two columns", 2, 700, {{1, 350}}},
+        Picture{"as wide as integers reach", 32768, 3, {{0, 0}}},
+        Picture{"wider than integers reach", 32769, 3, {{32768, 2}, {5, 0}}},
+        Picture{"higher than integers reach", 3, 40001, {{2, 40000}}},
+        // Either side of the distances at which one search hands over to the next.
+        Picture{"columns far apart", 800, 3, {{0, 1}, {181, 1}, {375, 0}, {569, 2}, {765, 1}}},
+        Picture{"rows at 181 and 255", 130, 520, {{0, 0}, {129, 183}, {60, 519}}},
+        Picture{"near above, far below", 200, 620,
+                line(200, [](int i) { return std::pair(i, i % 5); })},
+        Picture{"far above, near below", 200, 620,
+                line(200, [](int i) { return std::pair(i, 619 - i % 7); })},
+        Picture{"steep line", 330, 400, line(400, [](int i) { return std::pair(i / 9, i); })},
+        Picture{"diagonal", 400, 400, line(400, [](int i) { return std::pair(i, 399 - i); })},
+        Picture{"circle round the middle", 431, 431, line(360, [](int i) {
+                    const double angle = i * 3.14159265 / 180;
+                    return std::pair(215 + static_cast<int>(std::lround(214 * std::cos(angle))),
+                                     215 + static_cast<int>(std::lround(214 * std::sin(angle))));
+                })}));
+
+TEST(DistanceTransform, ScratchOfTheReportedSizeSufficesAtAnyAlignment) {
+    for (const int width : {1, 4, 127, 128, 129, 300}) {
+        BytePlane src = filledPlane(width, 290);
+        src.at(width / 2, 289) = 0;
+        const FloatPlane expected = distances(src);
+        for (int offset = 1; offset < 16; ++offset)
+            EXPECT_TRUE(samePixels(expected, distances(src, {}, offset)));
+    }
+}
+
+TEST(DistanceTransform, ReportsTheScratchSizeOfTheLongerSide) {
+    int size = 7;
+    EXPECT_EQ(distanceTransformScratchSize(0, 0, nullptr), NullPointer);
+    EXPECT_EQ(distanceTransformScratchSize(0, 5, &size), BadSize);
+    EXPECT_EQ(distanceTransformScratchSize(5, -1, &size), BadSize);
+    const int tooLarge = std::numeric_limits<int>::max() / 24;
+    EXPECT_EQ(distanceTransformScratchSize(tooLarge, 1, &size), BadSize);
+    EXPECT_EQ(size, 7);
+    EXPECT_EQ(distanceTransformScratchSize(1, 1, &size), Success);
+    EXPECT_EQ(size, 24 * 4 + 56);
+    EXPECT_EQ(distanceTransformScratchSize(640, 481, &size), Success);
+    EXPECT_EQ(size, 24 * 640 + 56);
+    EXPECT_EQ(distanceTransformScratchSize(640, 641, &size), Success);
+    EXPECT_EQ(size, 24 * 644 + 56);
+}
+
+TEST(DistanceTransform, ChecksItsArgumentsInOrderBeforeItWrites) {
+    const BytePlane src = filledPlane(4, 2);
+    FloatPlane dst(4, 2);
+    const FloatPlane untouched(dst);
+    BytePlane scratch = distanceScratch(4, 2, 0);
+    const unsigned char* in = src.data();
+    float* out = dst.data();
+    unsigned char* work = scratch.data();
+    EXPECT_EQ(distanceTransform(nullptr, 3, out, 14, 0, 2, work), NullPointer);
+    EXPECT_EQ(distanceTransform(in, 3, nullptr, 14, 0, 2, work), NullPointer);
+    EXPECT_EQ(distanceTransform(in, 3, out, 14, 0, 2, nullptr), NullPointer);
+    EXPECT_EQ(distanceTransform(in, 3, out, 14, 0, 2, work), BadSize);
+    EXPECT_EQ(distanceTransform(in, 3, out, 14, 4, 0, work), BadSize);
+    EXPECT_EQ(distanceTransform(in, 3, out, 18, 4, 2, work), BadStep);
+    EXPECT_EQ(distanceTransform(in, 4, out, 14, 4, 2, work), BadStep);
+    EXPECT_EQ(distanceTransform(in, 4, out, 18, 4, 2, work), UnalignedStep);
+    EXPECT_TRUE(samePixels(untouched, dst));
+}
+
+}  // namespace
+}  // namespace numeric::test

@@ -1,0 +1,245 @@
+#include <cmath>
+#include <limits>
+#include <random>
+#include <utility>
+
+#include "bench/scenes.h"
+#include "tests/numeric/planes.h"
+
+namespace numeric::test {
+namespace {
+
+constexpr int kChessboard = 0;
+constexpr int kCityBlock = 1;
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+/// The plane after the peak step, with scratch of exactly the reported size.
+FloatPlane peakStepOf(const FloatPlane& bound, const FloatPlane& start, int mode,
+                      int scratchOffset = 0) {
+    int size = 0;
+    EXPECT_EQ(peakStepScratchSize(start.width(), start.height(), &size), Success);
+    BytePlane scratch(size, 1, {0, scratchOffset});
+    scratch.fill(0xCD);
+    FloatPlane plane(start);
+    EXPECT_EQ(peakStep(bound.data(), bound.step(), plane.data(), plane.step(), plane.width(),
+                       plane.height(), scratch.data(), mode),
+              Success);
+    EXPECT_TRUE(plane.surroundingsIntact());
+    EXPECT_TRUE(scratch.surroundingsIntact());
+    return plane;
+}
+
+/// Raises single pixels until no pixel can be raised.
+FloatPlane raisedUntilStable(const FloatPlane& bound, const FloatPlane& start, int mode) {
+    FloatPlane plane(start);
+    const int width = plane.width();
+    const int height = plane.height();
+    plane.set([&](int x, int y) {
+        const float value = std::isnan(plane.at(x, y)) ? -kInfinity : plane.at(x, y);
+        const float lowered = value > bound.at(x, y) ? bound.at(x, y) : value;
+        return lowered == 0 ? 0.0F : lowered;
+    });
+    for (bool changed = true; changed;) {
+        changed = false;
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                float& pixel = plane.at(x, y);
+                for (int dy = -1; dy <= 1; ++dy) {
+                    for (int dx = -1; dx <= 1; ++dx) {
+                        if (mode == kCityBlock && dx != 0 && dy != 0) continue;
+                        if (x + dx < 0 || x + dx >= width || y + dy < 0 || y + dy >= height)
+                            continue;
+                        const float limit = bound.at(x, y) == 0 ? 0.0F : bound.at(x, y);
+                        const float value = plane.at(x + dx, y + dy);
+                        if (!(value > pixel) || !(limit > pixel)) continue;
+                        pixel = std::min(value, limit);
+                        changed = true;
+                    }
+                }
+            }
+        }
+    }
+    return plane;
+}
+
+/// In both neighbourhoods and every slot.
+void expectReconstruction(const FloatPlane& bound, const FloatPlane& start) {
+    for (const int mode : {kChessboard, kCityBlock}) {
+        SCOPED_TRACE("mode " + std::to_string(mode));
+        const FloatPlane expected = raisedUntilStable(bound, start, mode);
+        forEachSlot([&] {
+            EXPECT_TRUE(
+                samePixels(expected, peakStepOf(bound, start, mode, (7 * start.width()) % 16)));
+        });
+    }
+}
+
+TEST(PeakStep, MatchesRaisingUntilStableForEveryWidthLayoutAndSlot) {
+    std::mt19937 random(11);
+    for (const int width : widths()) {
+        SCOPED_TRACE("width " + std::to_string(width));
+        for (const Layout layout : layouts<float>()) {
+            const int height = 1 + width % 11;
+            // Few levels make plateaus, many make slopes.
+            std::uniform_int_distribution<int> level(-3, width % 2 == 0 ? 4 : 300);
+            FloatPlane bound(width, height, layout);
+            bound.set([&](int, int) { return static_cast<float>(level(random)); });
+            FloatPlane start(width, height, layout);
+            start.set([&](int x, int y) {
+                return random() % 8 == 0 ? bound.at(x, y) + 1
+                                         : static_cast<float>(level(random) - 4);
+            });
+            expectReconstruction(bound, start);
+        }
+    }
+}
+
+TEST(PeakStep, TreatsSpecialNumbersAsDocumented) {
+    const float values[] = {0.0F, -0.0F,     1.0F,       -1.0F,  kNaN, -kNaN,
+                            2.0F, kInfinity, -kInfinity, 1e-42F, 3e38F};
+    std::mt19937 random(5);
+    const auto any = [&](int, int) { return values[random() % std::size(values)]; };
+    for (const int width : {1, 3, 17, 18, 40, 67}) {
+        SCOPED_TRACE("width " + std::to_string(width));
+        for (int height : {1, 2, 9}) {
+            FloatPlane bound(width, height), start(width, height);
+            expectReconstruction(bound.set(any), start.set(any));
+        }
+    }
+    // One pixel each, so that the rule can be read: bound, plane, result.
+    const float cases[][3] = {{kNaN, 2, 2},
+                              {2, kNaN, -kInfinity},
+                              {-0.0F, 1, 0},
+                              {kInfinity, 5, 5},
+                              {-kInfinity, 5, -kInfinity},
+                              {1, kInfinity, 1},
+                              {kNaN, kNaN, -kInfinity}};
+    for (const auto& [bound, start, result] : cases) {
+        FloatPlane bounds(1, 1), plane(1, 1), expected(1, 1);
+        bounds.fill(bound);
+        plane.fill(start);
+        expected.fill(result);
+        forEachSlot([&, &b = bounds, &p = plane, &e = expected] {
+            EXPECT_TRUE(samePixels(e, peakStepOf(b, p, kChessboard)));
+        });
+    }
+    // A NaN in the bound is not passed, yet its own pixel passes on what it has.
+    FloatPlane bound(5, 1), start(5, 1);
+    const float row[] = {4, 4, kNaN, 4, 4};
+    bound.set([&](int x, int) { return row[x]; });
+    start.set([](int x, int) { return x == 0 ? 3.0F : x == 2 ? 1.0F : 0.0F; });
+    const FloatPlane result = peakStepOf(bound, start, kChessboard);
+    EXPECT_EQ(toText(result), "3 3 1 1 1 \n");
+}
+
+FloatPlane toPlane(const std::vector<float>& pixels, int width, int height, bool turned) {
+    FloatPlane plane(turned ? height : width, turned ? width : height);
+    return plane.set([&](int x, int y) {
+        // Turned by 180 degrees and mirrored along the diagonal.
+        return turned ? pixels[static_cast<std::size_t>(height - 1 - x) * width + width - 1 - y]
+                      : pixels[static_cast<std::size_t>(y) * width + x];
+    });
+}
+
+TEST(PeakStep, FollowsMazesAndCombsToTheirEnd) {
+    for (const auto& planes :
+         {scenes::floodFromFirstPixel(scenes::spiral(61, 47)),
+          scenes::floodFromFirstPixel(scenes::serpentine(70, 33)), scenes::combInflows(130, 60)}) {
+        for (const bool turned : {false, true}) {
+            SCOPED_TRACE(planes.name + (turned ? ", turned" : ""));
+            const auto [width, height] = std::pair(planes.width, planes.height);
+            expectReconstruction(toPlane(planes.mask, width, height, turned),
+                                 toPlane(planes.marker, width, height, turned));
+        }
+    }
+}
+
+// Large enough for the queue to run full and the allowance of several sweeps to run out.
+TEST(PeakStep, FillsLargeMazesAndCombs) {
+    for (const auto& scene : {scenes::spiral(700, 500), scenes::serpentine(500, 700)}) {
+        const auto planes = scenes::floodFromFirstPixel(scene);
+        for (const bool turned : {false, true}) {
+            SCOPED_TRACE(scene.name + (turned ? ", turned" : ""));
+            const FloatPlane bound = toPlane(planes.mask, scene.width, scene.height, turned);
+            const FloatPlane start = toPlane(planes.marker, scene.width, scene.height, turned);
+            forEachSlot([&] {
+                EXPECT_TRUE(samePixels(bound, peakStepOf(bound, start, kChessboard)));
+                EXPECT_TRUE(samePixels(bound, peakStepOf(bound, start, kCityBlock)));
+            });
+        }
+    }
+    const auto comb = scenes::combInflows(800, 400);
+    const float highest = *std::max_element(comb.marker.begin(), comb.marker.end());
+    for (const bool turned : {false, true}) {
+        const FloatPlane bound = toPlane(comb.mask, comb.width, comb.height, turned);
+        const FloatPlane start = toPlane(comb.marker, comb.width, comb.height, turned);
+        const FloatPlane result = peakStepOf(bound, start, kCityBlock);
+        // The brightest inflow fills the basin, and with it every arch.
+        FloatPlane expected(bound);
+        for (int y = 0; y < bound.height(); ++y)
+            for (int x = 0; x < bound.width(); ++x)
+                expected.at(x, y) = std::min(bound.at(x, y), highest);
+        EXPECT_TRUE(samePixels(expected, result));
+    }
+}
+
+TEST(PeakStep, IsIdempotentAndStaysBetweenStartAndBound) {
+    const auto scene = scenes::denseDiscs(200, 150);
+    FloatPlane bound(200, 150), start(200, 150);
+    bound.set(
+        [&](int x, int y) { return scene.at(x, y) / 9.0F + static_cast<float>((x ^ y) % 13); });
+    start.set([&](int x, int y) { return bound.at(x, y) - 5; });
+    const FloatPlane result = peakStepOf(bound, start, kChessboard);
+    for (int y = 0; y < result.height(); ++y) {
+        for (int x = 0; x < result.width(); ++x) {
+            ASSERT_GE(result.at(x, y), start.at(x, y));
+            ASSERT_LE(result.at(x, y), bound.at(x, y));
+        }
+    }
+    EXPECT_TRUE(samePixels(result, peakStepOf(bound, result, kChessboard)));
+    EXPECT_TRUE(samePixels(raisedUntilStable(bound, start, kChessboard), result));
+}
+
+TEST(PeakStep, ScratchOfTheReportedSizeSufficesAtAnyAlignment) {
+    const auto planes = scenes::floodFromFirstPixel(scenes::spiral(45, 60));
+    const FloatPlane bound = toPlane(planes.mask, 45, 60, false);
+    const FloatPlane start = toPlane(planes.marker, 45, 60, false);
+    for (int offset = 0; offset < 16; ++offset)
+        EXPECT_TRUE(samePixels(bound, peakStepOf(bound, start, kChessboard, offset)));
+}
+
+TEST(PeakStep, ReportsTheScratchSize) {
+    int size = 7;
+    EXPECT_EQ(peakStepScratchSize(0, 0, nullptr), NullPointer);
+    EXPECT_EQ(peakStepScratchSize(0, 5, &size), BadSize);
+    EXPECT_EQ(peakStepScratchSize(5, 0, &size), BadSize);
+    EXPECT_EQ(peakStepScratchSize(std::numeric_limits<int>::max() / 16, 1, &size), BadSize);
+    EXPECT_EQ(size, 7);
+    EXPECT_EQ(peakStepScratchSize(640, 480, &size), Success);
+    EXPECT_EQ(size, 10850);
+}
+
+TEST(PeakStep, ChecksItsArgumentsInOrderBeforeItWrites) {
+    FloatPlane bounds(4, 2), plane(4, 2);
+    plane.fill(9);
+    const FloatPlane untouched(plane);
+    unsigned char work[16 * 4 + 2 + 130];
+    const float* bound = bounds.data();
+    float* out = plane.data();
+    EXPECT_EQ(peakStep(nullptr, 14, out, 14, 0, 2, work, 2), NullPointer);
+    EXPECT_EQ(peakStep(bound, 14, nullptr, 14, 0, 2, work, 2), NullPointer);
+    EXPECT_EQ(peakStep(bound, 14, out, 14, 0, 2, nullptr, 2), NullPointer);
+    EXPECT_EQ(peakStep(bound, 14, out, 14, 0, 2, work, 2), BadSize);
+    EXPECT_EQ(peakStep(bound, 14, out, 14, 4, 0, work, 2), BadSize);
+    EXPECT_EQ(peakStep(bound, 14, out, 18, 4, 2, work, 2), BadStep);
+    EXPECT_EQ(peakStep(bound, 18, out, 14, 4, 2, work, 2), BadStep);
+    EXPECT_EQ(peakStep(bound, 18, out, 16, 4, 2, work, 2), UnalignedStep);
+    EXPECT_EQ(peakStep(bound, 16, out, 18, 4, 2, work, 2), UnalignedStep);
+    EXPECT_EQ(peakStep(bound, 16, out, 16, 4, 2, work, 2), BadArgument);
+    EXPECT_EQ(peakStep(bound, 16, out, 16, 4, 2, work, -1), BadArgument);
+    EXPECT_TRUE(samePixels(untouched, plane));
+}
+
+}  // namespace
+}  // namespace numeric::test
