@@ -7,6 +7,7 @@
 #include "filters/chansep/FxFilterManipSep.h"
 #include "filters/degauss/FxFilterManipDegauss.h"
 #include "filters/dilate/FxFilterManipDilate.h"
+#include "filters/distance/FxFilterManipDistance.h"
 #include "filters/open/FxFilterManipOpen.h"
 
 namespace {
@@ -29,6 +30,7 @@ const FactoryRow kFactory[] = {
     {"Dilate_Erode", make<FxFilterManipDilate>},
     {"Open_Close", make<FxFilterManipOpen>},
     {"Degauss", make<FxFilterManipDegauss>},
+    {"Object separator", make<FxFilterManipDistance>},
 };
 
 }  // namespace
