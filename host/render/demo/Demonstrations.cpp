@@ -36,7 +36,7 @@ std::vector<Demonstration> demonstrationsOf(const QString& key) {
          {{{kLightness, kTwoLevels, "Open_Close:Dilate=2"}, "open, detail", kSpecks},
           {{kLightness, kTwoLevels, "Open_Close:Dilate=-2"}, "close, detail", kSpecks}}},
         {"Degauss",
-         {{{"Degauss:Threshold=2,Method=0"}, "FFT, detail", sampleDetail()},
+         {{{"Degauss:Threshold=4,Method=0"}, "FFT, detail", sampleDetail()},
           {{"Degauss:Threshold=6,Method=1"}, "Lucy-Richardson, detail", sampleDetail()}}},
         {"Object separator",
          {{{kLightness, kTwoLevels, "Open_Close:Dilate=3", "Object separator:Det=10"},
