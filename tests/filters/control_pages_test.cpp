@@ -97,6 +97,33 @@ theSlDilate QSlider gridLayout1 0,1 1x1 | minimum=-13 | maximum=13 | singleStep=
   | whatsThis=Erodes or dilates an image
 textLabel1_3_2 QLabel gridLayout1 0,2 1x1 | text=Erode | alignment=Left VCenter | wordWrap=false
   | minimumSize=34x0)"},
+
+    {"Degauss", "FxFilterManipDegauss", R"(
+FxGuiDegaussData | toolTip=Sharpens an image | whatsThis=Sharpens an image by deconvolution.
+theBGButtons 4 4 | exclusive=false
+theRBMethodFFT QRadioButton gridLayout1 1,1 1x1 | text=FFT | checked=false
+  | toolTip=FFT deconvolution | whatsThis=Uses FFT deconvolution algorithm.
+theRBMethodLR QRadioButton gridLayout1 1,2 1x1 | text=LR | checked=true
+  | toolTip=Lucy-Richardson deconvolution | whatsThis=Uses Lucy-Richardson deconvolution algorithm.
+textLabel1 QLabel gridLayout1 0,0 1x1 | text=Amount | wordWrap=false
+textLabel1_2 QLabel gridLayout1 1,0 1x1 | text=Method:
+theSlThresh QSlider gridLayout1 0,1 1x3 | minimum=1 | maximum=15 | singleStep=1 | pageStep=2
+  | value=2 | tracking=false | orientation=Horizontal | tickPosition=TicksAbove
+  | minimumSize=100x21)"},
+
+    {"Object separator", "FxFilterManipDistance", R"(
+FxGuiDistanceData
+theBGButtons 4 4 | exclusive=true | selectedId=1
+theRbFilled QRadioButton gridLayout1 0,0 1x1 | text=Filled | checked=true
+  | toolTip=Creates filled areas | whatsThis=Separated areas will be filled white.
+theRbBorders QRadioButton gridLayout1 0,1 1x1 | text=Borders only | checked=false
+  | toolTip=Creates area borders only.
+  | whatsThis=Separated areas will be filled black with white borders.
+textLabel1_2 QLabel hboxLayout 0 | text=Details
+theSlDetails QSlider hboxLayout 1 | minimum=1 | maximum=100 | singleStep=2 | value=30
+  | orientation=Horizontal | tickPosition=TicksBelow | tickInterval=5
+  | toolTip=Level of segmentation.
+  | whatsThis=Controls segmentation intensity. Bigger the value, more subregions may be created.)"},
 };
 
 void PrintTo(const PageRow& row, std::ostream* out) {
@@ -342,6 +369,8 @@ struct ShownRow {
 
 const char kSep[] = "Channel separation";
 const char kThreshold[] = "Adaptive threshold";
+const char kDegauss[] = "Degauss";
+const char kDistance[] = "Object separator";
 
 }  // namespace
 
@@ -371,6 +400,17 @@ TEST(ControlPageValues, AreShownAsStored) {
         {"Open_Close", 1, 14, "theSlOpen", 13},
         {"Open_Close", 1, -14, "theSlOpen", -13},
         {"Dilate_Erode", 1, -7, "theSlDilate", -7},
+        {kDegauss, 1, 16, "theSlThresh", 15},
+        {kDegauss, 2, 0, "theRBMethodFFT", 1},
+        {kDegauss, 2, 0, "theRBMethodLR", 0},
+        {kDegauss, 2, 1, "theRBMethodLR", 1},
+        {kDegauss, 2, 2, "theRBMethodLR", 1},  // an unknown method leaves the buttons as they are
+        {kDistance, 1, 0, "theRbFilled", 1},
+        {kDistance, 1, 1, "theRbBorders", 1},
+        {kDistance, 1, 3, "theRbBorders", 1},  // its lowest bit counts
+        {kDistance, 1, 2, "theRbFilled", 1},
+        {kDistance, 2, 10, "theSlDetails", 10},
+        {kDistance, 2, 101, "theSlDetails", 100},
     };
     for (const ShownRow& row : rows) {
         FilterHost host(row.filter);
@@ -383,7 +423,9 @@ TEST(ControlPageValues, AreShownAsStored) {
 }
 
 TEST(ControlPageValues, GoBackToTheFirstChoice) {
-    const ShownRow rows[] = {{kSep, 1, 6, "theRBLightness", 0}};
+    const ShownRow rows[] = {{kSep, 1, 6, "theRBLightness", 0},
+                             {kDegauss, 2, 0, "theRBMethodLR", 0},
+                             {kDistance, 1, 1, "theRbFilled", 0}};
     for (const ShownRow& row : rows) {
         FilterHost host(row.filter);
         const QVariant fresh = host.value(row.parameter);

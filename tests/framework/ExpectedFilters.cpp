@@ -39,6 +39,14 @@ const std::vector<ExpectedFilter>& expectedFilters() {
          ":/Icon_Open.svg", kMerged,
          {kEnabled, {"Dilate", kInt, kLinear, 0}}, {0, 1},
          {{"theSlOpen", 5, 1, 5}, {"theSlOpen", -13, 1, -13}}},
+        {"Degauss", 2010, "FxFilterManipDegauss", "Deconvolution", "Sharpening",
+         ":/Icon_Degauss.svg", kMerged,
+         {kEnabled, {"Threshold", kInt, kLinear, 2}, {"Method", kInt, kHeld, 1}}, {0, 1, 2},
+         {{"theSlThresh", 3, 1, 3}, {"theSlThresh", 15, 1, 15}, {"theRBMethodFFT", kClick, 2, 0}}},
+        {"Object separator", 2011, "FxFilterManipDistance", "Object separator", "Object separation",
+         ":/Icon_Distance.svg", kMerged,
+         {kEnabled, {"Type", kInt, kHeld, 0}, {"Det", kInt, kLinear, 10}}, {0, 1, 2},
+         {{"theSlDetails", 31, 2, 31}, {"theSlDetails", 100, 2, 100}, {"theRbBorders", kClick, 1, 1}}},
     };
     // clang-format on
     return filters;

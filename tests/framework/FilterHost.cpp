@@ -66,17 +66,27 @@ void FilterHost::set(int parameter, const QVariant& value) {
         throw std::runtime_error("no such value for parameter " + std::to_string(parameter));
 }
 
-HkImage* FilterHost::process(HkImage* image, qint64 frame) {
+bool FilterHost::process(std::unique_ptr<HkImage>& image, qint64 frame) {
     const std::unique_ptr<HkImageFilter> filter(manipulator->createImageFilter(objectId));
-    return filter->processImage(image, frame);
+    return ::process(*filter, image, frame);
+}
+
+bool process(HkImageFilter& filter, std::unique_ptr<HkImage>& image, qint64 frame) {
+    HkImage* const result = filter.processImage(image.get(), frame);
+    if (result == image.get()) return false;
+    static_cast<void>(image.release());  // the filter deleted it
+    image.reset(result);
+    return true;
 }
 
 std::unique_ptr<HkImage> testImage(int width, int height, int channels) {
     auto image = std::make_unique<HkImage>(width, height, channels, nullptr, 4u);
     for (int y = 0; y < height; ++y)
-        for (int i = 0; i < width * channels; ++i)
+        for (int i = 0; i < width * channels; ++i) {
+            const bool black = (i / channels / 4 + y / 4) % 3 == 0;
             image->data[y * image->step + i] =
-                static_cast<unsigned char>((y * width * channels + i) * 37 + i / channels);
+                static_cast<unsigned char>(black ? 0 : (y * width * channels + i) * 37 + y);
+        }
     return image;
 }
 

@@ -45,8 +45,8 @@ public:
     QVariant value(int parameter, qint64 frame = 0) const;  ///< in force at `frame`
     void set(int parameter, const QVariant& value);         ///< as a document does: no undo step
 
-    /// Runs the filter once over `image`; ownership as HkImageFilter::processImage has it.
-    HkImage* process(HkImage* image, qint64 frame = 0);
+    /// Renders with a fresh filter object; see below.
+    bool process(std::unique_ptr<HkImage>& image, qint64 frame = 0);
 
     QToolBox toolBox;
     QUndoStack undo;
@@ -55,8 +55,12 @@ public:
     int objectId;
 };
 
-/// A picture in which no two pixels are alike.
+/// A picture of many colours with black blocks: objects and background for every filter.
 std::unique_ptr<HkImage> testImage(int width, int height, int channels);
+
+/// Renders one frame: `image` gives way to what the filter makes of it. True when that is another
+/// object.
+bool process(HkImageFilter& filter, std::unique_ptr<HkImage>& image, qint64 frame = 0);
 
 /// The pixels of the region, row by row.
 QByteArray pixels(const HkImage& image);

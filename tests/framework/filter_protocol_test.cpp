@@ -125,15 +125,17 @@ TEST_P(FilterProtocol, ATypeIdThatIsTakenLeavesNoDescriptor) {
 
 TEST_P(FilterProtocol, PassesTheFrameThroughWhenThereIsNothingToDo) {
     FilterHost host(expected().key);
-    EXPECT_EQ(host.process(nullptr), nullptr);
-
-    const std::unique_ptr<HkImage> image = testImage(9, 7, 3);
-    const QByteArray before = pixels(*image);
+    const std::unique_ptr<HkImageFilter> filter(host.manipulator->createImageFilter(host.objectId));
     const std::unique_ptr<HkImageFilter> stranger(host.manipulator->createImageFilter(-5));
+    EXPECT_EQ(filter->processImage(nullptr, 0), nullptr);
     EXPECT_EQ(stranger->processImage(nullptr, 0), nullptr);
-    EXPECT_EQ(stranger->processImage(image.get(), 0), image.get());
+
+    auto image = testImage(9, 7, 3);
+    const QByteArray before = pixels(*image);
+    EXPECT_FALSE(process(*stranger, image));
+    EXPECT_EQ(pixels(*image), before);
     host.set(kEnabled, 0);
-    EXPECT_EQ(host.process(image.get()), image.get());
+    EXPECT_FALSE(process(*filter, image));
     EXPECT_EQ(image->channels, 3);
     EXPECT_EQ(pixels(*image), before);
 }
