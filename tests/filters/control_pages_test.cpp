@@ -18,6 +18,7 @@
 
 #include "host/kernel/KernelNotifier.h"
 #include "host/kernel/KernelStore.h"
+#include "tests/framework/ExpectedFilters.h"
 #include "tests/framework/FilterHost.h"
 
 using testing::ElementsAre;
@@ -354,6 +355,13 @@ TEST_P(ControlPage, OneGestureIsOneUndoStep) {
 
 INSTANTIATE_TEST_SUITE_P(Filters, ControlPage, testing::ValuesIn(kPages),
                          [](const auto& row) { return std::string(row.param.manipulator); });
+
+TEST(ControlPages, AreAllDescribedHere) {
+    std::set<std::string> described, offered;
+    for (const PageRow& row : kPages) described.insert(row.filter);
+    for (const ExpectedFilter& filter : expectedFilters()) offered.insert(filter.key);
+    EXPECT_EQ(described, offered);
+}
 
 // What the pages show of stored values
 
