@@ -102,17 +102,21 @@ void requireCompletePng(const std::string& path) {
     failDamaged(path, "the end of the file is missing");
 }
 
-void requireAllowedSize(const std::string& path, const OIIO::ImageSpec& spec) {
-    const std::string size = std::to_string(spec.width) + " x " + std::to_string(spec.height);
-    if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1)
+const OIIO::ImageSpec& headOf(const OIIO::ImageInput& input) {
+    return input.spec();
+}
+
+void requireAllowedSize(const std::string& path, const OIIO::ImageSpec& head) {
+    const std::string size = std::to_string(head.width) + " x " + std::to_string(head.height);
+    if (head.width < 1 || head.height < 1 || head.nchannels < 1)
         failDamaged(path, "its size is " + size + " pixels");
-    if (spec.width > kLargestSide || spec.height > kLargestSide)
+    if (head.width > kLargestSide || head.height > kLargestSide)
         fail(MediaErrorKind::InvalidData, path,
              size + " pixels exceed the limit of 32,768 pixels a side; scale or crop it");
-    if (std::int64_t{spec.width} * spec.height > kMostPixels)
+    if (std::int64_t{head.width} * head.height > kMostPixels)
         fail(MediaErrorKind::InvalidData, path,
              size + " pixels exceed the limit of 268,435,456 pixels; scale or crop it");
-    if (spec.deep || spec.depth > 1)
+    if (head.deep || head.depth > 1)
         fail(MediaErrorKind::InvalidData, path,
              "deep and volume pictures have no single colour a pixel; flatten it first");
 }
@@ -139,20 +143,20 @@ std::unique_ptr<OIIO::ImageInput> openPicture(const std::string& path) {
     }
     if (OIIO::Strutil::icontains(input->format_name(), "ffmpeg"))
         fail(MediaErrorKind::InvalidData, path, kNoPicture);
-    requireAllowedSize(path, input->spec());
+    requireAllowedSize(path, headOf(*input));
     return input;
 }
 
 /// How many of a file's channels the frame takes: up to four, of more the colours and an alpha that
 /// stands right behind them.
-int channelsTaken(const OIIO::ImageSpec& spec) {
-    if (spec.nchannels <= 4) return spec.nchannels;
-    return spec.alpha_channel == 3 ? 4 : 3;
+int channelsTaken(const OIIO::ImageSpec& head) {
+    if (head.nchannels <= 4) return head.nchannels;
+    return head.alpha_channel == 3 ? 4 : 3;
 }
 
 /// Orientation 5 to 8 of an EXIF tag exchange width and height.
-int orientationOf(const OIIO::ImageSpec& spec) {
-    const int orientation = spec.get_int_attribute("Orientation", 1);
+int orientationOf(const OIIO::ImageSpec& head) {
+    const int orientation = head.get_int_attribute("Orientation", 1);
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
 }
 
@@ -160,9 +164,10 @@ int orientationOf(const OIIO::ImageSpec& spec) {
 bool isPremultiplied(const OIIO::ImageInput& input, int channels) {
     if (channels != 2 && channels != 4) return false;
     const std::string format = input.format_name();
+    const OIIO::ImageSpec& head = headOf(input);
     if (format == "tiff")
-        return channels == 4 && input.spec().alpha_channel == 3 &&
-               input.spec().get_int_attribute("oiio:UnassociatedAlpha") == 0;
+        return channels == 4 && head.alpha_channel == 3 &&
+               head.get_int_attribute("oiio:UnassociatedAlpha") == 0;
     return format == "openexr" || format == "webp";
 }
 
@@ -228,15 +233,15 @@ std::unique_ptr<HkImage> upright(std::unique_ptr<HkImage> lying, int orientation
     return standing;
 }
 
-PictureProperties propertiesOf(const OIIO::ImageSpec& spec) {
+PictureProperties propertiesOf(const OIIO::ImageSpec& head) {
     PictureProperties properties;
-    properties.xResolution = spec.get_float_attribute("XResolution");
-    properties.yResolution = spec.get_float_attribute("YResolution");
-    const std::string unit = spec.get_string_attribute("ResolutionUnit");
+    properties.xResolution = head.get_float_attribute("XResolution");
+    properties.yResolution = head.get_float_attribute("YResolution");
+    const std::string unit = head.get_string_attribute("ResolutionUnit");
     if (unit == "in" || unit == "inch") properties.resolutionUnit = "in";
     if (unit == "cm") properties.resolutionUnit = "cm";
-    if (orientationOf(spec) >= 5) std::swap(properties.xResolution, properties.yResolution);
-    if (const OIIO::ParamValue* profile = spec.find_attribute("ICCProfile")) {
+    if (orientationOf(head) >= 5) std::swap(properties.xResolution, properties.yResolution);
+    if (const OIIO::ParamValue* profile = head.find_attribute("ICCProfile")) {
         const auto* bytes = static_cast<const unsigned char*>(profile->data());
         properties.iccProfile.assign(bytes, bytes + profile->type().size());
     }
@@ -263,9 +268,9 @@ bool hasPictureSuffix(const std::string& fileName) {
 PictureInfo readPictureInfo(const std::string& path) {
     return reportingMemory(path, [&] {
         const std::unique_ptr<OIIO::ImageInput> input = openPicture(path);
-        const OIIO::ImageSpec& spec = input->spec();
-        PictureInfo info{spec.width, spec.height, channelsTaken(spec)};
-        if (orientationOf(spec) >= 5) std::swap(info.width, info.height);
+        const OIIO::ImageSpec& head = headOf(*input);
+        PictureInfo info{head.width, head.height, channelsTaken(head)};
+        if (orientationOf(head) >= 5) std::swap(info.width, info.height);
         return info;
     });
 }
@@ -273,14 +278,14 @@ PictureInfo readPictureInfo(const std::string& path) {
 std::unique_ptr<HkImage> readPicture(const std::string& path, PictureProperties* properties) {
     return reportingMemory(path, [&] {
         const std::unique_ptr<OIIO::ImageInput> input = openPicture(path);
-        const OIIO::ImageSpec& spec = input->spec();
-        const int channels = channelsTaken(spec);
-        std::unique_ptr<HkImage> image = newImage(spec.width, spec.height, channels);
+        const OIIO::ImageSpec& head = headOf(*input);
+        const int channels = channelsTaken(head);
+        std::unique_ptr<HkImage> image = newImage(head.width, head.height, channels);
         // A JPEG file cut short is read "successfully", with an error left behind.
         if (!readSamples(*input, channels, *image) || input->has_error())
             failDamaged(path, input->geterror());
-        image = upright(std::move(image), orientationOf(spec));
-        if (properties) *properties = propertiesOf(spec);
+        image = upright(std::move(image), orientationOf(head));
+        if (properties) *properties = propertiesOf(head);
         return image;
     });
 }

@@ -81,24 +81,24 @@ bool profileFits(const std::vector<unsigned char>& profile, int channels) {
 
 OIIO::ImageSpec describe(const Format& format, const HkImage& image,
                          const PictureProperties& properties) {
-    OIIO::ImageSpec spec(image.roiWidth, image.roiHeight, image.channels, OIIO::TypeUInt8);
-    spec.attribute("oiio:UnassociatedAlpha", 1);
-    spec.attribute("DateTime", "");  // else TIFF files would carry the time and never be the same
-    if (format.compression) spec.attribute("Compression", format.compression);
-    if (spec.get_string_attribute("Compression") == "zip") spec.attribute("tiff:Predictor", 2);
-    spec.attribute("jpeg:subsampling", "4:4:4");
+    OIIO::ImageSpec head(image.roiWidth, image.roiHeight, image.channels, OIIO::TypeUInt8);
+    head.attribute("oiio:UnassociatedAlpha", 1);
+    head.attribute("DateTime", "");  // else TIFF files would carry the time and never be the same
+    if (format.compression) head.attribute("Compression", format.compression);
+    if (head.get_string_attribute("Compression") == "zip") head.attribute("tiff:Predictor", 2);
+    head.attribute("jpeg:subsampling", "4:4:4");
     if (properties.xResolution > 0 && properties.yResolution > 0) {
-        spec.attribute("XResolution", static_cast<float>(properties.xResolution));
-        spec.attribute("YResolution", static_cast<float>(properties.yResolution));
-        spec.attribute("ResolutionUnit",
+        head.attribute("XResolution", static_cast<float>(properties.xResolution));
+        head.attribute("YResolution", static_cast<float>(properties.yResolution));
+        head.attribute("ResolutionUnit",
                        properties.resolutionUnit.empty() ? "none" : properties.resolutionUnit);
     }
     if (!properties.iccProfile.empty())
-        spec.attribute(
+        head.attribute(
             "ICCProfile",
             OIIO::TypeDesc(OIIO::TypeDesc::UINT8, static_cast<int>(properties.iccProfile.size())),
             properties.iccProfile.data());
-    return spec;
+    return head;
 }
 
 /// To memory first: the library's writers do not notice every failure to write a file.
