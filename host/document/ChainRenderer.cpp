@@ -2,8 +2,10 @@
 
 #include <stdexcept>
 
+#include "framework/contract/FxKernelApi/HkFXKernelData.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "framework/contract/FxKernelApi/HkImageFilter.h"
+#include "host/imaging/AreaCount.h"
 #include "host/kernel/KernelStore.h"
 
 namespace document {
@@ -12,6 +14,8 @@ ChainRenderer::ChainRenderer() {
     const KernelStore& store = KernelStore::instance();
     for (const InstanceId& instance : store.instances()) {
         Step step;
+        step.typeId = instance.typeId;
+        step.objectId = instance.objectId;
         step.key = store.filterKey(instance.typeId).toStdString();
         HkFilterManipulator* manipulator = store.manipulator(instance.typeId);
         if (manipulator) step.filter.reset(manipulator->createImageFilter(instance.objectId));
@@ -22,14 +26,38 @@ ChainRenderer::ChainRenderer() {
 
 ChainRenderer::~ChainRenderer() = default;
 
-std::unique_ptr<HkImage> ChainRenderer::render(std::unique_ptr<HkImage> image, qint64 frame) {
+std::unique_ptr<HkImage> ChainRenderer::render(std::unique_ptr<HkImage> image, qint64 frame,
+                                               const Observer& observer) {
     const RenderLease lease;
     for (const Step& step : m_steps) {
+        if (observer) {
+            const std::optional<FilterValues> values = valuesAt(step, frame);
+            if (values && values->isEnabled()) observer(step.key, *image);
+        }
         // The filter frees the picture it was given when it answers with another one.
         image.reset(step.filter->processImage(image.release(), frame));
         if (!image) throw std::runtime_error("the filter " + step.key + " gave no picture");
     }
     return image;
+}
+
+std::optional<int> ChainRenderer::objectsIn(const HkImage& result, qint64 frame) const {
+    const RenderLease lease;
+    for (auto step = m_steps.rbegin(); step != m_steps.rend(); ++step) {
+        const std::optional<FilterValues> values = valuesAt(*step, frame);
+        if (!values || !values->isEnabled()) continue;
+        if (!resultShowsObjects(QString::fromStdString(step->key), *values)) return {};
+        const int count = countWhiteAreas(result);
+        return count < 0 ? std::optional<int>() : count;
+    }
+    return {};
+}
+
+std::optional<FilterValues> ChainRenderer::valuesAt(const Step& step, qint64 frame) {
+    const HkKernelObjectData* object =
+        HkFXKernelData::getInstance()->getObject(step.typeId, step.objectId);
+    if (!object) return {};
+    return FilterValues(step.typeId, object->getKeyframesAt(frame));
 }
 
 }  // namespace document

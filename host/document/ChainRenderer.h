@@ -1,11 +1,14 @@
 #pragma once
 
 #include <QtGlobal>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "framework/contract/ImageProcessor/HkImage.h"
+#include "host/document/FilterAdvice.h"
 
 class HkImageFilter;
 
@@ -22,14 +25,27 @@ public:
     ChainRenderer(const ChainRenderer&) = delete;
     ChainRenderer& operator=(const ChainRenderer&) = delete;
 
+    /// Told of each picture before the filter of this key, if it is enabled, gets it.
+    using Observer = std::function<void(const std::string& key, const HkImage& input)>;
+
     /// Any thread. Throws std::runtime_error naming the filter that gave no picture.
-    std::unique_ptr<HkImage> render(std::unique_ptr<HkImage> image, qint64 frame);
+    std::unique_ptr<HkImage> render(std::unique_ptr<HkImage> image, qint64 frame,
+                                    const Observer& observer = Observer());
+
+    /// How many objects a result of render() shows at this frame; none when the last enabled
+    /// filter is not one whose result shows objects.
+    std::optional<int> objectsIn(const HkImage& result, qint64 frame) const;
 
 private:
     struct Step {
         std::string key;
+        int typeId;
+        int objectId;
         std::unique_ptr<HkImageFilter> filter;
     };
+    /// The values in force; none when the instance is gone.
+    static std::optional<FilterValues> valuesAt(const Step& step, qint64 frame);
+
     std::vector<Step> m_steps;
 };
 

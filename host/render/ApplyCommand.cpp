@@ -12,6 +12,7 @@
 #include "host/document/FilterChain.h"
 #include "host/media/MediaSink.h"
 #include "host/media/MediaSource.h"
+#include "host/render/CheckCommand.h"
 #include "host/render/FrameJob.h"
 #include "host/render/FrameList.h"
 #include "host/render/Report.h"
@@ -25,12 +26,6 @@ int workerCount(int jobs, std::size_t frames) {
     const int wanted = jobs > 0 ? jobs : static_cast<int>(std::thread::hardware_concurrency());
     const int most = static_cast<int>(std::min<std::size_t>(frames, 1024));
     return std::clamp(wanted, 1, most);
-}
-
-QStringList asQStrings(const std::vector<std::string>& texts) {
-    QStringList list;
-    for (const std::string& text : texts) list.append(QString::fromStdString(text));
-    return list;
 }
 
 const FrameOutcome* firstFailure(const std::vector<FrameOutcome>& outcomes) {
@@ -103,9 +98,7 @@ void printPlan(const std::vector<FrameOutcome>& outcomes, const media::MediaSour
 ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& catalog) {
     document::setFilterChain(asQStrings(options.filters), catalog);
     const auto source = media::MediaSource::open(options.inputs);
-    const std::vector<std::int64_t> frames =
-        options.frames.empty() ? source->frames()
-                               : FrameList(options.frames).chosenFrom(source->frames());
+    const std::vector<std::int64_t> frames = chosenFrames(options.frames, *source);
     const auto sink = media::MediaSink::open(options.output, *source, frames);
     std::optional<Report> report;
     if (!options.report.empty()) {
@@ -113,9 +106,14 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
         if (!options.dryRun) report.emplace(options.report);
     }
 
+    if (!options.quiet)
+        for (const std::string& warning : warningsFor(*source, frames))
+            std::fprintf(stderr, "fxrender: warning: %s\n", warning.c_str());
+    ObjectCounts objectCounts;
     const int count = workerCount(options.jobs, frames.size());
-    const std::vector<FrameWork> workers = options.dryRun ? inspectingWorkers(count, *source)
-                                                          : renderingWorkers(count, *source, *sink);
+    const std::vector<FrameWork> workers =
+        options.dryRun ? inspectingWorkers(count, *source)
+                       : renderingWorkers(count, *source, *sink, objectCounts);
     const std::vector<FrameOutcome> outcomes = runWithProgress(frames, workers, options);
     if (!options.dryRun) sink->finish();
 
@@ -123,7 +121,8 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
     if (report)
         report->write(
             outcomes, code, [&](std::int64_t frame) { return source->path(frame); },
-            [&](std::int64_t frame) { return sink->path(frame); });
+            [&](std::int64_t frame) { return sink->path(frame); },
+            [&](std::int64_t frame) { return objectCounts.of(frame); });
     const FrameOutcome* failure = firstFailure(outcomes);
     if (failure && !options.keepGoing) throw CommandError(failure->code, failure->error);
     if (options.dryRun) printPlan(outcomes, *source, *sink);

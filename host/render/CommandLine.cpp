@@ -41,6 +41,17 @@ void addPluginOption(CLI::App& command, std::string& path) {
         ->type_name("FILE");
 }
 
+void addSelection(CLI::App& command, std::vector<std::string>& inputs,
+                  std::vector<std::string>& filters, std::string& frames) {
+    command.add_option("INPUT", inputs, "What to read")->required()->type_name("");
+    command
+        .add_option("-f,--filter", filters, "A filter with its settings; several run in this order")
+        ->required()
+        ->allow_extra_args(false)
+        ->type_name("FILTER");
+    command.add_option("--frames", frames, "The frames to look at, if not all")->type_name("LIST");
+}
+
 void defineList(CLI::App& app, ListOptions& options) {
     CLI::App* list = app.add_subcommand("list", "Shows the filters and their parameters");
     list->add_flag("--json", options.json, "As JSON, for programs");
@@ -49,18 +60,10 @@ void defineList(CLI::App& app, ListOptions& options) {
 
 void defineApply(CLI::App& app, ApplyOptions& options) {
     CLI::App* apply = app.add_subcommand("apply", "Applies filters to pictures");
-    apply->add_option("INPUT", options.inputs, "What to read")->required()->type_name("");
+    addSelection(*apply, options.inputs, options.filters, options.frames);
     apply->add_option("-o,--output", options.output, "Where to write")
         ->required()
         ->type_name("OUTPUT");
-    apply
-        ->add_option("-f,--filter", options.filters,
-                     "A filter with its settings; several run in this order")
-        ->required()
-        ->allow_extra_args(false)
-        ->type_name("FILTER");
-    apply->add_option("--frames", options.frames, "The frames to render, if not all")
-        ->type_name("LIST");
     const int mostJobs = 1024;
     apply
         ->add_option("-j,--jobs", options.jobs,
@@ -83,6 +86,13 @@ void defineApply(CLI::App& app, ApplyOptions& options) {
     apply->add_flag("-q,--quiet", options.quiet, "Nothing but error messages");
     addPluginOption(*apply, options.plugin);
     apply->footer(kApplyNotes);
+}
+
+void defineCheck(CLI::App& app, CheckOptions& options) {
+    CLI::App* check = app.add_subcommand("check", "Says what would go wrong, renders nothing");
+    addSelection(*check, options.inputs, options.filters, options.frames);
+    addPluginOption(*check, options.plugin);
+    check->footer("Exit codes: 0 nothing to object to, 1 there is, others as for apply");
 }
 
 QStringList commandNames(const CLI::App& app) {
@@ -147,6 +157,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     app.get_formatter()->column_width(26);
     defineList(app, result.list);
     defineApply(app, result.apply);
+    defineCheck(app, result.check);
 
     std::vector<std::string> backwards(arguments.rbegin(), arguments.rend());
     for (std::string& argument : backwards) {
@@ -170,8 +181,16 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
         throw UsageError(onOneLine(error.what()));
     }
     if (app.get_subcommands().empty()) throw UsageError("no command given; " + validCommands(app));
-    result.command = app.got_subcommand("list") ? CommandLine::List : CommandLine::Apply;
+    result.command = app.got_subcommand("list")    ? CommandLine::List
+                     : app.got_subcommand("check") ? CommandLine::Check
+                                                   : CommandLine::Apply;
     return result;
+}
+
+QStringList asQStrings(const std::vector<std::string>& texts) {
+    QStringList list;
+    for (const std::string& text : texts) list.append(QString::fromStdString(text));
+    return list;
 }
 
 std::string shortUsage() {
@@ -179,6 +198,8 @@ std::string shortUsage() {
            "\n"
            "  fxrender list [--json]                            what filters there are\n"
            "  fxrender apply INPUT... -o OUTPUT -f FILTER ...   apply filters to pictures\n"
+           "  fxrender check INPUT... -f FILTER ...             what would go wrong, nothing "
+           "rendered\n"
            "  fxrender apply --help                             all options, and examples\n";
 }
 

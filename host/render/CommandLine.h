@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QStringList>
 #include <string>
 #include <vector>
 
@@ -26,18 +27,29 @@ struct ApplyOptions {
     bool quiet = false;
 };
 
+struct CheckOptions {
+    std::vector<std::string> inputs;
+    std::vector<std::string> filters;
+    std::string plugin;  ///< empty: the one that belongs to this program
+    std::string frames;  ///< empty: all of them
+};
+
 /// What the user asks for.
 struct CommandLine {
-    enum Command { ShowText, List, Apply };
+    enum Command { ShowText, List, Apply, Check };
 
     Command command = ShowText;
     std::string text;  ///< what ShowText prints: help or the version
     ListOptions list;
     ApplyOptions apply;
+    CheckOptions check;
 };
 
 /// Throws UsageError; the message names the nearest valid choice where there is one.
 CommandLine parseCommandLine(const std::vector<std::string>& arguments);
+
+/// Texts as they were typed, for the toolkit.
+QStringList asQStrings(const std::vector<std::string>& texts);
 
 /// A few lines for somebody who gave no arguments at all.
 std::string shortUsage();

@@ -88,4 +88,8 @@ std::vector<std::int64_t> FrameList::chosenFrom(const std::vector<std::int64_t>&
     return chosen;
 }
 
+std::vector<std::int64_t> chosenFrames(const std::string& list, const media::MediaSource& source) {
+    return list.empty() ? source.frames() : FrameList(list).chosenFrom(source.frames());
+}
+
 }  // namespace render

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "host/media/MediaSource.h"
+
 namespace render {
 
 /// A choice of frames as a user writes it: "1,5,10-20:2, -5, -10--5, 100-". Single frames, ranges
@@ -27,5 +29,8 @@ private:
     };
     std::vector<Entry> m_entries;
 };
+
+/// The frames of a source that a user's list chooses; an empty text chooses all. Throws UsageError.
+std::vector<std::int64_t> chosenFrames(const std::string& list, const media::MediaSource& source);
 
 }  // namespace render

@@ -6,6 +6,7 @@
 #include "host/document/FilterError.h"
 #include "host/media/MediaError.h"
 #include "host/render/ApplyCommand.h"
+#include "host/render/CheckCommand.h"
 #include "host/render/CommandLine.h"
 #include "host/render/ListCommand.h"
 #include "host/render/PluginSession.h"
@@ -34,6 +35,10 @@ int runCommand(const std::vector<std::string>& arguments) {
             StopSignal::install();
             const PluginSession session(commandLine.apply.plugin);
             return runApply(commandLine.apply, session.catalog());
+        }
+        case CommandLine::Check: {
+            const PluginSession session(commandLine.check.plugin);
+            return runCheck(commandLine.check, session.catalog());
         }
     }
     return WrongCommandLine;

@@ -32,7 +32,8 @@ Report::Report(const std::string& path) : m_path(path) {
 
 void Report::write(const std::vector<FrameOutcome>& outcomes, ExitCode exitCode,
                    const std::function<std::string(std::int64_t)>& inputPath,
-                   const std::function<std::string(std::int64_t)>& outputPath) const {
+                   const std::function<std::string(std::int64_t)>& outputPath,
+                   const std::function<std::optional<int>(std::int64_t)>& objects) const {
     nlohmann::ordered_json frames = nlohmann::ordered_json::array();
     for (const FrameOutcome& outcome : outcomes) {
         nlohmann::ordered_json entry = {{"frame", outcome.frame},
@@ -40,6 +41,7 @@ void Report::write(const std::vector<FrameOutcome>& outcomes, ExitCode exitCode,
                                         {"output", outputPath(outcome.frame)},
                                         {"status", statusName(outcome.status)},
                                         {"seconds", outcome.seconds}};
+        if (const auto count = objects(outcome.frame)) entry["objects"] = *count;
         if (!outcome.error.empty()) entry["error"] = outcome.error;
         frames.push_back(entry);
     }

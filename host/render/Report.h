@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,11 +15,13 @@ public:
     /// Throws CommandError(CannotCreate) when no file can be made there; makes none yet.
     explicit Report(const std::string& path);
 
-    /// Writes the report; it is complete or absent. The functions name a frame's files.
+    /// Writes the report; it is complete or absent. The functions name a frame's files and tell how
+    /// many objects its result shows, if it shows objects.
     /// Throws CommandError(ReadWriteError).
     void write(const std::vector<FrameOutcome>& outcomes, ExitCode exitCode,
                const std::function<std::string(std::int64_t)>& inputPath,
-               const std::function<std::string(std::int64_t)>& outputPath) const;
+               const std::function<std::string(std::int64_t)>& outputPath,
+               const std::function<std::optional<int>(std::int64_t)>& objects) const;
 
 private:
     std::string m_path;
