@@ -97,6 +97,17 @@ std::ostream& operator<<(std::ostream& out, const Picture& picture) {
     return out << picture.name;
 }
 
+/// A row in which the pixel in the middle alone has its nearest zeros 61 columns away, and one
+/// below it that is a little farther.
+std::vector<std::pair<int, int>> zerosJustOutOfReach() {
+    std::vector<std::pair<int, int>> zeros{{100, 63}};
+    for (int x = 0; x < 40; ++x) {
+        zeros.emplace_back(x, 1);
+        zeros.emplace_back(200 - x, 1);
+    }
+    return zeros;
+}
+
 std::vector<std::pair<int, int>> line(int count,
                                       const std::function<std::pair<int, int>(int)>& at) {
     std::vector<std::pair<int, int>> pixels;
@@ -133,6 +144,7 @@ INSTANTIATE_TEST_SUITE_P(
         Picture{"higher than integers reach", 3, 40001, {{2, 40000}}},
         // Either side of the distances at which one search hands over to the next.
         Picture{"columns far apart", 800, 3, {{0, 1}, {181, 1}, {375, 0}, {569, 2}, {765, 1}}},
+        Picture{"just out of reach", 201, 66, zerosJustOutOfReach()},
         Picture{"rows at 181 and 255", 130, 520, {{0, 0}, {129, 183}, {60, 519}}},
         Picture{"near above, far below", 200, 620,
                 line(200, [](int i) { return std::pair(i, i % 5); })},
