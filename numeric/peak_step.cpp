@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 
@@ -56,14 +57,20 @@ private:
     int m_count = 0;
 };
 
+/// What a row function costs for a segment, in units of about one vector.
+std::int64_t workOf(Segment columns) {
+    return 2 + (columns.last - columns.first) / 16;
+}
+
 /// One call. Sweeps go up and down by turns. Behind the row that a sweep has reached, whatever can
 /// still rise is raised at once, as long as the sweep's allowance lasts; a sweep that completes so
 /// has found the result. Rows that must wait for the next sweep are marked.
 class Reconstruction {
 public:
-    Reconstruction(const PeakStepRows& rows, PlaneView<const float> bound, PlaneView<float> plane,
-                   unsigned char* scratch)
+    Reconstruction(const PeakStepRows& rows, int sidewaysReach, PlaneView<const float> bound,
+                   PlaneView<float> plane, unsigned char* scratch)
         : m_rows(rows),
+          m_sidewaysReach(sidewaysReach),
           m_bound(bound),
           m_plane(plane),
           m_isWaiting(scratch),
@@ -73,86 +80,167 @@ public:
 
 private:
     Segment wholeRow() const { return {0, m_plane.width - 1}; }
+    bool isBehind(int row) const {
+        return row >= std::min(m_firstRow, m_reachedRow) &&
+               row <= std::max(m_firstRow, m_reachedRow);
+    }
 
     void lowerAndPassDown();
-    bool sweep(int firstRow, int direction);
+    void sweep();
+    void settle();
+    void follow(int x, int row);
+    int runStraight(int x, int row, int direction);
+
     Segment raise(int row, int sourceRow, Segment changed);
+    bool raisePixel(int x, int row, float value);
+    Segment spread(int row, Segment columns);
     void enqueue(int row, Segment columns);
-    void settle(int firstRow, int reachedRow, Segment& pending);
+    void putOff(int row);
 
     const PeakStepRows& m_rows;
-    PlaneView<const float> m_bound;
-    PlaneView<float> m_plane;
-    unsigned char* m_isWaiting;
+    const int m_sidewaysReach;  // of the neighbours in the next row
+    const PlaneView<const float> m_bound;
+    const PlaneView<float> m_plane;
+    unsigned char* const m_isWaiting;
     TaskQueue m_queue;
+
+    // Of the sweep under way.
+    int m_firstRow = 0;
+    int m_reachedRow = 0;
+    Segment m_pending;  // what the next row must still take from the one reached
     std::int64_t m_allowance = 0;
     bool m_isComplete = true;
 };
 
-/// The columns of the row that were raised, from the changed columns of a neighbouring row and on
-/// along the row.
+/// Raises the row from the changed columns of a neighbouring row, and on along the row. Returns
+/// the columns raised.
 Segment Reconstruction::raise(int row, int sourceRow, Segment changed) {
-    const float* bound = m_bound.row(row);
-    float* target = m_plane.row(row);
-    const Segment raised =
-        m_rows.raise(m_plane.row(sourceRow), bound, target, changed, m_plane.width);
-    m_allowance -= 4 + (changed.last - changed.first) / 16;
-    return raised.isEmpty() ? raised : m_rows.spread(bound, target, raised, m_plane.width);
+    const Segment raised = m_rows.raise(m_plane.row(sourceRow), m_bound.row(row), m_plane.row(row),
+                                        changed, m_plane.width);
+    return raised.isEmpty() ? raised : spread(row, raised);
+}
+
+Segment Reconstruction::spread(int row, Segment columns) {
+    return m_rows.spread(m_bound.row(row), m_plane.row(row), columns, m_plane.width);
+}
+
+/// Whether the pixel could take anything of the value.
+bool Reconstruction::raisePixel(int x, int row, float value) {
+    const float bound = m_bound.row(row)[x];
+    float& pixel = m_plane.row(row)[x];
+    if (!(bound > pixel) || !(value > pixel)) return false;
+    pixel = std::min(value, bound) + 0.0F;  // no negative zero
+    return true;
+}
+
+void Reconstruction::putOff(int row) {
+    m_isWaiting[row] = 1;
+    m_isComplete = false;
 }
 
 void Reconstruction::enqueue(int row, Segment columns) {
-    if (m_queue.isFull() || m_allowance <= 0) {
-        m_isWaiting[row] = 1;
-        m_isComplete = false;
-    } else {
+    if (m_queue.isFull())
+        putOff(row);
+    else
         m_queue.push({row, columns});
+}
+
+/// Passes a raised pixel straight on, up or down, as long as it could raise nothing else in the
+/// next row. Returns the row reached.
+int Reconstruction::runStraight(int x, int row, int direction) {
+    if (m_plane.width == 1) return row;
+    const int left = x > 0 ? x - 1 : x + 1;
+    const int right = x + 1 < m_plane.width ? x + 1 : x - 1;
+    float value = m_plane.row(row)[x];
+    const int start = row;
+    for (int next = row + direction; isBehind(next); next += direction) {
+        const float* bound = m_bound.row(next);
+        float* plane = m_plane.row(next);
+        const auto rises = [=](int column) {
+            return bound[column] > plane[column] && value > plane[column];
+        };
+        if (!rises(x) || rises(left) || rises(right)) break;
+        plane[x] = value = std::min(value, bound[x]) + 0.0F;
+        row = next;
+    }
+    m_allowance -= std::abs(row - start);
+    return row;
+}
+
+/// Follows a single raised pixel from row to row, the way up and down corridors.
+void Reconstruction::follow(int x, int row) {
+    for (;;) {
+        if (row == m_reachedRow) m_pending.add({x, x});
+        if (m_allowance <= 0) return putOff(row);
+        m_allowance -= 2;
+        const float value = m_plane.row(row)[x];
+        int nextX = 0;
+        int nextRow = -1;
+        for (const int otherRow : {row - 1, row + 1}) {
+            if (!isBehind(otherRow)) continue;
+            const int last = std::min(x + m_sidewaysReach, m_plane.width - 1);
+            for (int otherX = std::max(x - m_sidewaysReach, 0); otherX <= last; ++otherX) {
+                if (!raisePixel(otherX, otherRow, value)) continue;
+                if (nextRow >= 0) enqueue(nextRow, spread(nextRow, {nextX, nextX}));
+                nextX = otherX;
+                nextRow = otherRow;
+            }
+        }
+        if (nextRow < 0) return;
+        const Segment raised = spread(nextRow, {nextX, nextX});
+        if (raised.first < raised.last) return enqueue(nextRow, raised);
+        row = nextX == x ? runStraight(x, nextRow, nextRow - row) : nextRow;
+        x = nextX;
     }
 }
 
-/// Raises rows between the sweep's first and the one reached until nothing rises any more.
-void Reconstruction::settle(int firstRow, int reachedRow, Segment& pending) {
-    const int top = std::min(firstRow, reachedRow);
-    const int bottom = std::max(firstRow, reachedRow);
+/// Raises rows from the sweep's first to the one reached until nothing rises any more.
+void Reconstruction::settle() {
     while (!m_queue.isEmpty()) {
-        const Task task = m_queue.pop();
-        if (task.row == reachedRow) pending.add(task.columns);
-        if (m_allowance <= 0) {
-            m_isWaiting[task.row] = 1;
-            m_isComplete = false;
+        const auto [row, columns] = m_queue.pop();
+        if (columns.first == columns.last) {
+            follow(columns.first, row);
             continue;
         }
-        for (const int row : {task.row - 1, task.row + 1}) {
-            if (row < top || row > bottom) continue;
-            const Segment raised = raise(row, task.row, task.columns);
-            if (!raised.isEmpty()) enqueue(row, raised);
+        if (row == m_reachedRow) m_pending.add(columns);
+        if (m_allowance <= 0) {
+            putOff(row);
+            continue;
+        }
+        for (const int otherRow : {row - 1, row + 1}) {
+            if (!isBehind(otherRow)) continue;
+            const Segment raised = raise(otherRow, row, columns);
+            m_allowance -= workOf(columns) + workOf(raised);
+            if (!raised.isEmpty()) enqueue(otherRow, raised);
         }
     }
 }
 
-/// Whether nothing is left to raise.
-bool Reconstruction::sweep(int firstRow, int direction) {
+/// From the first row to the opposite one.
+void Reconstruction::sweep() {
+    const int direction = m_firstRow == 0 ? 1 : -1;
     m_isComplete = true;
-    Segment pending;  // what the next row must still take from this one
-    for (int i = 0, row = firstRow; i < m_plane.height; ++i, row += direction) {
+    m_pending = {};
+    for (int i = 0; i < m_plane.height; ++i) {
+        const int row = m_firstRow + i * direction;
+        m_reachedRow = row;
         Segment changed;
-        if (!pending.isEmpty()) changed = raise(row, row - direction, pending);
+        if (!m_pending.isEmpty()) changed = raise(row, row - direction, m_pending);
         if (m_isWaiting[row]) {
-            changed = m_rows.spread(m_bound.row(row), m_plane.row(row), wholeRow(), m_plane.width);
             m_isWaiting[row] = 0;
+            changed = spread(row, wholeRow());
         }
-        pending = changed;
+        m_pending = changed;
         if (i == 0 || changed.isEmpty()) continue;
         if (m_allowance <= 0) {
-            m_isWaiting[row] = 1;
-            m_isComplete = false;
+            putOff(row);
             continue;
         }
         const Segment raised = raise(row - direction, row, changed);
         if (raised.isEmpty()) continue;
         enqueue(row - direction, raised);
-        settle(firstRow, row, pending);
+        settle();
     }
-    return m_isComplete;
 }
 
 /// The first pass leaves the values along a row to the next one: on hills the next row brings them
@@ -160,25 +248,22 @@ bool Reconstruction::sweep(int firstRow, int direction) {
 void Reconstruction::lowerAndPassDown() {
     const int width = m_plane.width;
     m_rows.lower(m_bound.row(0), m_plane.row(0), width);
-    for (int y = 1; y < m_plane.height; ++y) {
-        m_rows.lower(m_bound.row(y), m_plane.row(y), width);
-        m_rows.raise(m_plane.row(y - 1), m_bound.row(y), m_plane.row(y), wholeRow(), width);
-    }
+    for (int y = 1; y < m_plane.height; ++y)
+        m_rows.lowerAndRaise(m_plane.row(y - 1), m_bound.row(y), m_plane.row(y), width);
 }
 
 void Reconstruction::run() {
     lowerAndPassDown();
     std::memset(m_isWaiting, 1, static_cast<std::size_t>(m_plane.height));
-    // In units of about one vector. Each sweep may spend four times as much as the one before.
-    std::int64_t allowance = std::int64_t{m_plane.width} * m_plane.height / 8 + 64;
-    int firstRow = m_plane.height - 1;
-    do {
-        m_allowance = allowance;
-        const bool isDone = sweep(firstRow, firstRow == 0 ? 1 : -1);
-        if (isDone) break;
-        allowance *= 4;
-        firstRow = m_plane.height - 1 - firstRow;
-    } while (true);
+    m_firstRow = m_plane.height - 1;
+    // A sweep may spend on what rises behind it about as much as on itself, each further one four
+    // times as much as the one before.
+    m_allowance = 2 * m_plane.height * workOf(wholeRow());
+    for (std::int64_t allowance = m_allowance;; m_allowance = allowance *= 4) {
+        sweep();
+        if (m_isComplete) return;
+        m_firstRow = m_plane.height - 1 - m_firstRow;
+    }
 }
 
 }  // namespace
@@ -201,8 +286,9 @@ KernelStatus peakStep(const float* bound, int boundStep, float* plane, int plane
     if (status != Success) return status;
     if (mode != kChessboard && mode != kCityBlock) return BadArgument;
 
-    const SlotTable<PeakStepRows>& table = mode == kChessboard ? kPeakStep8 : kPeakStep4;
-    Reconstruction(table.selected(), {bound, boundStep, width, height},
+    const bool isDiagonal = mode == kChessboard;
+    const SlotTable<PeakStepRows>& table = isDiagonal ? kPeakStep8 : kPeakStep4;
+    Reconstruction(table.selected(), isDiagonal ? 1 : 0, {bound, boundStep, width, height},
                    {plane, planeStep, width, height}, scratch)
         .run();
     return Success;

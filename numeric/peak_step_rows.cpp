@@ -33,23 +33,26 @@ HWY_INLINE FloatVector limited(FloatVector neighbour, FloatVector bound) {
     return hn::Add(least, hn::Zero(FloatTag()));
 }
 
+// A pixel of the plane that is NaN counts as lowest.
+HWY_INLINE float lowered(float value, float bound) {
+    const float number = value == value ? value : -std::numeric_limits<float>::infinity();
+    return (number > bound ? bound : number) + 0.0F;
+}
+
+HWY_INLINE FloatVector lowered(FloatVector values, FloatVector bounds) {
+    const FloatTag d;
+    const auto lowest = hn::Set(d, -std::numeric_limits<float>::infinity());
+    const auto numbers = hn::IfThenElse(hn::Eq(values, values), values, lowest);
+    return hn::Add(hn::IfThenElse(hn::Gt(numbers, bounds), bounds, numbers), hn::Zero(d));
+}
+
 void lowerRow(const float* bound, float* row, int width) {
     const FloatTag d;
     const int lanes = static_cast<int>(hn::Lanes(d));
-    constexpr float kLowest = -std::numeric_limits<float>::infinity();
-    const auto lowest = hn::Set(d, kLowest);
     int x = 0;
-    for (; x + lanes <= width; x += lanes) {
-        const auto values = hn::LoadU(d, row + x);
-        const auto bounds = hn::LoadU(d, bound + x);
-        const auto numbers = hn::IfThenElse(hn::Eq(values, values), values, lowest);
-        const auto lowered = hn::IfThenElse(hn::Gt(numbers, bounds), bounds, numbers);
-        hn::StoreU(hn::Add(lowered, hn::Zero(d)), d, row + x);
-    }
-    for (; x < width; ++x) {
-        const float number = row[x] == row[x] ? row[x] : kLowest;
-        row[x] = (number > bound[x] ? bound[x] : number) + 0.0F;
-    }
+    for (; x + lanes <= width; x += lanes)
+        hn::StoreU(lowered(hn::LoadU(d, row + x), hn::LoadU(d, bound + x)), d, row + x);
+    for (; x < width; ++x) row[x] = lowered(row[x], bound[x]);
 }
 
 /// One bit per lane.
@@ -66,14 +69,47 @@ HWY_INLINE Segment columnsOf(int x, unsigned lanes) {
 }
 
 template <Neighbours kNeighbours>
+HWY_INLINE float largestOf(const float* source, int x, int width) {
+    float largest = source[x];
+    if (kNeighbours == Four) return largest;
+    if (x > 0) largest = std::max(largest, source[x - 1]);
+    if (x + 1 < width) largest = std::max(largest, source[x + 1]);
+    return largest;
+}
+
+template <Neighbours kNeighbours>
+HWY_INLINE FloatVector largestOf(const float* source) {
+    const FloatTag d;
+    const auto largest = hn::LoadU(d, source);
+    if (kNeighbours == Four) return largest;
+    return hn::Max(largest, hn::Max(hn::LoadU(d, source - 1), hn::LoadU(d, source + 1)));
+}
+
+template <Neighbours kNeighbours>
+void lowerAndRaiseRow(const float* source, const float* bound, float* row, int width) {
+    const FloatTag d;
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    const auto pixel = [&](int x) {
+        const float value = lowered(row[x], bound[x]);
+        const float raised = limited(largestOf<kNeighbours>(source, x, width), bound[x]);
+        row[x] = raised > value ? raised : value;
+    };
+    pixel(0);
+    int x = 1;
+    for (; x + lanes < width; x += lanes) {
+        const auto bounds = hn::LoadU(d, bound + x);
+        const auto values = lowered(hn::LoadU(d, row + x), bounds);
+        const auto raised = limited(largestOf<kNeighbours>(source + x), bounds);
+        hn::StoreU(hn::IfThenElse(hn::Gt(raised, values), raised, values), d, row + x);
+    }
+    for (; x < width; ++x) pixel(x);
+}
+
+template <Neighbours kNeighbours>
 HWY_INLINE void raisePixel(const float* source, const float* bound, float* row, int x, int width,
                            Segment& raised) {
-    float largest = source[x];
-    if (kNeighbours == Eight) {
-        if (x > 0) largest = std::max(largest, source[x - 1]);
-        if (x + 1 < width) largest = std::max(largest, source[x + 1]);
-    }
-    const float value = limited(largest, bound[x]);
+    if (!(bound[x] > row[x])) return;
+    const float value = limited(largestOf<kNeighbours>(source, x, width), bound[x]);
     if (!(value > row[x])) return;
     row[x] = value;
     raised.add({x, x});
@@ -83,16 +119,11 @@ template <Neighbours kNeighbours>
 HWY_INLINE void raiseVector(const float* source, const float* bound, float* row, int x,
                             Segment& raised) {
     const FloatTag d;
-    auto largest = hn::LoadU(d, source + x);
-    if (kNeighbours == Eight) {
-        const auto beside = hn::Max(hn::LoadU(d, source + x - 1), hn::LoadU(d, source + x + 1));
-        largest = hn::Max(largest, beside);
-    }
     const auto values = hn::LoadU(d, row + x);
-    const auto limitedValues = limited(largest, hn::LoadU(d, bound + x));
-    const auto isGreater = hn::Gt(limitedValues, values);
+    const auto limits = limited(largestOf<kNeighbours>(source + x), hn::LoadU(d, bound + x));
+    const auto isGreater = hn::Gt(limits, values);
     if (hn::AllFalse(d, isGreater)) return;
-    hn::StoreU(hn::IfThenElse(isGreater, limitedValues, values), d, row + x);
+    hn::StoreU(hn::IfThenElse(isGreater, limits, values), d, row + x);
     raised.add(columnsOf(x, toBits(isGreater)));
 }
 
@@ -156,7 +187,9 @@ Segment raiseRow(const float* source, const float* bound, float* row, Segment ch
     int first = std::max(changed.first - reach, 0);
     int last = std::min(changed.last + reach, width - 1);
     Segment raised;
-    if (width < lanes + 2) {
+    // A vector would have to wait for the single pixel that the step before has stored.
+    const bool isCorridor = last - first < 4;
+    if (isCorridor || width < lanes + 2) {
         for (int x = first; x <= last; ++x)
             raisePixel<kNeighbours>(source, bound, row, x, width, raised);
     } else {
@@ -170,8 +203,8 @@ Segment raiseRow(const float* source, const float* bound, float* row, Segment ch
 
 }  // namespace
 
-constexpr PeakStepRows kRows8 = {lowerRow, raiseRow<Eight>, spreadRow};
-constexpr PeakStepRows kRows4 = {lowerRow, raiseRow<Four>, spreadRow};
+constexpr PeakStepRows kRows8 = {lowerRow, lowerAndRaiseRow<Eight>, raiseRow<Eight>, spreadRow};
+constexpr PeakStepRows kRows4 = {lowerRow, lowerAndRaiseRow<Four>, raiseRow<Four>, spreadRow};
 
 }  // namespace HWY_NAMESPACE
 }  // namespace numeric

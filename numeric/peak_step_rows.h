@@ -24,6 +24,8 @@ struct Segment {
 struct PeakStepRows {
     /// Lowers the plane's row to the bound where it exceeds it. Leaves no NaN and no negative zero.
     void (*lower)(const float* bound, float* row, int width);
+    /// The same, and raises the row as far as its neighbour in the next row, source, allows.
+    void (*lowerAndRaise)(const float* source, const float* bound, float* row, int width);
 
     /// Raises the row as far as its neighbour in the next row, source, and the bound allow, where
     /// the columns of source in changed can matter. Returns where the row was raised.

@@ -133,6 +133,60 @@ TEST(PeakStep, TreatsSpecialNumbersAsDocumented) {
     EXPECT_EQ(toText(result), "3 3 1 1 1 \n");
 }
 
+/// Walls and winding ways between them, on which values from many sources meet.
+TEST(PeakStep, FindsEveryWayThroughCaves) {
+    std::mt19937 random(23);
+    for (const auto& [width, height] : {std::pair(80, 70), {19, 300}, {300, 40}, {3, 90}}) {
+        for (const double wallShare : {0.15, 0.4, 0.55}) {
+            SCOPED_TRACE(std::to_string(width) + " wide, walls " + std::to_string(wallShare));
+            std::bernoulli_distribution isWall(wallShare);
+            const auto ground = [&](int, int) {
+                if (isWall(random)) return -9.0F;
+                return random() % 9 == 0 ? -0.0F : static_cast<float>(random() % 40);
+            };
+            FloatPlane bound(width, height), start(width, height);
+            bound.set(ground);
+            start.set([&](int, int) { return random() % 60 == 0 ? random() % 50 : -5.0F; });
+            expectReconstruction(bound, start);
+        }
+    }
+}
+
+/// A way that goes up and down: '#' is wall, 's' the source, '0' a negative zero.
+TEST(PeakStep, FollowsAWayThatTurnsBackTowardsTheSweep) {
+    const std::vector<std::string> drawing = {
+        "####.##", "####.##", "...#.##", ".#.#.##", ".#.#.##",
+        ".#.#.##", ".#0#.##", ".#.#.##", "s#.#.##", "##...##",
+    };
+    FloatPlane bound(7, 10), start(7, 10);
+    bound.set([&](int x, int y) {
+        return drawing[y][x] == '#' ? -9.0F : drawing[y][x] == '0' ? -0.0F : 1.0F;
+    });
+    start.set([&](int x, int y) { return drawing[y][x] == 's' ? 1.0F : -9.0F; });
+    expectReconstruction(bound, start);
+}
+
+/// Rooms with a winding way through each, entered at their lowest row from one shaft on the left:
+/// while the shaft leads on from room to room, more ways are under way than the queue can hold.
+TEST(PeakStep, FindsItsWayWhenTheQueueIsFull) {
+    constexpr int kWidth = 9, kRooms = 40, kRoomRows = 101, kHeight = 2 + kRooms * (kRoomRows + 1);
+    FloatPlane bound(kWidth, kHeight), start(kWidth, kHeight);
+    bound.set([](int x, int y) {
+        if (x == 0 || y == 0) return 1.0F;
+        const int rowFromBottom = (kHeight - 1 - y) % (kRoomRows + 1);
+        if (y == 1 || rowFromBottom == kRoomRows) return 0.0F;
+        if (x == 1) return rowFromBottom == 0 ? 1.0F : 0.0F;
+        const int turn = rowFromBottom % 4 == 1 ? kWidth - 1 : 2;
+        return rowFromBottom % 2 == 0 || x == turn ? 1.0F : 0.0F;
+    });
+    start.fill(0);
+    start.at(kWidth - 1, 0) = 1;
+    forEachSlot([&] {
+        EXPECT_TRUE(samePixels(bound, peakStepOf(bound, start, kChessboard)));
+        EXPECT_TRUE(samePixels(bound, peakStepOf(bound, start, kCityBlock)));
+    });
+}
+
 FloatPlane toPlane(const std::vector<float>& pixels, int width, int height, bool turned) {
     FloatPlane plane(turned ? height : width, turned ? width : height);
     return plane.set([&](int x, int y) {
@@ -155,9 +209,25 @@ TEST(PeakStep, FollowsMazesAndCombsToTheirEnd) {
     }
 }
 
-// Large enough for the queue to run full and the allowance of several sweeps to run out.
+/// A corridor up and down across the plane that turns at any row.
+scenes::Scene raggedSerpentine(int width, int height) {
+    scenes::Scene scene = scenes::noise(width, height, 0);
+    scene.name = "ragged serpentine";
+    std::mt19937 random(3);
+    int y = 0;
+    for (int x = 0; x < width; x += 2) {
+        const int turn = static_cast<int>(random() % (height / 2)) + (x % 4 == 0 ? height / 2 : 0);
+        for (; y != turn; y += y < turn ? 1 : -1) scene.at(x, y) = 255;
+        scene.at(x, y) = 255;
+        if (x + 2 < width) scene.at(x + 1, y) = 255;
+    }
+    return scene;
+}
+
+// Large enough for the allowance of several sweeps to run out.
 TEST(PeakStep, FillsLargeMazesAndCombs) {
-    for (const auto& scene : {scenes::spiral(700, 500), scenes::serpentine(500, 700)}) {
+    for (const auto& scene :
+         {scenes::spiral(700, 500), scenes::serpentine(500, 700), raggedSerpentine(700, 500)}) {
         const auto planes = scenes::floodFromFirstPixel(scene);
         for (const bool turned : {false, true}) {
             SCOPED_TRACE(scene.name + (turned ? ", turned" : ""));
