@@ -134,5 +134,7 @@ void benchmarks::addPeakStep() {
     // The mazes and the comb take the peer seconds.
     add(scenes::floodFromFirstPixel(scenes::spiral(kWidth, kHeight)), Peer::No);
     add(scenes::floodFromFirstPixel(scenes::serpentine(kWidth, kHeight)), Peer::No);
+    add(scenes::floodFromFirstPixel(scenes::transposed(scenes::serpentine(kHeight, kWidth))),
+        Peer::No);
     add(scenes::combInflows(kWidth, kHeight), Peer::No);
 }

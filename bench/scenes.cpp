@@ -116,6 +116,13 @@ Scene serpentine(int width, int height) {
     return scene;
 }
 
+Scene transposed(const Scene& scene) {
+    Scene result = filled("transposed " + scene.name, scene.height, scene.width, 0);
+    for (int y = 0; y < scene.height; ++y)
+        for (int x = 0; x < scene.width; ++x) result.at(y, x) = scene.at(x, y);
+    return result;
+}
+
 Scene comb(int width, int height) {
     Scene scene = filled("comb", width, height, 0);
     const int basinTop = height / 2;

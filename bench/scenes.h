@@ -27,6 +27,8 @@ Scene noise(int width, int height, double objectShare = 0.5);
 Scene spiral(int width, int height);
 /// One corridor, one pixel wide, along every second row, joined alternately right and left.
 Scene serpentine(int width, int height);
+/// The same with its columns as rows.
+Scene transposed(const Scene& scene);
 /// Arches of rising height, one pixel wide, whose right legs all stand in one basin that fills the
 /// lower half. The left legs end just above the basin.
 Scene comb(int width, int height);
