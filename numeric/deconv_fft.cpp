@@ -13,7 +13,8 @@
 namespace numeric {
 namespace {
 
-const SlotTable<DeconvFFTRows> kDeconvFFT(kDeconvFFTBuilds);
+const SlotTable<DeconvFFTRows> kRowTransforms(kDeconvFFTRowBuilds);
+const SlotTable<DeconvFFTColumns> kColumnTransforms(kDeconvFFTColumnBuilds);
 
 constexpr int kLargestOrder = 30;
 constexpr int kMostRows = 2 * kMostLanes;  // of a group
@@ -205,30 +206,31 @@ KernelStatus deconvFFT(const float* src, int srcStep, float* dst, int dstStep, i
     const KernelStatus status = checkFloatSteps(roiWidth, {srcStep, dstStep});
     if (status != Success) return status;
 
-    const DeconvFFTRows& loops = kDeconvFFT.selected();
+    const DeconvFFTRows& rowTransforms = kRowTransforms.selected();
+    const auto filterColumns = kColumnTransforms.selected().filterColumns;
     const FftPlan& plan = *state->transformSpec;
     const HalfSpectrum layout{plan.length};
     float* spectrum = onCacheLine(state->spectrumArray);
     float* work = onCacheLine(state->transformWork);
-    const int groupRows = 2 * loops.lanes;
+    const int groupRows = 2 * rowTransforms.lanes;
 
     const DeconvMargin margin(state->kernel, state->kernelSize, state->threshold, roiWidth,
                               roiHeight);
     PaddedRows padded({src, srcStep, roiWidth, roiHeight}, margin, *state);
     for (int y = 0; y < padded.rowCount(); y += groupRows)
-        loops.forwardRows(plan, padded.group(y, loops.lanes), work, spectrum, y);
+        rowTransforms.forwardRows(plan, padded.group(y, rowTransforms.lanes), work, spectrum, y);
 
     const int resultRows = roiHeight + roiHeight % 2;  // rows come back in pairs
     for (int b = 0; b < layout.blockCount(); ++b)
-        loops.filterColumns(plan, spectrum + b * layout.blockFloats(),
-                            onCacheLine(state->inverseFilter) + b * layout.filterBlockFloats(),
-                            layout.columnsOfBlock(b), padded.rowCount(), resultRows, work);
+        filterColumns(plan, spectrum + b * layout.blockFloats(),
+                      onCacheLine(state->inverseFilter) + b * layout.filterBlockFloats(),
+                      layout.columnsOfBlock(b), padded.rowCount(), resultRows, work);
 
     const PlaneView<float> region{dst, dstStep, roiWidth, roiHeight};
     float* rows[kMostRows];
     for (int y = 0; y < roiHeight; y += groupRows) {
-        setRowsOut(region, y, loops.lanes, onCacheLine(state->paddedArray), rows);
-        loops.inverseRows(plan, spectrum, y, work, {rows, roiWidth, state->threshold});
+        setRowsOut(region, y, rowTransforms.lanes, onCacheLine(state->paddedArray), rows);
+        rowTransforms.inverseRows(plan, spectrum, y, work, {rows, roiWidth, state->threshold});
     }
     return Success;
 }

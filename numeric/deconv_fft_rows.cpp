@@ -1,9 +1,5 @@
 #include "numeric/deconv_fft_rows.h"
 
-#include <algorithm>
-
-#include "hwy/cache_control.h"
-
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "numeric/deconv_fft_rows.cpp"
 #include "hwy/foreach_target.h"
@@ -11,38 +7,39 @@
 #include "numeric/fft-inl.h"
 #include "numeric/transpose-inl.h"
 
-// Rows are transformed with a row pair in each lane, columns with a column in each lane, so that
-// no lane ever meets another one inside a transform, and every vector length gives the same bits.
+// Two rows make one complex transform, and each lane has such a pair: no lane ever meets another
+// one inside a transform, so that every vector length gives the same bits.
 HWY_BEFORE_NAMESPACE();
 namespace numeric {
 namespace HWY_NAMESPACE {
 namespace {
 
-constexpr int kPiece = 4;   // columns that are transposed at a time
 constexpr int kStrip = 16;  // columns of one strip: a cache line of each row
+constexpr int kQuadsPerBlock = HalfSpectrum::kBlockColumns / 4;
 
-/// Rows on their way to the cache while something else is computed, a few lines at a time.
-template <int kWrite, class Float>
+/// Brings the rows of a group into the cache while something else is computed, so many lines at a
+/// step that the last step finishes them.
+template <PrefetchFor kUse, class Float>
 class RowsAhead {
 public:
+    /// rows: null if there are none.
     RowsAhead(Float* const* rows, int columns, int steps)
-        : m_rows(rows), m_end(rows + (rows ? kElementFloats : 0)), m_columns(columns) {
-        const int lines = (columns + kLineFloats - 1) / kLineFloats + 1;
-        m_linesPerStep = (lines * kElementFloats + steps - 1) / steps;
+        : m_rows(rows), m_end(rows ? rows + kElementFloats : rows), m_columns(columns) {
+        // A row that starts within a line reaches into one line more.
+        const int linesPerRow = (columns + kLineFloats - 1) / kLineFloats + 1;
+        m_linesPerStep = (linesPerRow * kElementFloats + steps - 1) / steps;
     }
     HWY_INLINE void step() {
         for (int i = 0; i < m_linesPerStep && m_rows != m_end; ++i) {
-            __builtin_prefetch(*m_rows + m_column, kWrite, 2);
+            prefetch<kUse>(*m_rows + m_column);
             m_column += kLineFloats;
-            if (m_column >= m_columns + kLineFloats) {
-                m_column = 0;
-                ++m_rows;
-            }
+            if (m_column < m_columns + kLineFloats) continue;
+            m_column = 0;
+            ++m_rows;
         }
     }
 
 private:
-    static constexpr int kLineFloats = 16;
     Float* const* m_rows;
     Float* const* m_end;
     int m_columns;
@@ -50,20 +47,17 @@ private:
     int m_linesPerStep;
 };
 
-// --- Rows ---------------------------------------------------------------------------------------
-
 /// kLanes pixels of an extended row, which ends in zeros.
 void copyExtended(const RowsIn& in, int row, int x, float* pixels) {
-    const int region = in.leftColumns - x;  // where the region's pixels begin, seen from x
-    const int begin = std::clamp(region, 0, kLanes);
-    const int end = std::clamp(region + in.columns, 0, kLanes);
     const int sides = in.leftColumns + in.rightColumns;
-    const auto side = [&](int column) {
-        return column < sides ? in.sides[column * kElementFloats + row] : 0.0F;
-    };
-    for (int i = 0; i < begin; ++i) pixels[i] = side(x + i);
-    if (begin < end) std::copy_n(in.rows[row] + begin - region, end - begin, pixels + begin);
-    for (int i = std::max(begin, end); i < kLanes; ++i) pixels[i] = side(x + i - in.columns);
+    for (int i = 0; i < kLanes; ++i) {
+        const int inRegion = x + i - in.leftColumns;
+        const int side = inRegion < 0 ? x + i : x + i - in.columns;
+        if (inRegion >= 0 && inRegion < in.columns)
+            pixels[i] = in.rows[row][inRegion];
+        else
+            pixels[i] = side < sides ? in.sides[side * kElementFloats + row] : 0.0F;
+    }
 }
 
 /// Columns x to x + kLanes - 1 of kLanes extended rows, as elements; part is the first of the rows
@@ -77,9 +71,8 @@ HWY_INLINE void loadTile(const RowsIn& in, int part, int x, float* elements) {
         for (int row = 0; row < kLanes; ++row) tile[row] = hn::Zero(d);
     } else if (inRegion >= 0 && inRegion + kLanes <= in.columns) {
         HWY_UNROLL(16)
-        for (int row = 0; row < kLanes; ++row) {
+        for (int row = 0; row < kLanes; ++row)
             tile[row] = hn::LoadU(d, in.rows[part + row] + inRegion);
-        }
     } else {
         HWY_ALIGN float pixels[kLanes * kLanes];
         for (int row = 0; row < kLanes; ++row)
@@ -132,15 +125,13 @@ HWY_INLINE void storeTile(const RowsOut& out, int part, int x, const float* elem
     transposeSquare(tile);
     if (x + kLanes <= out.columns) {
         HWY_UNROLL(16)
-        for (int row = 0; row < kLanes; ++row) {
-            hn::StoreU(tile[row], d, out.rows[part + row] + x);
-        }
+        for (int row = 0; row < kLanes; ++row) hn::StoreU(tile[row], d, out.rows[part + row] + x);
         return;
     }
     for (int row = 0; row < kLanes; ++row) {
         HWY_ALIGN float pixels[kLanes];
         hn::Store(tile[row], d, pixels);
-        std::copy_n(pixels, out.columns - x, out.rows[part + row] + x);
+        for (int i = 0; x + i < out.columns; ++i) out.rows[part + row][x + i] = pixels[i];
     }
 }
 
@@ -166,11 +157,16 @@ void lastRowPass(const FftPlan& plan, const float* work, const RowsOut& out) {
             for (int q = 0; q < kRadix; ++q)
                 store(exchanged(x[q]), strips + (q * kStrip + i) * kElementFloats);
         }
-        for (int q = 0; q < kRadix; ++q) {
+        for (int q = 0; q < kRadix; ++q)
             storeStrip(out, q * level.reach + j, strips + q * kStrip * kElementFloats);
-        }
     }
 }
+
+// The first passes for radix 2, 4 and 8, indexed by radix / 4.
+constexpr decltype(&firstRowPass<8>) kFirstRowPass[] = {firstRowPass<2>, firstRowPass<4>,
+                                                        firstRowPass<8>};
+constexpr decltype(&lastRowPass<8>) kLastRowPass[] = {lastRowPass<2>, lastRowPass<4>,
+                                                      lastRowPass<8>};
 
 void forwardBelow(const FftPlan& plan, int level, float* block) {
     forwardPass(plan.levels[level], block);
@@ -214,16 +210,6 @@ HWY_INLINE Complex joinNegative(RowPair pair) {
     return {hn::Add(pair.even.re, pair.odd.im), hn::Sub(pair.odd.re, pair.even.im)};
 }
 
-HWY_INLINE void loadGroup(const float* at, Complex (&x)[4]) {
-    HWY_UNROLL(4)
-    for (int s = 0; s < 4; ++s) x[s] = load(at + s * kElementFloats);
-}
-
-HWY_INLINE void storeGroup(const Complex (&x)[4], float* at) {
-    HWY_UNROLL(4)
-    for (int s = 0; s < 4; ++s) store(exchanged(x[s]), at + s * kElementFloats);
-}
-
 /// Where the rows of a group lie in the blocks of the half spectrum.
 struct SpectrumRows {
     std::int64_t blockFloats;
@@ -233,24 +219,20 @@ struct SpectrumRows {
         : blockFloats(HalfSpectrum{plan.length}.blockFloats()),
           first(std::int64_t{HalfSpectrum::kRowFloats} * firstRow) {}
     std::int64_t ofQuad(int quad) const {
-        constexpr int kQuadsPerBlock = HalfSpectrum::kBlockColumns / kPiece;
-        return quad / kQuadsPerBlock * blockFloats + first + quad % kQuadsPerBlock * kPiece;
+        return quad / kQuadsPerBlock * blockFloats + first + quad % kQuadsPerBlock * 4;
     }
-    std::int64_t ofAhead(int quad) const {
-        constexpr int kQuadsPerBlock = HalfSpectrum::kBlockColumns / kPiece;
-        return (quad / kQuadsPerBlock + 1) * blockFloats + first +
-               quad % kQuadsPerBlock * kElementFloats * 16;
+    /// The rows of the next block are fetched while those of this one are at work, a part of them
+    /// with each of the block's quads.
+    HWY_INLINE void prefetchAhead(const float* spectrum, int quad) const {
+        constexpr int kFloats = kElementFloats * HalfSpectrum::kRowFloats / kQuadsPerBlock;
+        const float* at = spectrum + (quad / kQuadsPerBlock + 1) * blockFloats + first +
+                          quad % kQuadsPerBlock * kFloats;
+        for (int i = 0; i < kFloats; i += kLineFloats) prefetch<PrefetchFor::Now>(at + i);
     }
 };
 
-HWY_INLINE void prefetchQuad(const float* at) {
-    constexpr int kLineFloats = 16;
-    const int lines = kElementFloats;
-    for (int i = 0; i < lines; ++i) hwy::Prefetch(at + i * kLineFloats);
-}
-
 /// Four columns of the group's rows to their place in the half spectrum.
-HWY_INLINE void storeQuad(const RowPair (&pairs)[kPiece], float* at) {
+HWY_INLINE void storeQuad(const RowPair (&pairs)[4], float* at) {
     constexpr int kRow = HalfSpectrum::kRowFloats;
     constexpr int kIm = HalfSpectrum::kBlockColumns;
     storeColumns({pairs[0].even.re, pairs[1].even.re, pairs[2].even.re, pairs[3].even.re}, at,
@@ -263,22 +245,22 @@ HWY_INLINE void storeQuad(const RowPair (&pairs)[kPiece], float* at) {
                  at + kRow + kIm, 2 * kRow);
 }
 
-HWY_INLINE void loadQuad(const float* at, RowPair (&pairs)[kPiece]) {
+HWY_INLINE void loadQuad(const float* at, RowPair (&pairs)[4]) {
     constexpr int kRow = HalfSpectrum::kRowFloats;
     constexpr int kIm = HalfSpectrum::kBlockColumns;
-    Vec columns[kPiece];
+    Vec columns[4];
     loadColumns(at, 2 * kRow, columns);
     HWY_UNROLL(4)
-    for (int s = 0; s < kPiece; ++s) pairs[s].even.re = columns[s];
+    for (int s = 0; s < 4; ++s) pairs[s].even.re = columns[s];
     loadColumns(at + kIm, 2 * kRow, columns);
     HWY_UNROLL(4)
-    for (int s = 0; s < kPiece; ++s) pairs[s].even.im = columns[s];
+    for (int s = 0; s < 4; ++s) pairs[s].even.im = columns[s];
     loadColumns(at + kRow, 2 * kRow, columns);
     HWY_UNROLL(4)
-    for (int s = 0; s < kPiece; ++s) pairs[s].odd.re = columns[s];
+    for (int s = 0; s < 4; ++s) pairs[s].odd.re = columns[s];
     loadColumns(at + kRow + kIm, 2 * kRow, columns);
     HWY_UNROLL(4)
-    for (int s = 0; s < kPiece; ++s) pairs[s].odd.im = columns[s];
+    for (int s = 0; s < 4; ++s) pairs[s].odd.im = columns[s];
 }
 
 /// Column N/2 of the group's rows; both rows' values are real.
@@ -310,17 +292,7 @@ RowPair loadMiddle(const float* at) {
 
 void forwardRows(const FftPlan& plan, const RowsIn& in, float* work, float* spectrum,
                  int firstRow) {
-    switch (plan.levels[0].radix) {
-        case 2:
-            firstRowPass<2>(plan, in, work);
-            break;
-        case 4:
-            firstRowPass<4>(plan, in, work);
-            break;
-        default:
-            firstRowPass<8>(plan, in, work);
-            break;
-    }
+    kFirstRowPass[plan.levels[0].radix / 4](plan, in, work);
     forEachSubTransform(plan, work, forwardBelow);
 
     const SpectrumRows rows(plan, firstRow);
@@ -339,7 +311,7 @@ void forwardRows(const FftPlan& plan, const RowsIn& in, float* work, float* spec
     storeQuad(pairs, spectrum + rows.ofQuad(0));
     storeMiddle(x[2], spectrum + rows.ofQuad(plan.quadCount()));
 
-    RowsAhead<0, const float> ahead(in.next, in.columns, plan.quadCount() - 1);
+    RowsAhead<PrefetchFor::Reading, const float> ahead(in.next, in.columns, plan.quadCount() - 1);
     for (int quad = 1; quad < plan.quadCount(); ++quad) {
         ahead.step();
         loadGroup(work + plan.quads[quad].group * kElementFloats, x);
@@ -349,7 +321,7 @@ void forwardRows(const FftPlan& plan, const RowsIn& in, float* work, float* spec
         HWY_UNROLL(4)
         for (int s = 0; s < 4; ++s) pairs[s] = separate(x[s], y[3 - s]);
         storeQuad(pairs, spectrum + rows.ofQuad(quad));
-        prefetchQuad(spectrum + rows.ofAhead(quad));
+        rows.prefetchAhead(spectrum, quad);
     }
 }
 
@@ -374,14 +346,14 @@ void inverseRows(const FftPlan& plan, const float* spectrum, int firstRow, float
     y[3] = exchanged(joinNegative(pairs[2]));
     dft<false>(x);
     dft<false>(y);
-    storeGroup(x, work + plan.quads[0].group * kElementFloats);
-    storeGroup(y, work + plan.quads[0].counterpart * kElementFloats);
+    storeGroupExchanged(x, work + plan.quads[0].group * kElementFloats);
+    storeGroupExchanged(y, work + plan.quads[0].counterpart * kElementFloats);
 
-    RowsAhead<1, float> ahead(out.rows, out.columns, plan.quadCount() - 1);
+    RowsAhead<PrefetchFor::Writing, float> ahead(out.rows, out.columns, plan.quadCount() - 1);
     for (int quad = 1; quad < plan.quadCount(); ++quad) {
         ahead.step();
         loadQuad(spectrum + rows.ofQuad(quad), pairs);
-        prefetchQuad(spectrum + rows.ofAhead(quad));
+        rows.prefetchAhead(spectrum, quad);
         HWY_UNROLL(4)
         for (int s = 0; s < 4; ++s) {
             x[s] = exchanged(join(pairs[s]));
@@ -389,154 +361,17 @@ void inverseRows(const FftPlan& plan, const float* spectrum, int firstRow, float
         }
         dft<false>(x);
         dft<false>(y);
-        storeGroup(x, work + plan.quads[quad].group * kElementFloats);
-        storeGroup(y, work + plan.quads[quad].counterpart * kElementFloats);
+        storeGroupExchanged(x, work + plan.quads[quad].group * kElementFloats);
+        storeGroupExchanged(y, work + plan.quads[quad].counterpart * kElementFloats);
     }
 
     forEachSubTransform(plan, work, inverseBelow);
-    switch (plan.levels[0].radix) {
-        case 2:
-            lastRowPass<2>(plan, work, out);
-            break;
-        case 4:
-            lastRowPass<4>(plan, work, out);
-            break;
-        default:
-            lastRowPass<8>(plan, work, out);
-            break;
-    }
-}
-
-// --- Columns ------------------------------------------------------------------------------------
-
-/// Butterflies from `begin` to `end` of the first pass over the columns, of whose inputs the
-/// first `live` are not zero.
-template <int kRadix, bool kUpperZero>
-HWY_INLINE void firstColumnButterflies(const FftLevel& level, const float* block, int begin,
-                                       int end, int live, float* work) {
-    constexpr int kRow = HalfSpectrum::kRowFloats;
-    constexpr int kInputs = kUpperZero ? kRadix / 2 : kRadix;
-    for (int j = begin; j < end; ++j) {
-        Complex x[kRadix];
-        HWY_UNROLL(8)
-        for (int q = 0; q < kInputs; ++q) {
-            const float* at = block + static_cast<std::int64_t>(q * level.reach + j) * kRow;
-            x[q] = q < live ? loadParts(at, at + HalfSpectrum::kBlockColumns) : zero();
-        }
-        dft<kUpperZero>(x);
-        storeTurned(x, level, j, work);
-    }
-}
-
-template <int kRadix>
-void firstColumnPass(const FftPlan& plan, const float* block, int rowsIn, float* work) {
-    const FftLevel& level = plan.levels[0];
-    const int whole = rowsIn / level.reach;  // inputs that are live for every butterfly
-    const int more = rowsIn % level.reach;   // butterflies that have one more
-    const int ranges[2][3] = {{0, more, whole + 1}, {more, level.reach, whole}};
-    for (const auto& range : ranges) {
-        if (range[2] <= kRadix / 2)
-            firstColumnButterflies<kRadix, true>(level, block, range[0], range[1], range[2], work);
-        else
-            firstColumnButterflies<kRadix, false>(level, block, range[0], range[1], range[2], work);
-    }
-}
-
-template <int kRadix, int kResults>
-HWY_INLINE void lastColumnButterflies(const FftLevel& level, const float* work, int begin, int end,
-                                      int live, float* block) {
-    constexpr int kRow = HalfSpectrum::kRowFloats;
-    for (int j = begin; j < end; ++j) {
-        Complex x[kRadix];
-        loadTurned(work, level, j, x);
-        dft<false>(x);
-        HWY_UNROLL(8)
-        for (int q = 0; q < kResults; ++q) {
-            float* at = block + static_cast<std::int64_t>(q * level.reach + j) * kRow;
-            if (q < live) storeParts(exchanged(x[q]), at, at + HalfSpectrum::kBlockColumns);
-        }
-    }
-}
-
-template <int kRadix>
-void lastColumnPass(const FftPlan& plan, const float* work, int rowsOut, float* block) {
-    const FftLevel& level = plan.levels[0];
-    const int whole = rowsOut / level.reach;
-    const int more = rowsOut % level.reach;
-    const int ranges[2][3] = {{0, more, whole + 1}, {more, level.reach, whole}};
-    for (const auto& range : ranges) {
-        if (range[2] <= kRadix / 2)
-            lastColumnButterflies<kRadix, kRadix / 2>(level, work, range[0], range[1], range[2],
-                                                      block);
-        else
-            lastColumnButterflies<kRadix, kRadix>(level, work, range[0], range[1], range[2], block);
-    }
-}
-
-/// The last forward and the first inverse pass over a group, with the filter in between.
-HWY_INLINE void filterGroup(float* group, const float* filter) {
-    Complex x[4];
-    loadGroup(group, x);
-    dft<false>(x);
-    HWY_UNROLL(4)
-    for (int s = 0; s < 4; ++s) {
-        const float* factor = filter + s * HalfSpectrum::kRowFloats;
-        hwy::Prefetch(factor + 2048);
-        hwy::Prefetch(factor + 2048 + 16);
-        x[s] = exchanged(mul(x[s], loadParts(factor, factor + HalfSpectrum::kBlockColumns)));
-    }
-    dft<false>(x);
-    storeGroup(x, group);
-}
-
-/// filter: of the block's first element.
-void filterBelow(const FftPlan& plan, int level, float* block, const float* filter) {
-    const FftLevel& here = plan.levels[level];
-    forwardPass(here, block);
-    const int stride = here.stride * kElementFloats;
-    const int filterStride = here.reach * HalfSpectrum::kRowFloats;
-    for (int q = 0; q < 8; ++q) {
-        if (level + 1 == plan.levelCount)
-            filterGroup(block + q * stride, filter + q * filterStride);
-        else
-            filterBelow(plan, level + 1, block + q * stride, filter + q * filterStride);
-    }
-    inversePass(here, block);
-}
-
-template <int kRadix>
-void filterLanes(const FftPlan& plan, float* block, const float* filter, int rowsIn, int rowsOut,
-                 float* work) {
-    firstColumnPass<kRadix>(plan, block, rowsIn, work);
-    const FftLevel& first = plan.levels[0];
-    for (int q = 0; q < kRadix; ++q)
-        filterBelow(plan, 1, work + q * first.stride * kElementFloats,
-                    filter + static_cast<std::int64_t>(q) * first.reach * HalfSpectrum::kRowFloats);
-    lastColumnPass<kRadix>(plan, work, rowsOut, block);
-}
-
-void filterColumns(const FftPlan& plan, float* block, const float* filter, int columns, int rowsIn,
-                   int rowsOut, float* work) {
-    for (int column = 0; column < columns; column += kLanes) {
-        float* at = block + column;
-        const float* factors = filter + column;
-        switch (plan.levels[0].radix) {
-            case 2:
-                filterLanes<2>(plan, at, factors, rowsIn, rowsOut, work);
-                break;
-            case 4:
-                filterLanes<4>(plan, at, factors, rowsIn, rowsOut, work);
-                break;
-            default:
-                filterLanes<8>(plan, at, factors, rowsIn, rowsOut, work);
-                break;
-        }
-    }
+    kLastRowPass[plan.levels[0].radix / 4](plan, work, out);
 }
 
 }  // namespace
 
-const DeconvFFTRows kRows = {kLanes, forwardRows, filterColumns, inverseRows};
+constexpr DeconvFFTRows kRows = {kLanes, forwardRows, inverseRows};
 
 }  // namespace HWY_NAMESPACE
 }  // namespace numeric
@@ -544,6 +379,6 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace numeric {
-const RowBuilds<DeconvFFTRows> kDeconvFFTBuilds = NUMERIC_ROW_BUILDS(kRows);
+const RowBuilds<DeconvFFTRows> kDeconvFFTRowBuilds = NUMERIC_ROW_BUILDS(kRows);
 }  // namespace numeric
 #endif

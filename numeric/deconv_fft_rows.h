@@ -26,20 +26,27 @@ struct RowsOut {
     float threshold;  ///< values of this magnitude or less become 0
 };
 
-/// Inner loops of the FFT deconvolution. work: FftPlan::storedLength elements of 2 x lanes floats.
+// In both, work holds FftPlan::storedLength elements of 2 x lanes floats.
+
+/// Transforms of the rows, to and from the half spectrum.
 struct DeconvFFTRows {
-    int lanes;  ///< transforms that run side by side; a group of rows has twice as many
+    int lanes;  ///< row pairs that are transformed side by side: half a group of rows
     void (*forwardRows)(const FftPlan& plan, const RowsIn& in, float* work, float* spectrum,
                         int firstRow);
-    /// One block of columns: forward, times the filter, back. The rows from rowsIn on are taken
-    /// as zero, those from rowsOut on are not written.
-    void (*filterColumns)(const FftPlan& plan, float* block, const float* filter, int columns,
-                          int rowsIn, int rowsOut, float* work);
     void (*inverseRows)(const FftPlan& plan, const float* spectrum, int firstRow, float* work,
                         const RowsOut& out);
 };
 
-extern const RowBuilds<DeconvFFTRows> kDeconvFFTBuilds;
+/// Transforms of the columns of one block of the half spectrum.
+struct DeconvFFTColumns {
+    /// Forward, times the filter, and back. The rows from rowsIn on are taken as zero, those from
+    /// rowsOut on are not written.
+    void (*filterColumns)(const FftPlan& plan, float* block, const float* filter, int columns,
+                          int rowsIn, int rowsOut, float* work);
+};
+
+extern const RowBuilds<DeconvFFTRows> kDeconvFFTRowBuilds;
+extern const RowBuilds<DeconvFFTColumns> kDeconvFFTColumnBuilds;
 
 /// The most lanes of any build.
 inline constexpr int kMostLanes = 16;

@@ -22,6 +22,16 @@ using Lanes = HWY_CAPPED(float, 16);
 using Vec = hn::Vec<Lanes>;
 constexpr int kLanes = static_cast<int>(hn::MaxLanes(Lanes()));
 
+constexpr int kLineFloats = 16;  // of a cache line
+
+/// What a cache line is wanted for: soon, or later and until then not in the innermost cache.
+enum class PrefetchFor { Now, Reading, Writing };
+
+template <PrefetchFor kUse>
+HWY_INLINE void prefetch(const float* at) {
+    __builtin_prefetch(at, kUse == PrefetchFor::Writing, kUse == PrefetchFor::Now ? 3 : 2);
+}
+
 /// One element of all transforms: the real parts, then the imaginary parts.
 struct Complex {
     Vec re;
@@ -157,6 +167,17 @@ HWY_INLINE void loadTurned(const float* block, const FftLevel& level, int j, Com
     HWY_UNROLL(8)
     for (int p = 1; p < kRadix; ++p)
         x[p] = turn(exchanged(load(at + p * stride)), twiddle + 2 * (p - 1));
+}
+
+// A group of 4 elements, to which the last pass is a dft.
+HWY_INLINE void loadGroup(const float* at, Complex (&x)[4]) {
+    HWY_UNROLL(4)
+    for (int s = 0; s < 4; ++s) x[s] = load(at + s * kElementFloats);
+}
+
+HWY_INLINE void storeGroupExchanged(const Complex (&x)[4], float* at) {
+    HWY_UNROLL(4)
+    for (int s = 0; s < 4; ++s) store(exchanged(x[s]), at + s * kElementFloats);
 }
 
 /// A radix-8 pass over one transform of the level, in place.

@@ -58,10 +58,35 @@ int variantLevel();
 struct DeconvFFTState;
 struct DeconvLRState;
 
+/// What deconvFFT needs for one kernel and one transform size N = 2 to the power of fftOrder. *out
+/// receives a state that the caller owns until deconvFFTFree; it is left alone on failure.
+/// kernel: the point-spread function, kernelSize x kernelSize weights, row-major; it is copied.
+/// threshold: of the filter and of deconvFFT; may be NaN.
+/// The kernel is placed with its first element at the origin; weights whose magnitude is not
+/// greater than the threshold are dropped. Of its spectrum H the real and the imaginary part are
+/// each set to 0 where their magnitude is below the threshold. The filter is 1 / H where one of
+/// the two is greater than the threshold in magnitude, and 1 elsewhere.
+/// Errors, in this order: a null pointer; kernelSize below 1 or above N (BadSize); a threshold
+/// below 0 (BadArgument); an order below 0 or above 30 (BadOrder); no memory, which includes every
+/// order above 13, whose arrays would exceed the int range (NoMemory).
 KernelStatus deconvFFTInit(DeconvFFTState** out, const float* kernel, int kernelSize, int fftOrder,
                            float threshold);
+
+/// Deconvolution of a region of floats in the frequency domain. The region is placed at row and
+/// column o = kernelSize - 1 - (kernelSize - 1) / 2 of N x N zeros, with a margin of kernelSize - 1
+/// rows and columns in all that damps what the circular convolution makes of the region's borders
+/// (weighted copies of the nearest pixels). Its spectrum is multiplied by the state's filter, and
+/// dst receives the real part of the result from the origin on, where its magnitude is greater
+/// than the threshold, else 0. One NaN or infinity in the region makes all of dst 0.
+/// dst may be src itself, but must not overlap it otherwise.
+/// Steps are in bytes. A state serves one call at a time; nothing is allocated.
+/// Errors, in this order: a null pointer; width or height below 1, or above N - kernelSize + 1
+/// (BadSize); a step smaller than the row; a step that is not a multiple of 4.
+/// Inverse filtering: Gonzalez & Woods, Digital Image Processing. Transforms: Cooley & Tukey 1965.
 KernelStatus deconvFFT(const float* src, int srcStep, float* dst, int dstStep, int roiWidth,
                        int roiHeight, DeconvFFTState* state);
+
+/// Frees a state. Error: a null pointer.
 KernelStatus deconvFFTFree(DeconvFFTState* state);
 
 /// What deconvLR needs for one kernel and for regions up to a size. *out receives a state that the

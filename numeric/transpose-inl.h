@@ -15,51 +15,44 @@ namespace numeric {
 namespace HWY_NAMESPACE {
 namespace {
 
-/// Rows at a fixed distance in floats from each other.
-template <class Float>
-struct SpacedRows {
-    Float* first;
-    int spacing;
-    HWY_INLINE Float* operator[](int row) const { return first + row * spacing; }
-};
+// columns[i] is column i of as many rows as there are lanes; the rows lie `spacing` floats apart.
 
 #if HWY_TARGET == HWY_SCALAR
 
-template <class Rows>
-HWY_INLINE void loadFour(Rows rows, Vec (&columns)[4]) {
-    HWY_UNROLL(4)
-    for (int i = 0; i < 4; ++i) columns[i] = hn::LoadU(Lanes(), rows[0] + i);
+HWY_INLINE void loadColumns(const float* first, int /*spacing*/, Vec (&columns)[4]) {
+    for (int i = 0; i < 4; ++i) columns[i] = hn::LoadU(Lanes(), first + i);
 }
 
-template <class Rows>
-HWY_INLINE void storeFour(const Vec (&columns)[4], Rows rows) {
-    HWY_UNROLL(4)
-    for (int i = 0; i < 4; ++i) hn::StoreU(columns[i], Lanes(), rows[0] + i);
+HWY_INLINE void storeColumns(const Vec (&columns)[4], float* first, int /*spacing*/) {
+    for (int i = 0; i < 4; ++i) hn::StoreU(columns[i], Lanes(), first + i);
 }
+
+/// Transposes a square of floats with as many rows as a vector has lanes.
+HWY_INLINE void transposeSquare(Vec (&)[kLanes]) {}
 
 #else
 
-/// 4 floats of the rows first, first + 4, ..., one row to a 128-bit block.
-template <class D, class Rows>
-HWY_INLINE hn::Vec<D> loadBlocks(D d, Rows rows, int first) {
+/// 4 floats of every fourth row, one row to a 128-bit block.
+template <class D>
+HWY_INLINE hn::Vec<D> loadBlocks(D d, const float* first, int spacing) {
     if constexpr (hn::MaxLanes(D()) <= 4) {
-        return hn::LoadU(d, rows[first]);
+        return hn::LoadU(d, first);
     } else {
         const hn::Half<D> half;
-        const int next = first + static_cast<int>(hn::Lanes(half));
-        return hn::Combine(d, loadBlocks(half, rows, next), loadBlocks(half, rows, first));
+        const float* upper = first + static_cast<int>(hn::Lanes(half)) * spacing;
+        return hn::Combine(d, loadBlocks(half, upper, spacing), loadBlocks(half, first, spacing));
     }
 }
 
-template <class D, class Rows>
-HWY_INLINE void storeBlocks(D d, hn::Vec<D> v, Rows rows, int first) {
+template <class D>
+HWY_INLINE void storeBlocks(D d, hn::Vec<D> v, float* first, int spacing) {
     if constexpr (hn::MaxLanes(D()) <= 4) {
-        hn::StoreU(v, d, rows[first]);
+        hn::StoreU(v, d, first);
     } else {
         const hn::Half<D> half;
-        const int next = first + static_cast<int>(hn::Lanes(half));
-        storeBlocks(half, hn::LowerHalf(half, v), rows, first);
-        storeBlocks(half, hn::UpperHalf(half, v), rows, next);
+        storeBlocks(half, hn::LowerHalf(half, v), first, spacing);
+        storeBlocks(half, hn::UpperHalf(half, v),
+                    first + static_cast<int>(hn::Lanes(half)) * spacing, spacing);
     }
 }
 
@@ -77,26 +70,21 @@ HWY_INLINE void transposeBlocks(Vec& v0, Vec& v1, Vec& v2, Vec& v3) {
     v3 = hn::BitCast(d, hn::InterleaveUpper(pairs, high01, high23));
 }
 
-template <class Rows>
-HWY_INLINE void loadFour(Rows rows, Vec (&columns)[4]) {
+HWY_INLINE void loadColumns(const float* first, int spacing, Vec (&columns)[4]) {
     HWY_UNROLL(4)
-    for (int i = 0; i < 4; ++i) columns[i] = loadBlocks(Lanes(), rows, i);
+    for (int i = 0; i < 4; ++i) columns[i] = loadBlocks(Lanes(), first + i * spacing, spacing);
     transposeBlocks(columns[0], columns[1], columns[2], columns[3]);
 }
 
-template <class Rows>
-HWY_INLINE void storeFour(const Vec (&columns)[4], Rows rows) {
-    Vec blocks[4] = {columns[0], columns[1], columns[2], columns[3]};
-    transposeBlocks(blocks[0], blocks[1], blocks[2], blocks[3]);
+HWY_INLINE void storeColumns(const Vec (&columns)[4], float* first, int spacing) {
+    Vec rows[4] = {columns[0], columns[1], columns[2], columns[3]};
+    transposeBlocks(rows[0], rows[1], rows[2], rows[3]);
     HWY_UNROLL(4)
-    for (int i = 0; i < 4; ++i) storeBlocks(Lanes(), blocks[i], rows, i);
+    for (int i = 0; i < 4; ++i) storeBlocks(Lanes(), rows[i], first + i * spacing, spacing);
 }
-
-#endif
 
 /// Transposes a square of floats with as many rows as a vector has lanes.
 HWY_INLINE void transposeSquare(Vec (&v)[kLanes]) {
-#if HWY_TARGET != HWY_SCALAR
     const Lanes d;
     // The rows of one position within their block of four exchange whole blocks ...
     HWY_UNROLL(4)
@@ -119,20 +107,9 @@ HWY_INLINE void transposeSquare(Vec (&v)[kLanes]) {
     // ... then each block is transposed.
     HWY_UNROLL(4)
     for (int i = 0; i < kLanes; i += 4) transposeBlocks(v[i], v[i + 1], v[i + 2], v[i + 3]);
-#else
-    (void)v;
+}
+
 #endif
-}
-
-/// columns[i] receives column i of as many rows as there are lanes, `spacing` floats apart.
-HWY_INLINE void loadColumns(const float* first, int spacing, Vec (&columns)[4]) {
-    loadFour(SpacedRows<const float>{first, spacing}, columns);
-}
-
-/// The reverse of loadColumns.
-HWY_INLINE void storeColumns(const Vec (&columns)[4], float* first, int spacing) {
-    storeFour(columns, SpacedRows<float>{first, spacing});
-}
 
 }  // namespace
 }  // namespace HWY_NAMESPACE
