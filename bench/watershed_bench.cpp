@@ -1,10 +1,10 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
 #include <memory>
 #include <opencv2/imgproc.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,138 +16,136 @@ namespace {
 
 using scenes::Scene;
 
-constexpr int kBySteps = 1, kByDistance = 2, kBorders4 = 64, kBorders8 = 128;
-constexpr int kChessboard = 0, kCityBlock = 1, kFastMarching = 3;
-
-struct Task {
-    int width, height;
-    std::vector<unsigned char> relief, marker;
+/// What a watershed is given: its relief, and the marker with labelled seeds.
+struct Case {
+    int width;
+    int height;
+    std::vector<unsigned char> relief;
+    std::vector<unsigned char> marker;
 };
 
-/// The separator's own case: a two-level relief, a label per seed, the background a seed of its
-/// own.
-Task twoLevel(const Scene& scene) {
-    Task task{scene.width, scene.height, scene.pixels, scenes::seeds(scene).pixels};
-    int size = 0, count = 0;
-    numeric::labelSeedsScratchSize(task.width, task.height, &size);
-    std::vector<unsigned char> scratch(size);
-    numeric::labelSeeds(task.marker.data(), task.width, task.width, task.height, 2, 254, 1, &count,
-                        scratch.data());
-    for (std::size_t i = 0; i < task.relief.size(); ++i) {
-        task.relief[i] = static_cast<unsigned char>(255 - task.relief[i]);
-        if (task.relief[i] == 255) task.marker[i] = 1;
+std::vector<unsigned char> labelled(Scene seeds) {
+    int scratchSize = 0;
+    int count = 0;
+    numeric::labelSeedsScratchSize(seeds.width, seeds.height, &scratchSize);
+    std::vector<unsigned char> scratch(scratchSize);
+    numeric::labelSeeds(seeds.pixels.data(), seeds.width, seeds.width, seeds.height, 2, 254, 1,
+                        &count, scratch.data());
+    return seeds.pixels;
+}
+
+/// The object separator's case: objects at level 0 with a seed each, the background at level 255
+/// one seed of label 1. Corridors have no seeds of their own; theirs are the first and last pixel.
+Case twoLevels(const Scene& scene) {
+    Case result{scene.width, scene.height, scene.pixels, {}};
+    for (unsigned char& pixel : result.relief) pixel = static_cast<unsigned char>(255 - pixel);
+    const Scene seeds = scenes::seeds(scene);
+    result.marker = labelled(seeds);
+    if (std::count(seeds.pixels.begin(), seeds.pixels.end(), 0) ==
+        static_cast<std::ptrdiff_t>(seeds.pixels.size())) {
+        const auto isObject = [](unsigned char level) { return level == 0; };
+        const auto first = std::find_if(result.relief.begin(), result.relief.end(), isObject);
+        const auto last = std::find_if(result.relief.rbegin(), result.relief.rend(), isObject);
+        result.marker[first - result.relief.begin()] = 2;
+        result.marker[result.relief.rend() - last - 1] = 3;
     }
-    return task;
+    for (std::size_t i = 0; i < result.marker.size(); ++i)
+        if (result.relief[i] == 255) result.marker[i] = 1;
+    return result;
 }
 
-/// A relief of 256 levels: rolling ground with fine texture, a seed every 40 pixels.
-Task rolling(int width, int height) {
-    Task task{width, height, {}, std::vector<unsigned char>(std::size_t(width) * height)};
-    unsigned state = 1;
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            state = state * 1664525u + 1013904223u;
-            const double ground =
-                110 + 55 * std::sin(x * 0.045) + 55 * std::cos(y * 0.06 + x * 0.01);
-            task.relief.push_back(static_cast<unsigned char>(ground + (state >> 24) * 24 / 255));
-        }
-    for (int y = 20, label = 0; y < height; y += 40)
-        for (int x = 20; x < width; x += 40, ++label)
-            task.marker[std::size_t(y) * width + x] = static_cast<unsigned char>(1 + label % 254);
-    return task;
+/// 256 levels: the slope of blurred discs, as a gradient image has it, with a little noise. The
+/// seeds are those of the discs and of the gaps between them.
+Case manyLevels(const Scene& scene) {
+    Case result{scene.width, scene.height, scene.pixels, {}};
+    cv::Mat relief(scene.height, scene.width, CV_8U, result.relief.data());
+    cv::RNG random(5);
+    cv::Mat grains(relief.size(), CV_8U);
+    random.fill(grains, cv::RNG::UNIFORM, 0, 256);
+    cv::Mat grey;
+    cv::addWeighted(relief, 0.85, grains, 0.15, 0, grey);
+    cv::GaussianBlur(grey, grey, {15, 15}, 0);
+    cv::morphologyEx(grey, relief, cv::MORPH_GRADIENT, cv::Mat::ones(3, 3, CV_8U));
+    cv::normalize(relief, relief, 0, 255, cv::NORM_MINMAX);
+    result.marker = labelled(scenes::seeds(scene));
+    return result;
 }
 
-/// A one-pixel corridor flooded from its first pixel.
-Task corridor(const Scene& scene) {
-    Task task{scene.width, scene.height, scene.pixels,
-              std::vector<unsigned char>(scene.pixels.size())};
-    for (auto& pixel : task.relief) pixel = static_cast<unsigned char>(255 - pixel);
-    const auto first = std::find(task.relief.begin(), task.relief.end(), 0) - task.relief.begin();
-    task.marker[first] = 2;
-    for (std::size_t i = 0; i < task.relief.size(); ++i)
-        if (task.relief[i] == 255) task.marker[i] = 1;
-    return task;
-}
-
-void runNumeric(benchmark::State& state, const Task& task, int norm, int flags) {
-    std::vector<unsigned char> marker(task.marker.size());
-    int size = 0;
-    numeric::watershedScratchSize(task.width, task.height, &size);
-    std::vector<unsigned char> scratch(size);
+void runNumeric(benchmark::State& state, const Case& c, int norm, int flags) {
+    std::vector<unsigned char> marker(c.marker.size());
+    int scratchSize = 0;
+    numeric::watershedScratchSize(c.width, c.height, &scratchSize);
+    std::vector<unsigned char> scratch(scratchSize);
     for (auto _ : state) {
-        std::copy(task.marker.begin(), task.marker.end(), marker.begin());
-        if (numeric::watershed(task.relief.data(), task.width, marker.data(), task.width,
-                               task.width, task.height, norm, flags,
-                               scratch.data()) != numeric::Success)
-            state.SkipWithError("the watershed failed");
+        std::copy(c.marker.begin(), c.marker.end(), marker.begin());
+        const auto status = numeric::watershed(c.relief.data(), c.width, marker.data(), c.width,
+                                               c.width, c.height, norm, flags, scratch.data());
+        if (status != numeric::Success) state.SkipWithError("the watershed failed");
         benchmark::ClobberMemory();
     }
 }
 
-void runOpenCV(benchmark::State& state, const Task& task) {
-    const cv::Mat relief(task.height, task.width, CV_8U,
-                         const_cast<unsigned char*>(task.relief.data()));
-    cv::Mat picture, labels;
+void runOpenCV(benchmark::State& state, const Case& c) {
+    const cv::Mat relief(c.height, c.width, CV_8U, const_cast<unsigned char*>(c.relief.data()));
+    const cv::Mat seeds(c.height, c.width, CV_8U, const_cast<unsigned char*>(c.marker.data()));
+    cv::Mat picture, marker;
     cv::cvtColor(relief, picture, cv::COLOR_GRAY2BGR);
-    cv::Mat(task.height, task.width, CV_8U, const_cast<unsigned char*>(task.marker.data()))
-        .convertTo(labels, CV_32S);
-    cv::Mat marker(task.height, task.width, CV_32S);
     for (auto _ : state) {
-        labels.copyTo(marker);
+        seeds.convertTo(marker, CV_32S);
         cv::watershed(picture, marker);
         benchmark::ClobberMemory();
     }
 }
 
-struct Order {
-    const char* name;
-    int norm, flags;
-};
-const Order kOrders[] = {
-    {"chessboard steps", kChessboard, kBySteps},
-    {"city block steps, lines", kCityBlock, kBySteps | kBorders4},
-    {"as the filter", kFastMarching, kByDistance | kBorders8},
+/// Makes its case when it is first measured: the kernels do not work yet while benchmarks register.
+class LazyCase {
+public:
+    explicit LazyCase(std::function<Case()> make) : m_make(std::move(make)) {}
+    const Case& get() {
+        if (!m_case) m_case = m_make();
+        return *m_case;
+    }
+
+private:
+    std::function<Case()> m_make;
+    std::optional<Case> m_case;
 };
 
-/// The task is made when a benchmark first asks for it: not before the kernels are ready to run.
-using TaskMaker = std::function<Task()>;
-
-void add(const std::string& scene, int width, int height, const TaskMaker& make,
-         std::initializer_list<Order> orders) {
-    const auto task = [make, made = std::make_shared<std::unique_ptr<Task>>()]() -> const Task& {
-        if (!*made) *made = std::make_unique<Task>(make());
-        return **made;
-    };
-    for (const Order& order : orders) {
-        const std::string name = std::string("watershed ") + order.name + "/" + scene + "/" +
+void add(const std::string& scene, int width, int height, std::function<Case()> make) {
+    const auto lazy = std::make_shared<LazyCase>(std::move(make));
+    constexpr int kSettings[][2] = {{3, 130}, {0, 129}, {1, 65}};
+    for (const auto& [norm, flags] : kSettings) {
+        const std::string name = "watershed" + std::to_string(norm) + "/" + scene + "/" +
                                  std::to_string(width) + "x" + std::to_string(height) + "/";
-        benchmark::RegisterBenchmark((name + "numeric").c_str(), [=](benchmark::State& state) {
-            runNumeric(state, task(), order.norm, order.flags);
-        })->Unit(benchmark::kMillisecond);
-        benchmark::RegisterBenchmark((name + "OpenCV").c_str(), [=](benchmark::State& state) {
-            runOpenCV(state, task());
-        })->Unit(benchmark::kMillisecond);
+        const auto addOne = [&](const char* library, auto run) {
+            benchmark::RegisterBenchmark((name + library).c_str(), [=](benchmark::State& state) {
+                run(state, lazy->get());
+            })->Unit(benchmark::kMillisecond);
+        };
+        addOne("numeric", [n = norm, f = flags](benchmark::State& state, const Case& c) {
+            runNumeric(state, c, n, f);
+        });
+        addOne("OpenCV", runOpenCV);
     }
 }
 
+using MakeScene = Scene (*)(int width, int height);
+
+void addTwoLevels(const std::string& name, int width, int height, MakeScene make) {
+    add(name, width, height, [=] { return twoLevels(make(width, height)); });
+}
+
 const bool kAdded = [] {
-    for (auto [w, h] : {std::pair{1920, 1080}, {512, 512}, {3840, 2160}}) {
-        const int width = w, height = h;
-        add("dense discs", width, height,
-            [=] { return twoLevel(scenes::denseDiscs(width, height)); },
-            {kOrders[0], kOrders[1], kOrders[2]});
-        add("sparse discs", width, height,
-            [=] { return twoLevel(scenes::sparseDiscs(width, height)); }, {kOrders[0], kOrders[2]});
-        add("256 levels", width, height, [=] { return rolling(width, height); },
-            {kOrders[0], kOrders[1], kOrders[2]});
+    constexpr int kSizes[][2] = {{1920, 1080}, {512, 512}, {3840, 2160}};
+    for (const auto& [width, height] : kSizes) {
+        addTwoLevels("dense discs", width, height, scenes::denseDiscs);
+        addTwoLevels("sparse discs", width, height, scenes::sparseDiscs);
+        add("256 levels", width, height,
+            [w = width, h = height] { return manyLevels(scenes::denseDiscs(w, h)); });
     }
-    const int width = 1920, height = 1080;
-    add("spiral", width, height, [=] { return corridor(scenes::spiral(width, height)); },
-        {kOrders[0], kOrders[2]});
-    add("serpentine", width, height, [=] { return corridor(scenes::serpentine(width, height)); },
-        {kOrders[0], kOrders[2]});
-    add("comb", width, height, [=] { return corridor(scenes::comb(width, height)); },
-        {kOrders[0], kOrders[2]});
+    addTwoLevels("spiral", 1920, 1080, scenes::spiral);
+    addTwoLevels("serpentine", 1920, 1080, scenes::serpentine);
+    addTwoLevels("comb", 1920, 1080, scenes::comb);
     return true;
 }();
 

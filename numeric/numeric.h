@@ -170,7 +170,37 @@ KernelStatus labelSeedsScratchSize(int width, int height, int* size);
 KernelStatus labelSeeds(unsigned char* marker, int step, int width, int height, int smallestLabel,
                         int largestLabel, int connectivity, int* count, unsigned char* scratch);
 
+/// *size receives the bytes of scratch that watershed needs: the larger of
+/// (2h + 2) W + 4 W h + h + 66 (W: width raised to a multiple of 32) and
+/// 12 w h + 36 + (w + 2)(h + 2).
+/// Errors, in this order: size is null; width or height below 1, or so large that the result would
+/// overflow an int.
 KernelStatus watershedScratchSize(int width, int height, int* size);
+
+/// Marker-driven watershed: a priority flood that grows the labels of marker over relief until
+/// every pixel carries one (all stay 0 when there is no seed at all).
+///
+/// relief, marker: 8-bit, width x height, steps in bytes; they must not overlap. marker holds the
+/// seeds, labels 1 to 255, and 0 elsewhere; the result replaces it. scratch: watershedScratchSize()
+/// bytes at any address, contents irrelevant. Nothing is allocated.
+///
+/// The flood rises through the levels of the relief. A seed takes part from its own level on, not
+/// before. At each level it covers the pixels that are not higher and can be reached, in the order
+/// of their way from what was covered before, each taking the label of the neighbour it is reached
+/// from; of equal ways the smaller label wins, so that nothing depends on the order of scanning.
+///
+/// norm and flags say how long a way is: with flag 1 the number of steps, with flag 2 (exactly one
+/// of the two is given) the distance in the norm. 0 is the chessboard (8 neighbours), 1 the city
+/// block (4 neighbours), where both are the same; 2 and 3 are Euclidean, measured by fast marching
+/// (arrival.h), and step to 8 neighbours.
+/// Flag 64 or 128, at most one, draws borders over 4 or 8 neighbours: a pixel becomes 255 when such
+/// a neighbour carries a greater label, which keeps the lines off objects that meet a background of
+/// the smallest label.
+///
+/// Errors, in this order: a null pointer; width or height below 1 or too large; a step smaller than
+/// the row; an unknown norm, or flags other than those named.
+///
+/// Meyer 1991 for the flood, with the order of seeds as above; Sethian 1996 for the distances.
 KernelStatus watershed(const unsigned char* relief, int reliefStep, unsigned char* marker,
                        int markerStep, int width, int height, int norm, int flags,
                        unsigned char* scratch);

@@ -1,34 +1,22 @@
 #pragma once
 
-#include <cstdint>
-
 #include "numeric/dispatch.h"
 
 namespace numeric {
 
-/// What a key holds before a pixel is flooded: its relief below this mark. See watershed.cpp.
-inline constexpr std::uint32_t kUnsetKey = 0xFFFFFF00u;
-/// Keys from here up are of pixels that are not flooded.
-inline constexpr std::uint32_t kNotFlooded = 0x80000000u;
+/// A line of labels for markBorders has one zero byte before its first pixel and this many behind
+/// its last.
+inline constexpr int kBorderLineSlack = 65;
 
-/// Inner loops of the watershed, each over one row of width pixels.
+/// Inner loops of the watershed.
 struct WatershedRows {
-    /// keys: the label of a labelled pixel, kUnsetKey | relief of any other. Returns how many are
-    /// not labelled.
-    int (*keysOf)(const unsigned char* marker, const unsigned char* relief, std::uint32_t* keys,
-                  int width);
-    /// room: not 0 where a labelled pixel has one without a label among its eight neighbours. The
-    /// three marker rows can be read from -1 to width.
-    void (*room)(const unsigned char* above, const unsigned char* row, const unsigned char* below,
-                 unsigned char* room, int width);
-    /// Labels of the flooded pixels; the others keep what the marker holds.
-    void (*labelsOf)(const std::uint32_t* keys, unsigned char* marker, int width);
-    /// out: 255 where one of the 4 or 8 neighbours carries a greater label, else the label. The
-    /// three label rows can be read from -1 to width.
-    void (*borders4)(const unsigned char* above, const unsigned char* row,
-                     const unsigned char* below, unsigned char* out, int width);
-    void (*borders8)(const unsigned char* above, const unsigned char* row,
-                     const unsigned char* below, unsigned char* out, int width);
+    /// Writes the labels of the middle line, but 255 where a neighbour across a side (4 neighbours)
+    /// or also across a corner (8 neighbours) carries a greater one. Each pointer is to the line's
+    /// first pixel.
+    void (*markBordersAcrossSides)(const unsigned char* above, const unsigned char* line,
+                                   const unsigned char* below, unsigned char* out, int width);
+    void (*markBorders)(const unsigned char* above, const unsigned char* line,
+                        const unsigned char* below, unsigned char* out, int width);
 };
 
 extern const RowBuilds<WatershedRows> kWatershedBuilds;
