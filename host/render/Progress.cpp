@@ -17,8 +17,11 @@ std::string withOneDecimal(double value) {
     return text;
 }
 
-std::string framesPerSecond(const Tally& tally) {
-    return withOneDecimal(tally.rate()) + " frames/s";
+/// Frames a second, or seconds a frame where that is the larger number.
+std::string speed(const Tally& tally) {
+    const double rate = tally.rate();
+    return rate > 0 && rate < 1 ? withOneDecimal(1 / rate) + " s/frame"
+                                : withOneDecimal(rate) + " frames/s";
 }
 
 std::string duration(double seconds) {
@@ -151,7 +154,7 @@ private:
 std::string barText(const Tally& tally, int columns) {
     std::string numbers = " " + std::to_string(tally.ended()) + "/" + std::to_string(tally.total);
     if (tally.failed > 0) numbers += "  " + std::to_string(tally.failed) + " failed";
-    if (tally.ended() > 0) numbers += "  " + framesPerSecond(tally) + "  " + timeLeft(tally);
+    if (tally.ended() > 0) numbers += "  " + speed(tally) + "  " + timeLeft(tally);
 
     // One column stays free: writing into the last one makes some terminals wrap.
     const int widest = 40;
@@ -168,7 +171,7 @@ std::string barText(const Tally& tally, int columns) {
 std::string plainText(const Tally& tally) {
     std::string text = std::to_string(tally.ended()) + " of " + frameCount(tally.total);
     if (tally.failed > 0) text += ", " + std::to_string(tally.failed) + " failed";
-    if (tally.ended() > 0) text += ", " + framesPerSecond(tally) + ", " + timeLeft(tally);
+    if (tally.ended() > 0) text += ", " + speed(tally) + ", " + timeLeft(tally);
     return text;
 }
 
@@ -181,7 +184,7 @@ std::string summaryText(const Tally& tally) {
         text += ", " + std::to_string(tally.total - tally.ended()) + " not begun";
     text += " in " +
             (tally.seconds < 60 ? withOneDecimal(tally.seconds) + " s" : duration(tally.seconds));
-    if (tally.ended() > 1) text += " (" + framesPerSecond(tally) + ")";
+    if (tally.ended() > 1) text += " (" + speed(tally) + ")";
     return text;
 }
 

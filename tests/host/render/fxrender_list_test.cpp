@@ -55,6 +55,10 @@ TEST_F(FxrenderList, FindsTheRangesOfSlidersAndButtons) {
     expectRange("Adaptive threshold", "Min", 0, 25.5);   // stored as slider / 10
     expectRange("Dilate_Erode", "Dilate", -13, 13);
     expectRange("Open_Close", "Dilate", -13, 13);
+    expectRange("Degauss", "Threshold", 1, 15);
+    expectRange("Degauss", "Method", 0, 1);         // two buttons
+    expectRange("Object separator", "Type", 0, 1);  // two buttons, of which one bit is stored
+    expectRange("Object separator", "Det", 1, 100);
 }
 
 TEST_F(FxrenderList, TableNamesEveryFilterAndParameter) {
@@ -62,7 +66,7 @@ TEST_F(FxrenderList, TableNamesEveryFilterAndParameter) {
     EXPECT_EQ(table.exitCode, 0);
     EXPECT_EQ(table.err, "");
     const json list = json::parse(fxrender({"list", "--json"}).out);
-    ASSERT_GE(list["filters"].size(), 5u);
+    ASSERT_EQ(list["filters"].size(), 7u);
     for (const json& filter : list["filters"]) {
         EXPECT_THAT(table.out, HasSubstr(filter["key"].get<std::string>()));
         for (const json& declared : filter["parameters"])

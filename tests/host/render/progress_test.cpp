@@ -31,7 +31,7 @@ TEST(ProgressBar, NeverReachesTheLastColumn) {
 
 TEST(ProgressLine, NamesLongTimesInLargeUnits) {
     EXPECT_EQ(render::plainText(tally(3600, 10, 0, 20)),
-              "10 of 3600 frames, 0.5 frames/s, 1 h 59 min left");
+              "10 of 3600 frames, 2.0 s/frame, 1 h 59 min left");
     EXPECT_EQ(render::plainText(tally(100, 10, 2, 12)),
               "12 of 100 frames, 2 failed, 1.0 frames/s, 1 min 28 s left");
 }
