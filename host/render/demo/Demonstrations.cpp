@@ -10,6 +10,9 @@ const char kLightness[] = "Channel separation:Channel=5";
 /// Bright objects on black become white on black.
 const char kTwoLevels[] = "Adaptive threshold:Size=101,Min=0";
 
+/// Bright discs that touch.
+const QRect kDiscs(0, 8, 400, 300);
+
 /// Blobs with small holes and specks around them.
 const QRect kSpecks(8, 326, 200, 150);
 
@@ -40,11 +43,11 @@ std::vector<Demonstration> demonstrationsOf(const QString& key) {
           {{"Degauss:Threshold=6,Method=1"}, "Lucy-Richardson, detail", sampleDetail()}}},
         {"Object separator",
          {{{kLightness, kTwoLevels, "Open_Close:Dilate=3", "Object separator:Det=10"},
-           "filled",
-           {}},
+           "filled, detail",
+           kDiscs},
           {{kLightness, kTwoLevels, "Open_Close:Dilate=3", "Object separator:Type=1,Det=10"},
-           "borders",
-           {}}}},
+           "borders, detail",
+           kDiscs}}},
     };
     const auto found = known.find(key);
     if (found != known.end()) return found->second;

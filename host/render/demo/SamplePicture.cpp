@@ -131,7 +131,7 @@ void addGrain(QImage& image, std::mt19937& random) {
     for (int y = 0; y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x) {
             const QColor pixel = image.pixelColor(x, y);
-            const int grain = static_cast<int>(random() % 21) - 10;
+            const int grain = static_cast<int>(random() % 11) - 5;
             if (pixel.value() < 20) continue;
             const auto grainy = [grain](int sample) { return qBound(0, sample + grain, 255); };
             image.setPixelColor(
