@@ -142,11 +142,6 @@ const CLI::App& activeCommand(const CLI::App& app) {
                      "; " + advice);
 }
 
-std::string onOneLine(std::string text) {
-    std::replace(text.begin(), text.end(), '\n', ' ');
-    return text;
-}
-
 }  // namespace
 
 CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
@@ -178,7 +173,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     } catch (const CLI::ParseError& error) {
         // A missing argument may be the consequence of a misspelt option: say that first.
         if (!app.remaining(true).empty()) refuseUnknownWord(app);
-        throw UsageError(onOneLine(error.what()));
+        throw UsageError(error.what());
     }
     if (app.get_subcommands().empty()) throw UsageError("no command given; " + validCommands(app));
     result.command = app.got_subcommand("list")    ? CommandLine::List

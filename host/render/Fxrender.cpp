@@ -1,5 +1,6 @@
 #include "host/render/Fxrender.h"
 
+#include <cctype>
 #include <cstdio>
 #include <new>
 
@@ -15,6 +16,18 @@
 namespace render {
 
 namespace {
+
+/// A message quotes what the user wrote: whatever that was, it stays one line.
+std::string onOneLine(const char* message) {
+    std::string line;
+    for (const char* c = message; *c != '\0'; ++c) {
+        char escaped[8];
+        const auto byte = static_cast<unsigned char>(*c);
+        std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
+        line += std::iscntrl(byte) ? std::string(escaped) : std::string(1, *c);
+    }
+    return line;
+}
 
 int printText(const std::string& text) {
     std::fputs(text.c_str(), stdout);
@@ -48,7 +61,7 @@ int runCommand(const std::vector<std::string>& arguments) {
 
 int reportErrors(const char* program, const std::function<int()>& work) {
     const auto fail = [program](const char* message, int code) {
-        std::fprintf(stderr, "%s: %s\n", program, message);
+        std::fprintf(stderr, "%s: %s\n", program, onOneLine(message).c_str());
         return code;
     };
     try {

@@ -82,10 +82,10 @@ int demonstrate(const QString& folderName) {
 
 int runFxdemo(const std::vector<std::string>& arguments) {
     return reportErrors("fxdemo", [&arguments] {
-        if (arguments.size() > 1 || (!arguments.empty() && arguments.front().front() == '-'))
+        const std::string folder = arguments.empty() ? "out" : arguments.front();
+        if (arguments.size() > 1 || folder.empty() || folder.front() == '-')
             throw UsageError("fxdemo takes one argument: the folder to write to");
-        return demonstrate(arguments.empty() ? QStringLiteral("out")
-                                             : QString::fromStdString(arguments.front()));
+        return demonstrate(QFile::decodeName(folder.c_str()));
     });
 }
 

@@ -2,6 +2,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QFile>
+
 #include "tests/host/render/Program.h"
 
 namespace {
@@ -75,6 +77,7 @@ TEST_F(FxrenderErrors, FiltersThatCannotBe) {
     expectFilterRefused("Chanel separation", "did you mean \"Channel separation\"?");
     expectFilterRefused("Channel separation:Chanel=1", "did you mean \"Channel\"?");
     expectFilterRefused("Channel separation:Channel=7", "out of range; valid: 1 to 6");
+    expectFilterRefused("two\nlines", "\"two\\x0alines\"");
 }
 
 TEST_F(FxrenderErrors, InputsThatCannotBeRead) {
@@ -112,6 +115,17 @@ TEST_F(FxrenderErrors, FramesThatAreNot) {
     expectRefusal({"apply", "in.png", "-o", "o.png", "-f", kSeparate, "--frames", "-5"}, 2,
                   "no frame \"-5\"");
     expectRefusal({"apply", "in.png", "-o", "o.png", "-f", kSeparate, "--frames", "x"}, 2, "\"x\"");
+}
+
+TEST_F(FxrenderErrors, TheOwnPluginIsSoughtBesideTheProgram) {
+    ASSERT_TRUE(QDir(folder()).mkdir("bin"));
+    ASSERT_TRUE(QFile::copy(FXRENDER, path("bin/fxrender")));
+    acceptFiles();
+    const ProgramResult result =
+        RunningProgram(path("bin/fxrender").toStdString(), {"list"}, folder()).wait();
+    EXPECT_EQ(result.exitCode, 66);
+    EXPECT_THAT(result.err, HasSubstr(path("plugins/libBasicFiltersPlugin.so").toStdString()));
+    EXPECT_THAT(result.err, HasSubstr("--plugin"));
 }
 
 TEST_F(FxrenderErrors, PluginsThatAreRefused) {
