@@ -198,8 +198,8 @@ FloatPlane toPlane(const std::vector<float>& pixels, int width, int height, bool
 
 TEST(PeakStep, FollowsMazesAndCombsToTheirEnd) {
     for (const auto& planes :
-         {scenes::floodFromFirstPixel(scenes::spiral(61, 47)),
-          scenes::floodFromFirstPixel(scenes::serpentine(70, 33)), scenes::combInflows(130, 60)}) {
+         {scenes::floodFromFirstPixel(scenes::spiral(45, 37)),
+          scenes::floodFromFirstPixel(scenes::serpentine(50, 33)), scenes::combInflows(90, 44)}) {
         for (const bool turned : {false, true}) {
             SCOPED_TRACE(planes.name + (turned ? ", turned" : ""));
             const auto [width, height] = std::pair(planes.width, planes.height);
@@ -227,7 +227,7 @@ scenes::Scene raggedSerpentine(int width, int height) {
 // Large enough for the allowance of several sweeps to run out.
 TEST(PeakStep, FillsLargeMazesAndCombs) {
     for (const auto& scene :
-         {scenes::spiral(700, 500), scenes::serpentine(500, 700), raggedSerpentine(700, 500)}) {
+         {scenes::spiral(400, 300), scenes::serpentine(300, 400), raggedSerpentine(400, 300)}) {
         const auto planes = scenes::floodFromFirstPixel(scene);
         for (const bool turned : {false, true}) {
             SCOPED_TRACE(scene.name + (turned ? ", turned" : ""));
@@ -239,7 +239,7 @@ TEST(PeakStep, FillsLargeMazesAndCombs) {
             });
         }
     }
-    const auto comb = scenes::combInflows(800, 400);
+    const auto comb = scenes::combInflows(400, 200);
     const float highest = *std::max_element(comb.marker.begin(), comb.marker.end());
     for (const bool turned : {false, true}) {
         const FloatPlane bound = toPlane(comb.mask, comb.width, comb.height, turned);
