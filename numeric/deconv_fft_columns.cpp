@@ -49,6 +49,7 @@ template <int kRadix, int kResults>
 HWY_INLINE void lastColumnButterflies(const FftLevel& level, const float* work, int begin, int end,
                                       int live, float* block) {
     constexpr int kRow = HalfSpectrum::kRowFloats;
+    const std::int64_t blockFloats = HalfSpectrum{level.span}.blockFloats();
     for (int j = begin; j < end; ++j) {
         Complex x[kRadix];
         loadTurned(work, level, j, x);
@@ -56,7 +57,12 @@ HWY_INLINE void lastColumnButterflies(const FftLevel& level, const float* work, 
         HWY_UNROLL(8)
         for (int q = 0; q < kResults; ++q) {
             float* at = block + static_cast<std::int64_t>(q * level.reach + j) * kRow;
-            if (q < live) storeParts(exchanged(x[q]), at, at + HalfSpectrum::kBlockColumns);
+            if (q < live) {
+                storeParts(exchanged(x[q]), at, at + HalfSpectrum::kBlockColumns);
+                // The same rows of the next block.
+                prefetch<PrefetchFor::Reading>(at + blockFloats);
+                prefetch<PrefetchFor::Reading>(at + blockFloats + kLineFloats);
+            }
         }
     }
 }
@@ -77,7 +83,7 @@ void lastColumnPass(const FftPlan& plan, const float* work, int rowsOut, float* 
 }
 
 // The filter is read once, in sequence, but across pages, where the processor does not look ahead.
-constexpr int kFilterAhead = 64 * HalfSpectrum::kRowFloats;
+constexpr int kFilterAhead = 128 * HalfSpectrum::kRowFloats;
 
 /// The last forward and the first inverse pass over a group, with the filter in between.
 HWY_INLINE void filterGroup(float* group, const float* filter) {
@@ -87,8 +93,8 @@ HWY_INLINE void filterGroup(float* group, const float* filter) {
     HWY_UNROLL(4)
     for (int s = 0; s < 4; ++s) {
         const float* factor = filter + s * HalfSpectrum::kRowFloats;
-        prefetch<PrefetchFor::Now>(factor + kFilterAhead);
-        prefetch<PrefetchFor::Now>(factor + kFilterAhead + kLineFloats);
+        prefetch<PrefetchFor::Reading>(factor + kFilterAhead);
+        prefetch<PrefetchFor::Reading>(factor + kFilterAhead + kLineFloats);
         x[s] = exchanged(mul(x[s], loadParts(factor, factor + HalfSpectrum::kBlockColumns)));
     }
     dft<false>(x);

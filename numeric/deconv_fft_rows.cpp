@@ -221,13 +221,13 @@ struct SpectrumRows {
     std::int64_t ofQuad(int quad) const {
         return quad / kQuadsPerBlock * blockFloats + first + quad % kQuadsPerBlock * 4;
     }
-    /// The rows of the next block are fetched while those of this one are at work, a part of them
-    /// with each of the block's quads.
+    /// The group's rows of the block after the next are fetched while those of this one are at
+    /// work, a part of them with each of the block's quads.
     HWY_INLINE void prefetchAhead(const float* spectrum, int quad) const {
         constexpr int kFloats = kElementFloats * HalfSpectrum::kRowFloats / kQuadsPerBlock;
-        const float* at = spectrum + (quad / kQuadsPerBlock + 1) * blockFloats + first +
+        const float* at = spectrum + (quad / kQuadsPerBlock + 2) * blockFloats + first +
                           quad % kQuadsPerBlock * kFloats;
-        for (int i = 0; i < kFloats; i += kLineFloats) prefetch<PrefetchFor::Now>(at + i);
+        for (int i = 0; i < kFloats; i += kLineFloats) prefetch<PrefetchFor::Reading>(at + i);
     }
 };
 

@@ -24,12 +24,13 @@ constexpr int kLanes = static_cast<int>(hn::MaxLanes(Lanes()));
 
 constexpr int kLineFloats = 16;  // of a cache line
 
-/// What a cache line is wanted for: soon, or later and until then not in the innermost cache.
-enum class PrefetchFor { Now, Reading, Writing };
+enum class PrefetchFor { Reading, Writing };
 
+/// Brings a cache line as near as the second cache, so that the innermost one keeps what is at
+/// work. The address may lie a little outside of an array.
 template <PrefetchFor kUse>
 HWY_INLINE void prefetch(const float* at) {
-    __builtin_prefetch(at, kUse == PrefetchFor::Writing, kUse == PrefetchFor::Now ? 3 : 2);
+    __builtin_prefetch(at, kUse == PrefetchFor::Writing, 2);
 }
 
 /// One element of all transforms: the real parts, then the imaginary parts.
