@@ -190,6 +190,8 @@ KernelStatus labelSeedsScratchSize(int width, int height, int* size) {
     if (!size) return NullPointer;
     const KernelStatus status = checkSize(width, height);
     if (status != Success) return status;
+    // The size itself would overflow for sides near the largest int.
+    if (std::int64_t{width} * height > std::numeric_limits<int>::max()) return BadSize;
     const std::int64_t bytes = LabelScratch({}, width, height).size;
     if (bytes > std::numeric_limits<int>::max()) return BadSize;
     *size = static_cast<int>(bytes);

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cmath>
-#include <cstdlib>
 #include <random>
 #include <vector>
 
@@ -217,6 +217,7 @@ TEST(LabelSeeds, ChecksItsArgumentsInOrder) {
     EXPECT_EQ(labelSeedsScratchSize(0, 5, &count), BadSize);
     EXPECT_EQ(labelSeedsScratchSize(5, -1, &count), BadSize);
     EXPECT_EQ(labelSeedsScratchSize(40000, 40000, &count), BadSize);
+    EXPECT_EQ(labelSeedsScratchSize(INT_MAX, INT_MAX, &count), BadSize);
     EXPECT_EQ(count, 0);
 }
 
