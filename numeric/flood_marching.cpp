@@ -36,6 +36,11 @@ public:
 
 private:
     using Distance = std::uint16_t;
+    /// To the neighbour across a side, and from there to the corners on either side of it.
+    struct Direction {
+        int side;
+        int along;
+    };
     // Any distance from here on is none; a pixel that is free, one that is in a list, and a rim
     // pixel or a seed that has not entered.
     static constexpr Distance kClosed = 0xFFFD;
@@ -49,6 +54,8 @@ private:
         : m_planes(planes),
           m_grid(planes),
           m_neighbours(m_grid.neighbours()),
+          m_directions{
+              {{-m_grid.stride, 1}, {-1, m_grid.stride}, {1, m_grid.stride}, {m_grid.stride, 1}}},
           m_lists(planes, layout.take<int>(planes.pixels())),
           m_distances(layout.take<Distance>(m_grid.cells())),
           m_labels(layout.take<unsigned char>(m_grid.cells())),
@@ -135,37 +142,26 @@ private:
         m_ringEnd -= shift;
     }
 
-    /// Settles the pixel if its distance lies within the ring.
+    /// Settles the pixel if its distance lies within the ring: with the smallest label of those
+    /// that arrive over any side at that distance.
     bool settle(int pixel) {
-        const int stride = m_grid.stride;
-        const Distance* const d = m_distances + pixel;
-        const int above = d[-stride], left = d[-1], right = d[1], below = d[stride];
-        const int aboveLeft = d[-stride - 1], aboveRight = d[-stride + 1];
-        const int belowLeft = d[stride - 1], belowRight = d[stride + 1];
-        const int distance = std::min({arrival(above, std::min(aboveLeft, aboveRight)),
-                                       arrival(left, std::min(aboveLeft, belowLeft)),
-                                       arrival(right, std::min(aboveRight, belowRight)),
-                                       arrival(below, std::min(belowLeft, belowRight))});
+        int distance = m_ringEnd;
+        unsigned char label = 255;
+        for (const auto& [side, along] : m_directions) {
+            const int across = pixel + side;
+            const int cornerDistance =
+                std::min(m_distances[across - along], m_distances[across + along]);
+            const int arriving = arrival(m_distances[across], cornerDistance);
+            if (arriving > distance || arriving >= m_ringEnd) continue;
+            const bool isOfSide = m_distances[across] - cornerDistance <= kLargestLeadOfSide;
+            const int source = isOfSide ? across : earlier(across - along, across + along);
+            label = arriving < distance ? m_labels[source] : std::min(label, m_labels[source]);
+            distance = arriving;
+        }
         if (distance >= m_ringEnd) return false;
-        m_labels[pixel] = labelOfArrival(pixel, distance);
+        m_labels[pixel] = label;
         m_distances[pixel] = static_cast<Distance>(distance);
         return true;
-    }
-
-    /// The smallest label that arrives over any side at this distance.
-    unsigned char labelOfArrival(int pixel, int distance) const {
-        const int stride = m_grid.stride;
-        unsigned char smallest = 255;
-        for (const auto& [side, along] :
-             {std::pair{-stride, 1}, {-1, stride}, {1, stride}, {stride, 1}}) {
-            const int corner = earlier(pixel + side - along, pixel + side + along);
-            const int sideDistance = m_distances[pixel + side];
-            const int cornerDistance = m_distances[corner];
-            if (arrival(sideDistance, cornerDistance) != distance) continue;
-            const bool isOfSide = sideDistance - cornerDistance <= kLargestLeadOfSide;
-            smallest = std::min(smallest, m_labels[isOfSide ? pixel + side : corner]);
-        }
-        return smallest;
     }
 
     int earlier(int first, int second) const {
@@ -182,6 +178,7 @@ private:
     FloodPlanes m_planes;
     FloodGrid m_grid;
     std::array<int, 8> m_neighbours;
+    std::array<Direction, 4> m_directions;
     LevelLists m_lists;  // seeds first, then the pixels that wait for the level
     std::array<int*, kLevels> m_seedsEnd{};
     Distance* m_distances;

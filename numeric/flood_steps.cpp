@@ -38,6 +38,7 @@ private:
     using Key = std::uint16_t;
     static constexpr Key kTentative = 256;
     static constexpr Key kUnlabelled = 0xFFFF;
+    static constexpr int kLookAhead = 12;
 
     StepFlood(const FloodPlanes& planes, ScratchLayout layout)
         : m_planes(planes),
@@ -96,7 +97,11 @@ private:
     /// their labels final. Returns the end of the queue.
     int* sortByLabel(int level, const int* extraEnd) {
         const auto forEach = [&](auto visit) {
-            for (const int* p = m_seedsEnd[level]; p != m_lists.end(level); ++p) visit(*p);
+            const int* const listEnd = m_lists.end(level);
+            for (const int* p = m_seedsEnd[level]; p != listEnd; ++p) {
+                if (listEnd - p > kLookAhead) __builtin_prefetch(m_keys + p[kLookAhead]);
+                visit(*p);
+            }
             for (const int* p = m_lists.all(); p != extraEnd; ++p) visit(*p);
         };
         std::array<int, kTentative> places{};
@@ -107,8 +112,16 @@ private:
         return m_queue + next;
     }
 
+    // The pixels of a level lie all over the plane: their surroundings are asked for in time.
+    void fetchAround(int pixel) const {
+        for (const int row : {pixel - m_grid.stride, pixel, pixel + m_grid.stride})
+            __builtin_prefetch(m_keys + row);
+        __builtin_prefetch(m_relief + pixel);
+    }
+
     void flood(int level, int* end) {
         for (const int* pixel = m_queue; pixel != end; ++pixel) {
+            if (end - pixel > kLookAhead) fetchAround(pixel[kLookAhead]);
             const Key label = m_keys[*pixel];
             const Key tentative = kTentative + label;
             for (int i = 0; i < kNeighbours; ++i) {

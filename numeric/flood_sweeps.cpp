@@ -22,7 +22,6 @@ public:
                    2 * kSweepMargin),
           m_keys(layout.take<SweepKey>(m_stride * (std::int64_t{planes.height()} + 2))),
           m_free(layout.take<unsigned char>(m_stride * std::int64_t{planes.height()})),
-          m_flags(layout.take<unsigned char>(m_stride)),
           m_fromAbove(layout.take<unsigned char>(std::int64_t{planes.height()} + 2) + 1),
           m_fromBelow(layout.take<unsigned char>(std::int64_t{planes.height()} + 2) + 1),
           m_unsettled(layout.take<unsigned char>(std::int64_t{planes.height()} + 2) + 1),
@@ -98,7 +97,7 @@ private:
         bool any = false;
         for (int y = 0; y < m_planes.height(); ++y)
             if (std::exchange(m_fromAbove[y], static_cast<unsigned char>(0)) != 0)
-                any |= visit(y, m_order.relaxFromAbove(row(y), m_flags));
+                any |= visit(y, m_order.relaxFromAbove(row(y)));
         return any;
     }
 
@@ -106,7 +105,7 @@ private:
         bool any = false;
         for (int y = m_planes.height() - 1; y >= 0; --y)
             if (std::exchange(m_fromBelow[y], static_cast<unsigned char>(0)) != 0)
-                any |= visit(y, m_order.relaxFromBelow(row(y), m_flags));
+                any |= visit(y, m_order.relaxFromBelow(row(y)));
         return any;
     }
 
@@ -131,7 +130,7 @@ private:
         return changed;
     }
 
-    static constexpr int kVisitsPerRow = 12;
+    static constexpr int kVisitsPerRow = 6;
 
     FloodPlanes m_planes;
     const SweepRows& m_rows;
@@ -139,7 +138,6 @@ private:
     std::int64_t m_stride;
     SweepKey* m_keys;
     unsigned char* m_free;
-    unsigned char* m_flags;
     // Rows that have to be visited, with a spare flag before the first and behind the last.
     unsigned char* m_fromAbove;
     unsigned char* m_fromBelow;

@@ -14,8 +14,9 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-using KeyTag = hn::CappedTag<SweepKey, kSweepMargin>;
+using KeyTag = hn::CappedTag<SweepKey, 16>;
 using Keys = hn::Vec<KeyTag>;
+using ByteTag = hn::ScalableTag<unsigned char>;
 
 constexpr SweepKey kLabelMask = (1 << kLabelBits) - 1;
 
@@ -114,8 +115,18 @@ HWY_INLINE Keys arrivalAcross(const SweepKey* neighbours, int x) {
     return Order::arrive(hn::LoadU(d, neighbours + x), corner);
 }
 
+// Whether anything smaller arrives at the free pixels of a vector along the row.
+template <class Order, int kDirection>
+HWY_INLINE bool arrivesAlong(const SweepRow& row, int x) {
+    const KeyTag d;
+    const auto free = isFree(row.free + x);
+    if (hn::AllFalse(d, free)) return false;
+    const auto arriving = arrivalAlong<Order>(row, x - kDirection);
+    return !hn::AllFalse(d, hn::And(free, hn::Lt(arriving, hn::LoadU(d, row.keys + x))));
+}
+
 template <class Order>
-HWY_INLINE bool relax(const SweepRow& row, const SweepKey* neighbours, unsigned char* flags) {
+HWY_INLINE bool relax(const SweepRow& row, const SweepKey* neighbours) {
     const KeyTag d;
     const int lanes = keyLanes();
     bool changed = false;
@@ -130,31 +141,22 @@ HWY_INLINE bool relax(const SweepRow& row, const SweepKey* neighbours, unsigned 
         changed = true;
     }
     // Only few vectors need the slow way along the row, one pixel after the other.
-    for (int x = 0; x < row.width; x += lanes) {
-        const auto free = isFree(row.free + x);
-        unsigned char& runsLeft = flags[x / lanes];
-        runsLeft = 0;
-        if (hn::AllFalse(d, free)) continue;
-        const auto old = hn::LoadU(d, row.keys + x);
-        const auto fromLeft = hn::Lt(arrivalAlong<Order>(row, x - 1), old);
-        const auto fromRight = hn::Lt(arrivalAlong<Order>(row, x + 1), old);
-        runsLeft = !hn::AllFalse(d, hn::And(free, fromRight));
-        if (!hn::AllFalse(d, hn::And(free, fromLeft)))
-            changed |= runAlong<Order, 1>(row, x, x + lanes);
-    }
+    for (int x = 0; x < row.width; x += lanes)
+        if (arrivesAlong<Order, 1>(row, x)) changed |= runAlong<Order, 1>(row, x, x + lanes);
     for (int x = (row.width - 1) / lanes * lanes; x >= 0; x -= lanes)
-        if (flags[x / lanes]) changed |= runAlong<Order, -1>(row, x + lanes - 1, x);
+        if (arrivesAlong<Order, -1>(row, x))
+            changed |= runAlong<Order, -1>(row, x + lanes - 1, x);
     return changed;
 }
 
 template <class Order>
-bool relaxFromAbove(const SweepRow& row, unsigned char* flags) {
-    return relax<Order>(row, row.above, flags);
+bool relaxFromAbove(const SweepRow& row) {
+    return relax<Order>(row, row.above);
 }
 
 template <class Order>
-bool relaxFromBelow(const SweepRow& row, unsigned char* flags) {
-    return relax<Order>(row, row.below, flags);
+bool relaxFromBelow(const SweepRow& row) {
+    return relax<Order>(row, row.below);
 }
 
 template <class Order>
@@ -188,31 +190,80 @@ constexpr SweepOrder makeOrder() {
     return {relaxFromAbove<Order>, relaxFromBelow<Order>, settle<Order>};
 }
 
+void prepareKeys(const unsigned char* relief, const unsigned char* marker, int width,
+                 unsigned char freeLevel, SweepKey* keys) {
+    const KeyTag d;
+    const hn::Rebind<unsigned char, KeyTag> db;
+    const auto level = hn::Set(d, freeLevel);
+    const auto far = hn::Set(d, kFarKey);
+    int x = 0;
+    for (; x + keyLanes() <= width; x += keyLanes()) {
+        const auto label = hn::PromoteTo(d, hn::LoadU(db, marker + x));
+        const auto isHigh = hn::Gt(hn::PromoteTo(d, hn::LoadU(db, relief + x)), level);
+        const auto isFar = hn::Or(isHigh, hn::Eq(label, hn::Zero(d)));
+        hn::StoreU(hn::IfThenElse(isFar, far, label), d, keys + x);
+    }
+    for (; x < width; ++x) keys[x] = marker[x] == 0 || relief[x] > freeLevel ? kFarKey : marker[x];
+}
+
 void prepare(const unsigned char* relief, const unsigned char* marker, int width,
              unsigned char freeLevel, SweepKey* keys, unsigned char* free, SweepKinds* kinds) {
-    int otherLevels = 0;
-    unsigned char smallest = kinds->smallestHigh;
-    unsigned char largest = kinds->largestHigh;
-    for (int x = 0; x < width; ++x) {
-        const unsigned char label = marker[x];
-        const bool isHigh = label != 0 && relief[x] > freeLevel;
-        free[x] = label == 0 ? 255 : 0;
-        otherLevels |= label == 0 && relief[x] != freeLevel ? 1 : 0;
-        keys[x] = label == 0 || isHigh ? kFarKey : label;
-        smallest = std::min<unsigned char>(smallest, isHigh ? label : 255);
-        largest = std::max<unsigned char>(largest, isHigh ? label : 0);
+    prepareKeys(relief, marker, width, freeLevel, keys);
+    const ByteTag d;
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    const auto levels = hn::Set(d, freeLevel);
+    auto smallest = hn::Set(d, kinds->smallestHigh);
+    auto largest = hn::Set(d, kinds->largestHigh);
+    auto otherLevels = hn::Zero(d);
+    unsigned char lastRelief[HWY_MAX_BYTES];
+    unsigned char lastMarker[HWY_MAX_BYTES];
+    for (int x = 0; x < width; x += lanes) {
+        if (x + lanes > width) {  // filled up with seeds of the free level, which change nothing
+            std::fill_n(lastRelief, lanes, freeLevel);
+            std::fill_n(lastMarker, lanes, static_cast<unsigned char>(1));
+            std::copy(relief + x, relief + width, lastRelief);
+            std::copy(marker + x, marker + width, lastMarker);
+            relief = lastRelief - x;
+            marker = lastMarker - x;
+        }
+        const auto level = hn::LoadU(d, relief + x);
+        const auto label = hn::LoadU(d, marker + x);
+        const auto isFree = hn::Eq(label, hn::Zero(d));
+        hn::StoreU(hn::VecFromMask(d, isFree), d, free + x);
+        otherLevels = hn::Or(otherLevels, hn::IfThenElseZero(isFree, hn::Xor(level, levels)));
+        const auto isHigh = hn::Ne(hn::Max(level, levels), levels);
+        const auto highLabel = hn::IfThenElseZero(isHigh, label);
+        largest = hn::Max(largest, highLabel);
+        const auto noLabel = hn::Eq(highLabel, hn::Zero(d));
+        smallest = hn::Min(smallest, hn::IfThenElse(noLabel, hn::Set(d, 255), highLabel));
     }
-    kinds->otherLevels |= otherLevels != 0;
-    kinds->smallestHigh = smallest;
-    kinds->largestHigh = largest;
+    unsigned char found[HWY_MAX_BYTES];
+    hn::StoreU(otherLevels, d, found);
+    for (int i = 0; i < lanes; ++i) kinds->otherLevels |= found[i] != 0;
+    hn::StoreU(smallest, d, found);
+    for (int i = 0; i < lanes; ++i) kinds->smallestHigh = std::min(kinds->smallestHigh, found[i]);
+    hn::StoreU(largest, d, found);
+    for (int i = 0; i < lanes; ++i) kinds->largestHigh = std::max(kinds->largestHigh, found[i]);
 }
 
 void readLabels(const SweepKey* keys, unsigned char highLabel, unsigned char* marker, int width) {
-    for (int x = 0; x < width; ++x) {
-        const unsigned char label =
-            keys[x] >= kFarKey ? highLabel : static_cast<unsigned char>(keys[x] & kLabelMask);
-        marker[x] = marker[x] == 0 ? label : marker[x];
+    const KeyTag d;
+    const hn::Rebind<unsigned char, KeyTag> db;
+    const auto far = hn::Set(d, kFarKey);
+    int x = 0;
+    for (; x + keyLanes() <= width; x += keyLanes()) {
+        const auto seeds = hn::LoadU(db, marker + x);
+        const auto isFree = hn::Eq(seeds, hn::Zero(db));
+        if (hn::AllFalse(db, isFree)) continue;
+        const auto key = hn::LoadU(d, keys + x);
+        const auto label = hn::IfThenElse(hn::Eq(key, far), hn::Set(d, highLabel),
+                                          hn::And(key, hn::Set(d, kLabelMask)));
+        hn::StoreU(hn::IfThenElse(isFree, hn::DemoteTo(db, label), seeds), db, marker + x);
     }
+    for (; x < width; ++x)
+        if (marker[x] == 0)
+            marker[x] = keys[x] == kFarKey ? highLabel
+                                           : static_cast<unsigned char>(keys[x] & kLabelMask);
 }
 
 }  // namespace

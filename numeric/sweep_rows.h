@@ -15,7 +15,7 @@ inline constexpr SweepKey kFarKey = 0x7F000000;
 inline constexpr SweepKey kLongKey = kFarKey - (1 << 20);
 
 /// Room that every row of keys and of free flags needs on either side.
-inline constexpr int kSweepMargin = 16;
+inline constexpr int kSweepMargin = 64;
 
 /// Three rows of keys, and which pixels of the middle one are free: 255, else 0. All have their
 /// margins; the keys there are kFarKey and the flags 0.
@@ -37,9 +37,9 @@ struct SweepKinds {
 /// Inner loops of the sweeps for one order of distances.
 struct SweepOrder {
     /// Lowers keys to what arrives from one neighbouring row, then along the row both ways.
-    /// flags: scratch, a byte for four pixels. Returns whether any key changed.
-    bool (*relaxFromAbove)(const SweepRow& row, unsigned char* flags);
-    bool (*relaxFromBelow)(const SweepRow& row, unsigned char* flags);
+    /// Returns whether any key changed.
+    bool (*relaxFromAbove)(const SweepRow& row);
+    bool (*relaxFromBelow)(const SweepRow& row);
     /// Replaces keys that are not what arrives from the neighbours. Returns whether any was, and
     /// sets *isLong if any distance is too long.
     bool (*settle)(const SweepRow& row, bool* isLong);
