@@ -5,6 +5,7 @@
 #include <functional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "drawings.h"
@@ -137,6 +138,137 @@ TEST(Watershed, MatchesPlainPriorityFloodWhereTheBackgroundHasSeveralSeeds) {
     Picture picture = randomPicture(90, 70, {}, 1, 300, 4);
     picture.relief.set([](int x, int y) { return (x / 9 + y / 7) % 3 == 0 ? 200 : 50; });
     expectLikeOracle(picture.relief, picture.marker);
+}
+
+TEST(Watershed, FollowsWaysTooLongForOneCount) {
+    // 52,000 pixels of corridor: the distances overrun what sweeps and marching count in.
+    const auto isObject = [](int x, int y) { return y % 2 == 0 || x == (y % 4 == 1 ? 399 : 0); };
+    const Picture picture = twoLevelPicture(400, 261, 1u << 30, 1, isObject);
+    BytePlane marker = picture.marker;
+    marker.at(0, 0) = 3;
+    marker.at(399, 260) = 2;
+    const BytePlane expected = FloodOracle(picture.relief, marker, 3, false).labels();
+    forEachSlot([&] {
+        BytePlane actual = marker;
+        ASSERT_NO_FATAL_FAILURE(flood(picture.relief, actual, 3, kByDistance));
+        ASSERT_TRUE(samePixels(expected, actual));
+    });
+}
+
+TEST(Watershed, DoesNotDependOnTheOrderOfScanning) {
+    const Picture picture = randomPicture(131, 67, {}, 9, 40, 12);
+    const auto turned = [](const BytePlane& plane) {
+        BytePlane result(plane.height(), plane.width());
+        return result.set(
+            [&](int x, int y) { return plane.at(plane.width() - 1 - y, plane.height() - 1 - x); });
+    };
+    for (const int norm : {0, 1, 2, 3})
+        for (const int order : {kBySteps, kByDistance}) {
+            BytePlane marker = picture.marker;
+            BytePlane turnedMarker = turned(picture.marker);
+            flood(picture.relief, marker, norm, order);
+            flood(turned(picture.relief), turnedMarker, norm, order);
+            EXPECT_TRUE(samePixels(turned(marker), turnedMarker)) << norm << ' ' << order;
+        }
+}
+
+/// Floods a drawn marker over a drawn relief; without one the relief is level.
+std::string flooded(const std::string& markerDrawing, int norm, int flags,
+                    const std::string& reliefDrawing = {}) {
+    BytePlane marker = fromDrawing(markerDrawing);
+    BytePlane relief(marker.width(), marker.height());
+    if (!reliefDrawing.empty()) {
+        const BytePlane drawn = fromDrawing(reliefDrawing);
+        relief.set([&](int x, int y) { return drawn.at(x, y); });
+    }
+    flood(relief, marker, norm, flags);
+    return toDrawing(marker);
+}
+
+TEST(Watershed, MatchesDrawings) {
+    // A tie goes to the smaller label, from whichever side it comes.
+    EXPECT_EQ(flooded("2...3", 0, kBySteps), "22233");
+    EXPECT_EQ(flooded("3...2", 3, kByDistance), "33222");
+    // A line lies on the side of the smaller label.
+    EXPECT_EQ(flooded("2...3", 1, kBySteps | kSideBorders), "22#33");
+    EXPECT_EQ(flooded("22\n23", 1, kBySteps | kSideBorders), "2#\n#3");
+    EXPECT_EQ(flooded("22\n23", 1, kBySteps | kAllBorders), "##\n#3");
+    // Lower ground is flooded first, even through a seedless basin beyond a ridge.
+    EXPECT_EQ(flooded("2...3", 0, kByDistance, "1.113"), "22223");
+    EXPECT_EQ(flooded("2.....3", 0, kByDistance, "..5.5.."), "2222333");
+    // Seeds start at their own level: high ground does not eat into the object beside it.
+    EXPECT_EQ(flooded("1..2..1", 3, kByDistance | kAllBorders, "9.....9"), "#22222#");
+    // The four neighbours go round the corner that the eight cut.
+    EXPECT_EQ(flooded("2.1\n1..", 0, kBySteps), "211\n111");
+    // No seed: nothing to grow. Nothing but seeds: nothing to do but borders.
+    EXPECT_EQ(flooded("...\n...", 3, kByDistance | kAllBorders), "...\n...");
+    EXPECT_EQ(flooded("21\n13", 2, kByDistance), "21\n13");
+    EXPECT_EQ(flooded(".", 0, kBySteps), ".");
+    EXPECT_EQ(flooded("7", 3, kByDistance | kSideBorders), "7");
+    // 255 is a label like any other; what meets it turns into border.
+    EXPECT_EQ(flooded("#..3", 1, kBySteps), "##33");
+    EXPECT_EQ(flooded("#..3", 1, kBySteps | kSideBorders), "###3");
+}
+
+/// Sets the pixels to 0 that have this pixel's label and are connected with it.
+void clearArea(BytePlane& marker, int startX, int startY) {
+    const int label = marker.at(startX, startY);
+    std::vector<std::pair<int, int>> open;
+    const auto visit = [&](int x, int y) {
+        if (x < 0 || y < 0 || x >= marker.width() || y >= marker.height()) return;
+        if (marker.at(x, y) != label) return;
+        marker.at(x, y) = 0;
+        open.emplace_back(x, y);
+    };
+    visit(startX, startY);
+    while (!open.empty()) {
+        const auto [x, y] = open.back();
+        open.pop_back();
+        for (int dy = -1; dy <= 1; ++dy)
+            for (int dx = -1; dx <= 1; ++dx) visit(x + dx, y + dy);
+    }
+}
+
+TEST(Watershed, TouchingDiscsKeepApartThoughTheirLabelsRepeat) {
+    constexpr int kWidth = 3840, kHeight = 2160, kDiscs = 5000, kPerRow = 96;
+    BytePlane relief(kWidth, kHeight), marker(kWidth, kHeight);
+    relief.fill(255);
+    std::mt19937 random(5);
+    for (int i = 0; i < kDiscs; ++i) {
+        const int row = i / kPerRow;
+        const int centreX =
+            20 + 39 * (i % kPerRow) + 19 * (row % 2) + static_cast<int>(random() % 5);
+        const int centreY = 22 + 40 * row + static_cast<int>(random() % 5);
+        const int radius = 19 + static_cast<int>(random() % 5);
+        for (int y = centreY - radius; y <= centreY + radius; ++y)
+            for (int x = centreX - radius; x <= centreX + radius; ++x) {
+                if (x < 0 || y < 0 || x >= kWidth || y >= kHeight) continue;
+                const double distance = std::hypot(x - centreX, y - centreY);
+                if (distance <= radius) relief.at(x, y) = 0;
+                if (distance <= 4) marker.at(x, y) = 255;
+            }
+    }
+    int size = 0, count = 0;
+    ASSERT_EQ(labelSeedsScratchSize(kWidth, kHeight, &size), Success);
+    std::vector<unsigned char> scratch(size);
+    ASSERT_EQ(labelSeeds(marker.data(), marker.step(), kWidth, kHeight, 2, 254, 1, &count,
+                         scratch.data()),
+              Success);
+    ASSERT_EQ(count, kDiscs);
+    marker.set([&](int x, int y) {
+        return relief.at(x, y) != 0 ? static_cast<unsigned char>(1) : marker.at(x, y);
+    });
+    flood(relief, marker, 3, kByDistance);
+
+    // If two regions that meet had one label, they would be one area of that label.
+    int areas = 0;
+    for (int y = 0; y < kHeight; ++y)
+        for (int x = 0; x < kWidth; ++x)
+            if (marker.at(x, y) > 1) {
+                clearArea(marker, x, y);
+                ++areas;
+            }
+    EXPECT_EQ(areas, kDiscs);
 }
 
 }  // namespace
