@@ -144,8 +144,7 @@ HWY_INLINE bool relax(const SweepRow& row, const SweepKey* neighbours) {
     for (int x = 0; x < row.width; x += lanes)
         if (arrivesAlong<Order, 1>(row, x)) changed |= runAlong<Order, 1>(row, x, x + lanes);
     for (int x = (row.width - 1) / lanes * lanes; x >= 0; x -= lanes)
-        if (arrivesAlong<Order, -1>(row, x))
-            changed |= runAlong<Order, -1>(row, x + lanes - 1, x);
+        if (arrivesAlong<Order, -1>(row, x)) changed |= runAlong<Order, -1>(row, x + lanes - 1, x);
     return changed;
 }
 
@@ -262,8 +261,8 @@ void readLabels(const SweepKey* keys, unsigned char highLabel, unsigned char* ma
     }
     for (; x < width; ++x)
         if (marker[x] == 0)
-            marker[x] = keys[x] == kFarKey ? highLabel
-                                           : static_cast<unsigned char>(keys[x] & kLabelMask);
+            marker[x] =
+                keys[x] == kFarKey ? highLabel : static_cast<unsigned char>(keys[x] & kLabelMask);
 }
 
 }  // namespace
