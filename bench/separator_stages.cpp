@@ -140,7 +140,7 @@ int main(int argc, char** argv) {
                      input.geterror().c_str());
         return 66;
     }
-    const int width = input.spec().width, height = input.spec().height;
+    const int width = input.roi().width(), height = input.roi().height();
     Bytes object(std::size_t(width) * height);
     input.get_pixels(OIIO::ROI(0, width, 0, height, 0, 1, 0, 1), OIIO::TypeDesc::UINT8,
                      object.data());
