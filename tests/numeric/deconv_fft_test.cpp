@@ -5,8 +5,8 @@
 #include <limits>
 
 #include "deconv_oracle.h"
-#include "heap_probe.h"
 #include "numeric/owned.h"
+#include "tests/heap_probe.h"
 
 namespace numeric {
 namespace {

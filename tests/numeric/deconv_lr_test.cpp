@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "deconv_oracle.h"
-#include "heap_probe.h"
 #include "numeric/owned.h"
+#include "tests/heap_probe.h"
 
 namespace numeric {
 namespace {
