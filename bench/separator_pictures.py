@@ -17,7 +17,8 @@ import numpy as np
 from PIL import Image, ImageDraw
 
 OBJECTS = ["-f", "Adaptive threshold:Size=101,Min=0", "-f", "Open_Close:Dilate=3"]
-NUCLEI = ["-f", "Blur and enhance:Blur=3", "-f", "Adaptive threshold:Size=101,Min=0", "-f", "Open_Close:Dilate=2"]
+NUCLEI = ["-f", "Blur and enhance:Blur=1", "-f", "Adaptive threshold:Size=31,Min=0", "-f", "Open_Close:Dilate=2",
+          "-f", "Object separator:Det=20"]
 
 
 def apply(folder, source, output, filters):
@@ -59,9 +60,9 @@ def stages(folder, source, output):
 
 def timelapse(folder, template, output):
     results = Path(folder, "separated_####.png")
-    print("objects per frame:", apply(folder, template, results, [*NUCLEI, "-f", "Object separator:Det=12"]))
+    print("objects per frame:", apply(folder, template, results, NUCLEI))
     pictures = []
-    for number in (0, 14, 29):
+    for number in (2, 9, 29):
         frame = np.array(Image.open(template.replace("####", f"{number:04}"))).astype(float)
         grey = np.clip(255 * np.sqrt(frame / frame.max()), 0, 255).astype(np.uint8)
         white = np.array(Image.open(Path(folder, f"separated_{number:04}.png"))) > 0
