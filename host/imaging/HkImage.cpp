@@ -1,12 +1,12 @@
 #include "framework/contract/ImageProcessor/HkImage.h"
 
 #include <algorithm>
-#include <array>
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
 
 #include "host/imaging/HkImageAccess.h"
+#include "host/imaging/levels.h"
 
 namespace {
 
@@ -34,27 +34,15 @@ void describe(HkImage& image, unsigned char* pixels, int step, int width, int he
     image.height = image.roiHeight = height;
 }
 
-/// Maps lo ... hi to 0 ... 255.
-class Quantizer {
-public:
-    Quantizer(float lo, float hi) : m_lo(lo), m_hi(hi), m_range(m_hi - m_lo), m_valid(hi > lo) {}
-
-    unsigned char operator()(float sample) const {
-        const double value = sample;
-        // Written so that NaN, in the sample or in an infinite range, falls through to 0.
-        if (!m_valid || !(value > m_lo)) return 0;
-        if (value >= m_hi) return 255;
-        const double level = (value - m_lo) * 255 / m_range + 0.5;
-        return level >= 0 ? static_cast<unsigned char>(level) : 0;
+/// Spreads the first width samples of a row over so many channels each, in place.
+void repeatSamples(unsigned char* row, int width, int channels) {
+    if (channels == 1) return;
+    // From the end, where no sample is needed any more.
+    for (int x = width - 1; x >= 0; --x) {
+        const unsigned char sample = row[x];
+        std::fill_n(row + static_cast<std::ptrdiff_t>(x) * channels, channels, sample);
     }
-
-private:
-    // Double: the difference of two floats may overflow a float.
-    double m_lo;
-    double m_hi;
-    double m_range;
-    bool m_valid;
-};
+}
 
 }  // namespace
 
@@ -102,16 +90,11 @@ HkImage::~HkImage() {
 
 bool HkImage::getBufferCopy32f(float* dst, float lo, float hi) {
     if (!dst || !HkImageAccess::isPicture(*this) || channels != 1) return false;
-    std::array<float, 256> levels;
-    for (int sample = 0; sample < 256; ++sample)
-        levels[sample] = static_cast<float>(lo + (double{hi} - lo) * sample / 255);
+    const Dequantizer dequantize(lo, hi);
     const std::size_t rowLength = floatRowLength(width);
-    for (int y = 0; y < roiHeight; ++y) {
-        const unsigned char* row = data + static_cast<std::ptrdiff_t>(step) * y;
-        float* out = dst + rowLength * y;
-        std::transform(row, row + roiWidth, out,
-                       [&](unsigned char sample) { return levels[sample]; });
-    }
+    for (int y = 0; y < roiHeight; ++y)
+        dequantize.convertRow(data + static_cast<std::ptrdiff_t>(step) * y, dst + rowLength * y,
+                              roiWidth);
     return true;
 }
 
@@ -127,9 +110,8 @@ void HkImage::setImage32f(int newWidth, int newHeight, int newChannels, float* s
     const Quantizer quantize(lo, hi);
     const std::size_t rowLength = floatRowLength(width);
     for (int y = 0; y < height; ++y) {
-        const float* in = src + rowLength * y;
-        unsigned char* out = data + static_cast<std::ptrdiff_t>(step) * y;
-        for (int x = 0; x < width; ++x, out += channels)
-            std::fill(out, out + channels, quantize(in[x]));
+        unsigned char* row = data + static_cast<std::ptrdiff_t>(step) * y;
+        quantize.convertRow(src + rowLength * y, row, width);
+        repeatSamples(row, width, channels);
     }
 }

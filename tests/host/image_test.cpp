@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <limits>
+#include <random>
+#include <utility>
 #include <vector>
 
 #include "framework/contract/ImageProcessor/HkImage.h"
@@ -118,6 +121,52 @@ TEST(Image, SetImage32fScalesRoundsClampsAndWritesEachChannel) {
             ASSERT_EQ(image.channels, channels);
             for (int i = 0; i < 3 * channels; ++i)
                 ASSERT_EQ(image.data[image.step + i], level) << value << " in " << lo << " " << hi;
+        }
+}
+
+TEST(Image, FloatExchangeEqualsThePlainFormulaInDouble) {
+    constexpr float inf = std::numeric_limits<float>::infinity();
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    constexpr float big = std::numeric_limits<float>::max();
+    constexpr std::pair<float, float> ranges[] = {
+        {0, 255}, {0, 1},    {0, 14.3f},       {-1.5f, 3},        {1e6f, 1e6f + 1}, {100, 101},
+        {0, big}, {-big, 3}, {1e-40f, 2e-40f}, {-1e-31f, 1e-31f}, {-1e29f, 1e30f},  {3, 3}};
+    std::mt19937 random(5);
+    for (const auto& [lo, hi] : ranges)
+        for (const int width : {1, 63, 64, 65, 127, 192, 200, 333}) {
+            const double range = double{hi} - lo;
+            FloatPlane plane(width, 2);
+            for (int x = 0; x < width; ++x) {
+                // A level, the middle between two, or a float or two beside it; and any value.
+                const double middle = lo + (static_cast<int>(random() % 520) - 4) * range / 510;
+                auto value = static_cast<float>(std::clamp(middle, -double{big}, double{big}));
+                for (unsigned i = random() % 3; i > 0; --i)
+                    value = std::nextafter(value, random() % 2 ? inf : -inf);
+                plane.at(x, 0) = value;
+                plane.at(x, 1) = static_cast<float>(lo + random() * range / 4294967295.0);
+            }
+            const float special[] = {nan, inf, -inf, -0.0f, lo, hi};
+            for (const float value : special)
+                plane.at(static_cast<int>(random() % width), 1) = value;
+
+            HkImage image;
+            image.setImage32f(width, 2, 1, plane.values.data(), lo, hi);
+            for (int y = 0; y < 2; ++y)
+                for (int x = 0; x < width; ++x) {
+                    const float value = plane.at(x, y);
+                    const double level = (value - double{lo}) * 255 / range + 0.5;
+                    const int expected = !(hi > lo) || !(value > lo) ? 0
+                                         : value >= hi               ? 255
+                                                                     : static_cast<int>(level);
+                    ASSERT_EQ(image.data[image.step * y + x], expected)
+                        << value << " in " << lo << " " << hi << ", width " << width;
+                }
+
+            FloatPlane back(width, 2);
+            ASSERT_TRUE(image.getBufferCopy32f(back.values.data(), lo, hi));
+            for (int x = 0; x < width; ++x)
+                ASSERT_EQ(back.at(x, 1),
+                          static_cast<float>(lo + range * image.data[image.step + x] / 255));
         }
 }
 
