@@ -4,6 +4,7 @@
 #include <atomic>
 #include <climits>
 #include <cmath>
+#include <functional>
 #include <new>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
@@ -131,6 +132,29 @@ void transformRegion(HkImage* src, HkImage* dst, Compute compute) {
     store(pixels::withAlphaOf(before, compute(before)), destination);
 }
 
+bool areApart(const cv::Mat& a, const cv::Mat& b) {
+    const std::less<const unsigned char*> isBefore;
+    return !isBefore(b.data, a.dataend) || !isBefore(a.data, b.dataend);
+}
+
+/// Applies compute(before, after), which keeps size and channels, to the region of src. compute
+/// must work in place, take no heed of what `after` holds, and need no more memory once it writes.
+template <typename Compute>
+void transformInPlace(HkImage* src, HkImage* dst, Compute compute) {
+    const HkImage& source = requirePicture(src);
+    HkImage& destination = dst ? *dst : *src;
+    requireRoom(destination, source, source.channels);
+    const cv::Mat before = region(source);
+    if (source.channels != 4 && HkImageAccess::isPicture(destination)) {
+        cv::Mat after = region(destination);
+        const bool isSame = after.data == before.data && after.step == before.step;
+        if (isSame || areApart(before, after)) return compute(before, after);
+    }
+    cv::Mat result;
+    compute(before, result);
+    store(pixels::withAlphaOf(before, result), destination);
+}
+
 template <typename Convert>
 int convertColour(const char* name, HkImage* src, HkImage* dst, Convert convert) noexcept {
     return guarded(name, [&] {
@@ -147,18 +171,21 @@ void becomeGreyscale(HkImage& image) {
     grey.copyTo(pixelsOf(image, image.width, image.height));
 }
 
-cv::Mat passes3x3(const cv::Mat& image, unsigned int passes, pixels::Extreme extreme) {
+void passes3x3(const cv::Mat& image, cv::Mat& result, unsigned int passes,
+               pixels::Extreme extreme) {
     // n passes of 3 x 3 with replicated borders are one window of side 2n + 1.
     const int reach = static_cast<int>(passes);
-    return pixels::extremeOfWindow(image, reach, reach, extreme);
+    pixels::extremeOfWindow(image, result, reach, reach, extreme);
 }
 
 int openOrClose(const char* name, HkImage* src, unsigned int size, HkImage* dst,
                 pixels::Extreme first, pixels::Extreme second) noexcept {
     return guarded(name, [&] {
         requireWindow(size, kLargestWindow);
-        transformRegion(src, dst, [&](const cv::Mat& image) {
-            return passes3x3(passes3x3(image, size, first), size, second);
+        transformInPlace(src, dst, [&](const cv::Mat& before, cv::Mat& after) {
+            cv::Mat between;
+            passes3x3(before, between, size, first);
+            passes3x3(between, after, size, second);
         });
     });
 }
@@ -215,10 +242,8 @@ int HkImageProcessor::RGBtoGrayscale(HkImage* src, HkImage* dst) {
 
 int HkImageProcessor::invert(HkImage* src, HkImage* dst) {
     return guarded("Invert", [&] {
-        transformRegion(src, dst, [](const cv::Mat& image) {
-            cv::Mat inverted;
-            cv::bitwise_not(image, inverted);
-            return inverted;
+        transformInPlace(src, dst, [](const cv::Mat& before, cv::Mat& after) {
+            cv::bitwise_not(before, after);
         });
     });
 }
@@ -235,11 +260,11 @@ int HkImageProcessor::blur(HkImage* src, unsigned int size, HkImage* dst) {
 int HkImageProcessor::maxFilter(HkImage* src, unsigned int size, HkImage* dst) {
     return guarded("Maximum filter", [&] {
         requireWindow(size, kLargestWindow);
-        transformRegion(src, dst, [&](const cv::Mat& image) {
+        transformInPlace(src, dst, [&](const cv::Mat& before, cv::Mat& after) {
             // An even window has its extra pixel on the left and above.
             const int side = static_cast<int>(size);
-            return pixels::extremeOfWindow(image, side / 2, (side - 1) / 2,
-                                           pixels::Extreme::Largest);
+            pixels::extremeOfWindow(before, after, side / 2, (side - 1) / 2,
+                                    pixels::Extreme::Largest);
         });
     });
 }
@@ -259,9 +284,9 @@ int HkImageProcessor::dilate_erode(HkImage* src, int amount, HkImage* dst) {
         const unsigned int passes =
             amount < 0 ? 0u - static_cast<unsigned int>(amount) : static_cast<unsigned int>(amount);
         if (passes > 0) requireWindow(passes, kLargestWindow);
-        transformRegion(src, dst, [&](const cv::Mat& image) {
-            return passes3x3(image, passes,
-                             amount < 0 ? pixels::Extreme::Largest : pixels::Extreme::Smallest);
+        transformInPlace(src, dst, [&](const cv::Mat& before, cv::Mat& after) {
+            passes3x3(before, after, passes,
+                      amount < 0 ? pixels::Extreme::Largest : pixels::Extreme::Smallest);
         });
     });
 }

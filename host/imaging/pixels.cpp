@@ -116,7 +116,8 @@ cv::Mat gaussian(const cv::Mat& image, int side) {
     return result;
 }
 
-cv::Mat extremeOfWindow(const cv::Mat& image, int before, int after, Extreme extreme) {
+void extremeOfWindow(const cv::Mat& image, cv::Mat& result, int before, int after,
+                     Extreme extreme) {
     const int left = std::min(before, image.cols - 1);
     const int right = std::min(after, image.cols - 1);
     const int above = std::min(before, image.rows - 1);
@@ -125,17 +126,16 @@ cv::Mat extremeOfWindow(const cv::Mat& image, int before, int after, Extreme ext
         const cv::Size window(left + right + 1, above + below + 1);
         const cv::Mat rectangle = cv::getStructuringElement(cv::MORPH_RECT, window);
         const int operation = extreme == Extreme::Largest ? cv::MORPH_DILATE : cv::MORPH_ERODE;
-        cv::Mat result;
         cv::morphologyEx(image, result, operation, rectangle, cv::Point(left, above), 1,
                          cv::BORDER_REPLICATE);
-        return result;
+        return;
     }
-    cv::Mat result = image.clone();
-    extendWindows(result, Axis::Columns, left, false, extreme);
-    extendWindows(result, Axis::Columns, right, true, extreme);
-    extendWindows(result, Axis::Rows, above, false, extreme);
-    extendWindows(result, Axis::Rows, below, true, extreme);
-    return result;
+    cv::Mat extended = image.clone();
+    extendWindows(extended, Axis::Columns, left, false, extreme);
+    extendWindows(extended, Axis::Columns, right, true, extreme);
+    extendWindows(extended, Axis::Rows, above, false, extreme);
+    extendWindows(extended, Axis::Rows, below, true, extreme);
+    extended.copyTo(result);
 }
 
 }  // namespace pixels

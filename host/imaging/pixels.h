@@ -2,8 +2,8 @@
 
 #include <opencv2/core.hpp>
 
-/// The pixel work itself, on 8-bit matrices. Every function returns a new matrix and leaves its
-/// argument alone.
+/// The pixel work itself, on 8-bit matrices. Every function but the last returns a new matrix and
+/// leaves its argument alone.
 namespace pixels {
 
 /// The first three channels of colours, and the fourth of source where source has one.
@@ -26,6 +26,7 @@ enum class Extreme { Largest, Smallest };
 /// Largest or smallest sample among the pixels from `before` to the left of (above) a pixel to
 /// `after` to the right of (below) it. Replicating the border adds no sample that is not among
 /// those already, so windows are cut at the border and any reach is allowed.
-cv::Mat extremeOfWindow(const cv::Mat& image, int before, int after, Extreme extreme);
+/// result, made to fit, may be the image itself; all memory is taken before it is written.
+void extremeOfWindow(const cv::Mat& image, cv::Mat& result, int before, int after, Extreme extreme);
 
 }  // namespace pixels

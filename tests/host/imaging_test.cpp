@@ -397,7 +397,7 @@ TEST(ImagingDeathTest, LackOfMemoryIsAResult) {
         const rlimit limit{1000u << 20, 1000u << 20};
         const bool limited = image.data && setrlimit(RLIMIT_AS, &limit) == 0;
         HkImageProcessor::getInstance(keepMessage);
-        const bool failed = processor().invert(&image, nullptr) != 0 &&
+        const bool failed = processor().open(&image, 3, nullptr) != 0 &&
                             processor().blur(&image, 3, nullptr) != 0 && image.data[0] == 0;
         image.setImage32f(25000, 25000, 1, reinterpret_cast<float*>(image.data), 0, 1);
         std::exit(limited && failed && image.width == 24000 && messages.size() == 2 ? 0 : 1);
