@@ -59,12 +59,13 @@ bool HkImageAccess::isEmpty(const HkImage& image) {
 }
 
 bool HkImageAccess::allocate(HkImage& image, int width, int height, int channels,
-                             unsigned int rowAlignment) {
+                             unsigned int rowAlignment, Contents contents) {
     const int step = rowStepBytes(width, height, channels, rowAlignment);
     if (step == 0) return false;
+    const std::size_t size = static_cast<std::size_t>(height) * static_cast<std::size_t>(step);
     // calloc: the zeroed pages of a large picture cost nothing until they are touched.
-    auto* pixels = static_cast<unsigned char*>(
-        std::calloc(static_cast<std::size_t>(height), static_cast<std::size_t>(step)));
+    auto* pixels = static_cast<unsigned char*>(contents == Contents::Zeroed ? std::calloc(size, 1)
+                                                                            : std::malloc(size));
     if (!pixels) return false;
     std::free(image.m_owned);
     image.m_owned = pixels;
@@ -77,7 +78,8 @@ HkImage::HkImage() = default;
 HkImage::HkImage(int newWidth, int newHeight, int newChannels, unsigned char* pixels,
                  unsigned int rowAlignment) {
     if (!pixels) {
-        HkImageAccess::allocate(*this, newWidth, newHeight, newChannels, rowAlignment);
+        HkImageAccess::allocate(*this, newWidth, newHeight, newChannels, rowAlignment,
+                                HkImageAccess::Contents::Zeroed);
         return;
     }
     const int newStep = rowStepBytes(newWidth, newHeight, newChannels, rowAlignment);
@@ -103,8 +105,9 @@ void HkImage::setImage32f(int newWidth, int newHeight, int newChannels, float* s
     if (!src) return;
     const bool fits = HkImageAccess::isPicture(*this) && width == newWidth && height == newHeight &&
                       channels == newChannels;
-    if (!fits && !HkImageAccess::allocate(*this, newWidth, newHeight, newChannels,
-                                          HkImageAccess::kRowAlignment))
+    if (!fits &&
+        !HkImageAccess::allocate(*this, newWidth, newHeight, newChannels,
+                                 HkImageAccess::kRowAlignment, HkImageAccess::Contents::Undefined))
         return;
 
     const Quantizer quantize(lo, hi);

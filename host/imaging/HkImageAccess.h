@@ -11,10 +11,13 @@ struct HkImageAccess {
     /// True for an image without pixels and sizes, which an operation may fill.
     static bool isEmpty(const HkImage& image);
 
-    /// Gives the image zeroed pixels of its own, the region being all of them, in place of those it
-    /// shows. False, and the image as it was, when the sizes cannot be or there is no memory.
+    /// Of a block that was allocated: Undefined where every sample is written at once.
+    enum class Contents { Undefined, Zeroed };
+
+    /// Gives the image pixels of its own, the region being all of them, in place of those it shows.
+    /// False, and the image as it was, when the sizes cannot be or there is no memory.
     static bool allocate(HkImage& image, int width, int height, int channels,
-                         unsigned int rowAlignment);
+                         unsigned int rowAlignment, Contents contents);
 
     /// Row alignment of the images the library itself makes.
     static constexpr unsigned int kRowAlignment = 4;

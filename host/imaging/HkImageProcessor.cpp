@@ -116,7 +116,7 @@ void requireRoom(const HkImage& destination, const HkImage& source, int channels
 void store(const cv::Mat& result, HkImage& destination) {
     if (HkImageAccess::isEmpty(destination) &&
         !HkImageAccess::allocate(destination, result.cols, result.rows, result.channels(),
-                                 HkImageAccess::kRowAlignment))
+                                 HkImageAccess::kRowAlignment, HkImageAccess::Contents::Undefined))
         throw std::bad_alloc();
     result.copyTo(region(destination));
 }
