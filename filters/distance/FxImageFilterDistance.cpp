@@ -129,13 +129,16 @@ void FxImageFilterDistance::fitPlanes(const HkImage& image) {
         m_peakScratch = Scratch();
         m_scratch = Scratch();
     }
+    // Only a region that leaves out some of the last one's pixels needs the plane cleared.
     if (!m_distancePlane)
         m_distancePlane = numeric::makeZeroPlane(m_planeWidth, m_planeHeight, &m_planeStep);
-    else if (image.roiWidth < image.width || image.roiHeight < image.height)
+    else if (image.roiWidth < m_regionWidth || image.roiHeight < m_regionHeight)
         std::memset(m_distancePlane.get(), 0,
                     std::size_t(m_planeStep) * std::size_t(m_planeHeight));
+    m_regionWidth = image.roiWidth;
+    m_regionHeight = image.roiHeight;
     if (!m_workPlane)
-        m_workPlane = numeric::makeZeroPlane(m_planeWidth, m_planeHeight, &m_planeStep);
+        m_workPlane.reset(numeric::allocFloatImage(m_planeWidth, m_planeHeight, &m_planeStep));
 }
 
 /// The three kernels that share a buffer ask for different sizes: it grows to the largest, and a

@@ -35,6 +35,8 @@ private:
     int m_planeStep = 0;  ///< of both planes, bytes
     int m_planeWidth = 0;
     int m_planeHeight = 0;
+    int m_regionWidth = 0;  ///< of the last frame: the part of the distance plane that is not 0
+    int m_regionHeight = 0;
     numeric::OwnedPlane m_distancePlane;  ///< distance map, later how far peaks stand out
     numeric::OwnedPlane m_workPlane;
     Scratch m_peakScratch;

@@ -146,3 +146,25 @@ TEST(NewImages, TakeOverTheRegionOfTheFrame) {
         EXPECT_EQ(image->roiHeight, 5) << filter;
     }
 }
+
+TEST(NewImages, HoldNothingOfFramesBefore) {
+    FilterHost host(kDistance);
+    host.set(2, 80);
+    const auto renderedBy = [](HkImageFilter& filter, int roiWidth, int roiHeight) {
+        auto image = testImage(40, 30, 1);
+        image->roiWidth = roiWidth;
+        image->roiHeight = roiHeight;
+        process(filter, image);
+        image->roiWidth = image->width;  // outside the region, too
+        image->roiHeight = image->height;
+        return pixels(*image);
+    };
+    const auto make = [&] {
+        return std::unique_ptr<HkImageFilter>(host.manipulator->createImageFilter(host.objectId));
+    };
+    const auto used = make();
+    constexpr int kRegions[][2] = {{40, 30}, {25, 30}, {40, 12}, {25, 30}, {24, 11}, {40, 30}};
+    for (const auto& [width, height] : kRegions)
+        EXPECT_EQ(renderedBy(*used, width, height), renderedBy(*make(), width, height))
+            << width << " x " << height;
+}
