@@ -5,6 +5,7 @@
 namespace benchmarks {
 
 void addDistance();
+void addElementwise();
 void addPeakStep();
 
 }  // namespace benchmarks

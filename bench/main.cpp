@@ -9,6 +9,7 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     benchmarks::addDistance();
+    benchmarks::addElementwise();
     benchmarks::addPeakStep();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
