@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 
 #include "numeric/checks.h"
@@ -16,6 +17,10 @@ const SlotTable<ElementwiseRows> kBitwiseOr(kElementwiseBuilds);
 const SlotTable<ElementwiseRows> kByteThresholds(kElementwiseBuilds);
 
 constexpr int kLargestByte = 255;
+
+/// A plane larger than this is out of the caches before anyone reads it. Written past them, it need
+/// not be read in first: 1.6 times as fast at 33 MB, slower at 8 MB.
+constexpr std::int64_t kStreamedBytes = 16 << 20;
 
 unsigned char toByte(int value) {
     return static_cast<unsigned char>(std::clamp(value, 0, kLargestByte));
@@ -56,7 +61,10 @@ KernelStatus subtractScalar(const float* src, int srcStep, float scalar, float* 
 
     const PlaneView<const float> in{src, srcStep, width, height};
     const PlaneView<float> out{dst, dstStep, width, height};
-    const auto subtractRow = kSubtractScalar.selected().subtractScalar;
+    const ElementwiseRows& rows = kSubtractScalar.selected();
+    const bool isStreamed =
+        src != dst && std::int64_t{width} * height * int{sizeof(float)} > kStreamedBytes;
+    const auto subtractRow = isStreamed ? rows.subtractScalarStreamed : rows.subtractScalar;
     for (int y = 0; y < height; ++y) subtractRow(in.row(y), scalar, out.row(y), width);
     return Success;
 }

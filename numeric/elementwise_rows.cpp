@@ -1,6 +1,10 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "numeric/elementwise_rows.cpp"
 #include "numeric/elementwise_rows.h"
+
+#include <cstdint>
+
+#include "hwy/cache_control.h"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
 
@@ -15,6 +19,11 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 using FloatTag = hn::ScalableTag<float>;
 using ByteTag = hn::ScalableTag<unsigned char>;
+
+// Where two planes stream, vectors of 32 bytes were 5 to 20 % faster than those of 64, measured on
+// an EPYC with AVX-512; with one plane it is the other way round.
+using FloatPairTag = hn::CappedTag<float, 8>;
+using BytePairTag = hn::CappedTag<unsigned char, 32>;
 
 void thresholdFloatRow(float* data, int width, float level, float value) {
     const FloatTag d;
@@ -32,7 +41,7 @@ void thresholdFloatRow(float* data, int width, float level, float value) {
 }
 
 void subtractScalarRow(const float* src, float scalar, float* dst, int width) {
-    const FloatTag d;
+    const FloatPairTag d;
     const int lanes = static_cast<int>(hn::Lanes(d));
     const auto scalars = hn::Set(d, scalar);
     int x = 0;
@@ -42,8 +51,24 @@ void subtractScalarRow(const float* src, float scalar, float* dst, int width) {
     for (; x < width; ++x) dst[x] = src[x] - scalar;
 }
 
+void subtractScalarStreamedRow(const float* src, float scalar, float* dst, int width) {
+    const FloatPairTag d;
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    const auto scalars = hn::Set(d, scalar);
+    int x = 0;
+    const auto isAligned = [&] {
+        return reinterpret_cast<std::uintptr_t>(dst + x) % (sizeof(float) * lanes) == 0;
+    };
+    for (; x < width && !isAligned(); ++x) dst[x] = src[x] - scalar;
+#pragma GCC unroll 4
+    for (; x + lanes <= width; x += lanes)
+        hn::Stream(hn::Sub(hn::LoadU(d, src + x), scalars), d, dst + x);
+    for (; x < width; ++x) dst[x] = src[x] - scalar;
+    hwy::FlushStream();
+}
+
 void subtractRow(const float* src, float* srcDst, int width) {
-    const FloatTag d;
+    const FloatPairTag d;
     const int lanes = static_cast<int>(hn::Lanes(d));
     int x = 0;
 #pragma GCC unroll 4
@@ -81,7 +106,7 @@ float maximumRow(const float* data, int width, float start) {
 }
 
 void bitwiseOrRow(const unsigned char* src, unsigned char* srcDst, int width) {
-    const ByteTag d;
+    const BytePairTag d;
     const int lanes = static_cast<int>(hn::Lanes(d));
     int x = 0;
 #pragma GCC unroll 4
@@ -117,8 +142,9 @@ void thresholdBytesRow(unsigned char* data, int width, ByteThresholds t) {
 
 }  // namespace
 
-constexpr ElementwiseRows kRows = {thresholdFloatRow, subtractScalarRow, subtractRow,
-                                   maximumRow,        bitwiseOrRow,      thresholdBytesRow};
+constexpr ElementwiseRows kRows = {thresholdFloatRow, subtractScalarRow, subtractScalarStreamedRow,
+                                   subtractRow,       maximumRow,        bitwiseOrRow,
+                                   thresholdBytesRow};
 
 }  // namespace HWY_NAMESPACE
 }  // namespace numeric

@@ -13,6 +13,8 @@ struct ByteThresholds {
 struct ElementwiseRows {
     void (*thresholdFloat)(float* data, int width, float level, float value);
     void (*subtractScalar)(const float* src, float scalar, float* dst, int width);
+    /// The same past the caches.
+    void (*subtractScalarStreamed)(const float* src, float scalar, float* dst, int width);
     void (*subtract)(const float* src, float* srcDst, int width);
     /// The largest of start and the row's pixels; NaN pixels are passed over. start is no NaN.
     float (*maximum)(const float* data, int width, float start);

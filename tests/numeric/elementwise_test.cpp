@@ -76,6 +76,21 @@ TEST(Elementwise, SubtractScalarIntoAnotherPlaneAndInPlace) {
     });
 }
 
+// So large that the result is written past the caches.
+TEST(Elementwise, SubtractScalarIntoALargePlane) {
+    const FloatPlane source = specialFloats(4097, 1031, {4, 0}, 3);
+    FloatPlane expected(4097, 1031);
+    expected.set([&](int x, int y) { return source.at(x, y) - 1.7F; });
+    forEachSlot([&] {
+        FloatPlane actual(4097, 1031, {8, 4});
+        ASSERT_EQ(subtractScalar(source.data(), source.step(), 1.7F, actual.data(), actual.step(),
+                                 4097, 1031),
+                  Success);
+        ASSERT_TRUE(samePixels(expected, actual));
+        ASSERT_TRUE(actual.surroundingsIntact());
+    });
+}
+
 TEST(Elementwise, SubtractTakesTheFirstPlaneFromTheSecond) {
     sweep<float>([](int width, Layout layout) {
         const FloatPlane source = specialFloats(width, 3, layout, width);
