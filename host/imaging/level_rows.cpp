@@ -3,6 +3,7 @@
 #include "host/imaging/level_rows.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
@@ -18,34 +19,43 @@ using FloatTag = hn::ScalableTag<float>;
 using IntTag = hn::RebindToSigned<FloatTag>;
 using ByteTag = hn::Rebind<unsigned char, FloatTag>;
 
-/// How far ahead to fetch: about a row, which the processor does not do across pages.
-constexpr int kAhead = 2048;
+// The difference, the scale and the product are rounded, each by 2^-24 of 255 at most: together
+// less than 2^-14.
+constexpr float kDoubt = 1.0F / 16384;
 
-// Up to the addition of a half there are four roundings (of the difference, of the scale, of the
-// product, of lo's distance from a sample: exact), each by 2^-24 of 255 at most, and that of the
-// sum is 2^-17 at most: together less than 2^-14.
-constexpr float kDoubt = 1.0F / 8192;
+/// Added to a number from 0 to 255 leaves its nearest integer in the low byte.
+constexpr float kIntegers = 12582912;  // 1.5 * 2^23
+
+/// Whether no value of the block lies above lo, as in the empty parts of a picture.
+bool isEmptyBlock(const float* in, float lo) {
+    const FloatTag d;
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    auto above = hn::Gt(hn::LoadU(d, in), hn::Set(d, lo));
+#pragma GCC unroll 4
+    for (int x = lanes; x < kBlock; x += lanes)
+        above = hn::Or(above, hn::Gt(hn::LoadU(d, in + x), hn::Set(d, lo)));
+    return hn::AllFalse(d, above);
+}
 
 /// Whether every level of the block is beyond doubt; the block is written in any case.
 bool blockToLevels(const float* in, unsigned char* out, float lo, float scale) {
     const FloatTag d;
-    const IntTag di;
+    const hn::RebindToUnsigned<FloatTag> du;
     const ByteTag db;
     const int lanes = static_cast<int>(hn::Lanes(d));
     const auto zero = hn::Zero(d);
-    const auto half = hn::Set(d, 0.5F);
     const auto highest = hn::Set(d, 255.0F);
+    const auto integers = hn::Set(d, kIntegers);
     auto farthest = zero;
 #pragma GCC unroll 4
     for (int x = 0; x < kBlock; x += lanes) {
         const auto scaled =
             hn::Mul(hn::Sub(hn::LoadU(d, in + x), hn::Set(d, lo)), hn::Set(d, scale));
-        const auto positive = hn::IfThenElseZero(hn::Gt(scaled, zero), scaled);  // NaN becomes 0
-        const auto raised = hn::Add(hn::Min(positive, highest), half);
-        const auto levels = hn::ConvertTo(di, raised);  // rounds towards 0
-        const auto fromMiddle = hn::Sub(hn::Sub(raised, hn::ConvertTo(d, levels)), half);
-        farthest = hn::Max(farthest, hn::Abs(fromMiddle));
-        hn::StoreU(hn::DemoteTo(db, levels), db, out + x);
+        // NaN becomes 0, or stays and leaves doubt.
+        const auto clamped = hn::Min(hn::Max(scaled, zero), highest);
+        const auto raised = hn::Add(clamped, integers);
+        farthest = hn::Max(farthest, hn::Abs(hn::Sub(clamped, hn::Sub(raised, integers))));
+        hn::StoreU(hn::TruncateTo(db, hn::BitCast(du, raised)), db, out + x);
     }
     return hn::AllTrue(d, hn::Lt(farthest, hn::Set(d, 0.5F - kDoubt)));
 }
@@ -53,10 +63,12 @@ bool blockToLevels(const float* in, unsigned char* out, float lo, float scale) {
 int toLevels(const float* in, unsigned char* out, int width, float lo, float scale) {
     if (width < kBlock) return 0;
     for (int x = 0; x < width; x += kBlock) {
-        for (int line = 0; line < kBlock; line += 16) __builtin_prefetch(in + x + kAhead + line);
         // The last block may begin among samples that are done already.
         const int begin = std::min(x, width - kBlock);
-        if (!blockToLevels(in + begin, out + begin, lo, scale)) return x;
+        if (isEmptyBlock(in + begin, lo))
+            std::memset(out + begin, 0, kBlock);
+        else if (!blockToLevels(in + begin, out + begin, lo, scale))
+            return x;
     }
     return width;
 }
