@@ -137,6 +137,11 @@ bool areApart(const cv::Mat& a, const cv::Mat& b) {
     return !isBefore(b.data, a.dataend) || !isBefore(a.data, b.dataend);
 }
 
+/// The same pixels, sample by sample.
+bool isSame(const cv::Mat& a, const cv::Mat& b) {
+    return a.data == b.data && a.step == b.step && a.type() == b.type();
+}
+
 /// Applies compute(before, after), which keeps size and channels, to the region of src. compute
 /// must work in place, take no heed of what `after` holds, and need no more memory once it writes.
 template <typename Compute>
@@ -147,8 +152,7 @@ void transformInPlace(HkImage* src, HkImage* dst, Compute compute) {
     const cv::Mat before = region(source);
     if (source.channels != 4 && HkImageAccess::isPicture(destination)) {
         cv::Mat after = region(destination);
-        const bool isSame = after.data == before.data && after.step == before.step;
-        if (isSame || areApart(before, after)) return compute(before, after);
+        if (isSame(before, after) || areApart(before, after)) return compute(before, after);
     }
     cv::Mat result;
     compute(before, result);
@@ -163,12 +167,12 @@ int convertColour(const char* name, HkImage* src, HkImage* dst, Convert convert)
     });
 }
 
-/// One-channel pixels in the rows of the picture itself: no memory is needed that could be missing
-/// once the first row is written, and rows the caller owns stay in use.
+/// One-channel pixels in the rows of the picture itself: rows the caller owns stay in use.
 void becomeGreyscale(HkImage& image) {
-    const cv::Mat grey = pixels::luma(pixelsOf(image, image.width, image.height));
+    const cv::Mat colours = pixelsOf(image, image.width, image.height);
     image.channels = 1;
-    grey.copyTo(pixelsOf(image, image.width, image.height));
+    cv::Mat grey = pixelsOf(image, image.width, image.height);
+    pixels::luma(colours, grey);
 }
 
 void passes3x3(const cv::Mat& image, cv::Mat& result, unsigned int passes,
@@ -211,10 +215,10 @@ int HkImageProcessor::copyChannel(HkImage* src, int srcChannel, HkImage* dst, in
                 "the source has no channel of that number");
         require(dstChannel >= 0 && dstChannel < destination.channels,
                 "the destination has no channel of that number");
-        cv::Mat channel;
-        cv::extractChannel(region(source), channel, srcChannel);
-        cv::Mat target = region(destination);
-        cv::insertChannel(channel, target, dstChannel);
+        cv::Mat before = region(source);
+        cv::Mat after = region(destination);
+        if (!isSame(before, after) && !areApart(before, after)) before = before.clone();
+        pixels::copyChannel(before, srcChannel, after, dstChannel);
     });
 }
 
@@ -236,7 +240,11 @@ int HkImageProcessor::RGBtoGrayscale(HkImage* src, HkImage* dst) {
         requireChannels(source, 3, 4);
         if (!dst || dst == src) return becomeGreyscale(*src);
         requireRoom(*dst, source, 1);
-        store(pixels::luma(region(source)), *dst);
+        cv::Mat grey;
+        if (HkImageAccess::isPicture(*dst) && areApart(region(source), region(*dst)))
+            grey = region(*dst);
+        pixels::luma(region(source), grey);
+        if (grey.data != dst->data) store(grey, *dst);
     });
 }
 

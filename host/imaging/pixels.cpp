@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 
+#include "host/imaging/channel_rows.h"
+
 namespace pixels {
 
 namespace {
@@ -88,18 +90,17 @@ cv::Mat rgbToHls(const cv::Mat& rgb) {
     return hls;
 }
 
-cv::Mat luma(const cv::Mat& rgb) {
-    // COLOR_RGB2GRAY rounds some colours differently from the Y of YCrCb; the two must agree.
-    // Bands keep the two other channels, which are thrown away, in the cache.
-    constexpr int kBandRows = 32;
-    cv::Mat grey(rgb.size(), CV_8UC1);
-    cv::Mat yvu;
-    for (int y = 0; y < rgb.rows; y += kBandRows) {
-        const int end = std::min(rgb.rows, y + kBandRows);
-        cv::cvtColor(rgb.rowRange(y, end), yvu, cv::COLOR_RGB2YCrCb);
-        cv::extractChannel(yvu, grey.rowRange(y, end), 0);
-    }
-    return grey;
+void luma(const cv::Mat& rgb, cv::Mat& grey) {
+    // Not COLOR_RGB2GRAY, which rounds some colours differently from the Y of YCrCb.
+    grey.create(rgb.size(), CV_8UC1);
+    for (int y = 0; y < rgb.rows; ++y)
+        channel_rows::luma(rgb.ptr(y), rgb.channels(), grey.ptr(y), rgb.cols);
+}
+
+void copyChannel(const cv::Mat& image, int from, cv::Mat& result, int to) {
+    for (int y = 0; y < image.rows; ++y)
+        channel_rows::copyChannel(image.ptr(y) + from, image.channels(), result.ptr(y) + to,
+                                  result.channels(), image.cols);
 }
 
 cv::Mat gaussian(const cv::Mat& image, int side) {

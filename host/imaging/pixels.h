@@ -2,8 +2,8 @@
 
 #include <opencv2/core.hpp>
 
-/// The pixel work itself, on 8-bit matrices. Every function but the last returns a new matrix and
-/// leaves its argument alone.
+/// The pixel work itself, on 8-bit matrices. Functions that return a matrix make a new one; the
+/// others write to their second matrix.
 namespace pixels {
 
 /// The first three channels of colours, and the fourth of source where source has one.
@@ -14,8 +14,13 @@ cv::Mat rgbToYuv(const cv::Mat& rgb);
 cv::Mat yuvToRgb(const cv::Mat& yuv);
 cv::Mat rgbToHls(const cv::Mat& rgb);
 
-/// One channel: the same numbers as the first channel of rgbToYuv().
-cv::Mat luma(const cv::Mat& rgb);
+/// One channel, made to fit: the same numbers as the first channel of rgbToYuv(). The rows of grey
+/// may begin where those of rgb do.
+void luma(const cv::Mat& rgb, cv::Mat& grey);
+
+/// Channel `from` of the image replaces channel `to` of result, a matrix of the same size that
+/// shares no pixels with the image or is the image itself.
+void copyChannel(const cv::Mat& image, int from, cv::Mat& result, int to);
 
 /// Gaussian of side x side pixels, side odd, its sigma the one OpenCV takes for that side. Within 3
 /// levels of the exact value up to a side of 31, within 1 beyond.

@@ -252,44 +252,60 @@ TEST(Imaging, YuvThereAndBackIsWithinOneLevelAndGreyIsItsY) {
 }
 
 TEST(Imaging, GreyscaleInPlaceConvertsTheWholeImageAndKeepsTheRegion) {
-    for (const int channels : {3, 4}) {
-        Canvas canvas({37, 70, channels, 11, 5, 7}, 4);
-        HkImage& image = canvas.image;
-        ASSERT_EQ(0, processor().RGBtoGrayscale(&image, nullptr));
-        EXPECT_EQ(image.channels, 1);
-        EXPECT_EQ(image.roiWidth, 11);
-        EXPECT_EQ(image.roiHeight, 5);
-        for (int y = 0; y < 70; ++y)
-            for (int x = 0; x < 37; ++x) {
-                const unsigned char* rgb =
-                    canvas.before.data() + Canvas::kMargin + y * (37 * channels + 7) + x * channels;
-                ASSERT_NEAR(image.data[y * image.step + x], oracle::lumaOf(rgb[0], rgb[1], rgb[2]),
-                            kRounded);
-            }
-        EXPECT_TRUE(std::equal(canvas.bytes.begin(), canvas.bytes.begin() + Canvas::kMargin,
-                               canvas.before.begin()));
-        EXPECT_TRUE(std::equal(canvas.bytes.end() - Canvas::kMargin, canvas.bytes.end(),
-                               canvas.before.end() - Canvas::kMargin));
-    }
+    for (const int channels : {3, 4})
+        for (const int width : {37, 64, 211}) {  // narrower and wider than any vector
+            Canvas canvas({width, 70, channels, 11, 5, 7}, 4);
+            HkImage& image = canvas.image;
+            ASSERT_EQ(0, processor().RGBtoGrayscale(&image, nullptr));
+            EXPECT_EQ(image.channels, 1);
+            EXPECT_EQ(image.roiWidth, 11);
+            EXPECT_EQ(image.roiHeight, 5);
+            for (int y = 0; y < 70; ++y)
+                for (int x = 0; x < width; ++x) {
+                    const unsigned char* rgb = canvas.before.data() + Canvas::kMargin +
+                                               y * (width * channels + 7) + x * channels;
+                    ASSERT_NEAR(image.data[y * image.step + x],
+                                oracle::lumaOf(rgb[0], rgb[1], rgb[2]), kRounded);
+                }
+            EXPECT_TRUE(std::equal(canvas.bytes.begin(), canvas.bytes.begin() + Canvas::kMargin,
+                                   canvas.before.begin()));
+            EXPECT_TRUE(std::equal(canvas.bytes.end() - Canvas::kMargin, canvas.bytes.end(),
+                                   canvas.before.end() - Canvas::kMargin));
+        }
 }
 
 TEST(Imaging, CopyChannelTouchesOneChannelOfTheRegion) {
-    Canvas source({9, 7, 3, 5, 4, 2}, 1);
-    Canvas target({12, 4, 4, 5, 4, 1}, 2);
-    ASSERT_EQ(0, processor().copyChannel(&source.image, 2, &target.image, 1));
-    Samples expected = target.samples();
-    const Samples in = source.samples();
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 5; ++x) expected.at(x, y, 1) = in.at(x, y, 2);
-    EXPECT_EQ(samplesOf(target.image).values, expected.values);
-    EXPECT_TRUE(target.onlyRegionTouched());
+    const auto expectCopy = [](Canvas& source, int from, Canvas& target, int to, HkImage* dst) {
+        Samples expected = target.samples();
+        const Samples in = source.samples();
+        for (int y = 0; y < in.height; ++y)
+            for (int x = 0; x < in.width; ++x) expected.at(x, y, to) = in.at(x, y, from);
+        ASSERT_EQ(0, processor().copyChannel(&source.image, from, dst, to));
+        EXPECT_EQ(samplesOf(target.image).values, expected.values);
+        EXPECT_TRUE(target.onlyRegionTouched());
+    };
+    for (const int channels : {1, 2, 3, 4})
+        for (const int others : {1, 2, 3, 4})
+            for (const int width : {1, 5, 64, 65, 150}) {  // narrower and wider than any vector
+                SCOPED_TRACE(std::to_string(channels) + " to " + std::to_string(others) + ", " +
+                             std::to_string(width));
+                Canvas source({width + 4, 7, channels, width, 4, 2}, 1);
+                Canvas target({width + 7, 4, others, width, 4, 1}, 2);
+                expectCopy(source, channels - 1, target, others / 2, &target.image);
+                Canvas within({width + 4, 7, channels, width, 4, 2}, 3);
+                expectCopy(within, 0, within, channels - 1, nullptr);
+            }
 
-    ASSERT_EQ(0, processor().copyChannel(&source.image, 0, nullptr, 1));  // within the source
-    Samples within = in;
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 5; ++x) within.at(x, y, 1) = in.at(x, y, 0);
-    EXPECT_EQ(samplesOf(source.image).values, within.values);
-    EXPECT_TRUE(source.onlyRegionTouched());
+    // A destination one pixel to the left within the same rows.
+    Canvas canvas({70, 3, 3, 69, 3, 0}, 5);
+    HkImage sharing(69, 3, 3, canvas.image.data, 210);
+    canvas.image.data += 3;
+    ASSERT_EQ(0, processor().copyChannel(&canvas.image, 0, &sharing, 2));
+    for (int y = 0; y < 3; ++y)
+        for (int x = 0; x < 69; ++x)
+            ASSERT_EQ(
+                sharing.data[210 * y + 3 * x + 2],
+                canvas.before[Canvas::kMargin + static_cast<std::size_t>(210 * y + 3 * x) + 3]);
 }
 
 std::vector<std::string> messages;
