@@ -34,6 +34,14 @@ void describe(HkImage& image, unsigned char* pixels, int step, int width, int he
     image.height = image.roiHeight = height;
 }
 
+/// Zeroes the bytes between the end of each row and the next.
+void clearPadding(const HkImage& image) {
+    const std::ptrdiff_t length = std::ptrdiff_t{image.width} * image.channels;
+    if (length == image.step) return;
+    for (std::ptrdiff_t y = 0; y < image.height; ++y)
+        std::fill(image.data + y * image.step + length, image.data + (y + 1) * image.step, 0);
+}
+
 /// Spreads the first width samples of a row over so many channels each, in place.
 void repeatSamples(unsigned char* row, int width, int channels) {
     if (channels == 1) return;
@@ -70,6 +78,7 @@ bool HkImageAccess::allocate(HkImage& image, int width, int height, int channels
     std::free(image.m_owned);
     image.m_owned = pixels;
     describe(image, pixels, step, width, height, channels);
+    if (contents == Contents::Undefined) clearPadding(image);
     return true;
 }
 

@@ -11,7 +11,7 @@ struct HkImageAccess {
     /// True for an image without pixels and sizes, which an operation may fill.
     static bool isEmpty(const HkImage& image);
 
-    /// Of a block that was allocated: Undefined where every sample is written at once.
+    /// Of the samples of a new block: Undefined where all are written at once.
     enum class Contents { Undefined, Zeroed };
 
     /// Gives the image pixels of its own, the region being all of them, in place of those it shows.

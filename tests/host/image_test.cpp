@@ -162,6 +162,8 @@ TEST(Image, FloatExchangeEqualsThePlainFormulaInDouble) {
                         << value << " in " << lo << " " << hi << ", width " << width;
                 }
 
+            for (int x = width; x < image.step; ++x) ASSERT_EQ(image.data[x], 0);
+
             FloatPlane back(width, 2);
             ASSERT_TRUE(image.getBufferCopy32f(back.values.data(), lo, hi));
             for (int x = 0; x < width; ++x)
