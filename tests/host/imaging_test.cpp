@@ -276,8 +276,8 @@ TEST(Imaging, GreyscaleInPlaceConvertsTheWholeImageAndKeepsTheRegion) {
 
 TEST(Imaging, CopyChannelTouchesOneChannelOfTheRegion) {
     const auto expectCopy = [](Canvas& source, int from, Canvas& target, int to, HkImage* dst) {
-        Samples expected = target.samples();
-        const Samples in = source.samples();
+        Samples expected = samplesOf(target.image);
+        const Samples in = samplesOf(source.image);
         for (int y = 0; y < in.height; ++y)
             for (int x = 0; x < in.width; ++x) expected.at(x, y, to) = in.at(x, y, from);
         ASSERT_EQ(0, processor().copyChannel(&source.image, from, dst, to));
