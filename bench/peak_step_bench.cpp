@@ -124,12 +124,15 @@ void benchmarks::addPeakStep() {
     // The initial "Details" of a separation, 10, asks for a third of them.
     constexpr float kLevels = 10.0F / 3;
     constexpr int kWidth = 1920, kHeight = 1080;
-    add(separationPlanes(scenes::denseDiscs(kWidth, kHeight), kLevels));
-    add(separationPlanes(scenes::sparseDiscs(kWidth, kHeight), kLevels));
-    add(separationPlanes(scenes::noise(kWidth, kHeight, 0.97), kLevels));
-    add(separationPlanes(scenes::denseDiscs(512, 512), kLevels));
-    add(separationPlanes(scenes::denseDiscs(3840, 2160), kLevels), Peer::No);
-    add(separationPlanes(scenes::denseDiscs(kWidth, kHeight), kLevels), Peer::Yes, kCityBlock);
+    constexpr int kSizes[][2] = {{kWidth, kHeight}, {512, 512}, {3840, 2160}};
+    for (const auto& [width, height] : kSizes) {
+        const Peer peer = width > kWidth ? Peer::No : Peer::Yes;
+        for (const int mode : {kChessboard, kCityBlock}) {
+            add(separationPlanes(scenes::denseDiscs(width, height), kLevels), peer, mode);
+            add(separationPlanes(scenes::sparseDiscs(width, height), kLevels), peer, mode);
+            add(separationPlanes(scenes::noise(width, height, 0.97), kLevels), peer, mode);
+        }
+    }
     add(separationPlanes(scenes::zeroBorder(kWidth, kHeight), kLevels));
     // The mazes and the comb take the peer seconds.
     add(scenes::floodFromFirstPixel(scenes::spiral(kWidth, kHeight)), Peer::No);
