@@ -29,16 +29,20 @@ public:
         const int padded = kNearReach + width + kLineOverrun + kNearReach;
         nearSquares = take<std::int16_t>(next, padded) + kNearReach;
         std::fill_n(nearSquares - kNearReach, padded, std::numeric_limits<std::int16_t>::max());
+        reaches = take<unsigned char>(next, mostBlocks(width));
+        forgetReaches(width);
     }
     DistanceScratch(const DistanceScratch&) = delete;
     DistanceScratch& operator=(const DistanceScratch&) = delete;
 
+    void forgetReaches(int width) { std::fill_n(reaches, mostBlocks(width), kUnknownReach); }
     unsigned char* aboveBytes() const { return reinterpret_cast<unsigned char*>(above); }
 
     double* farSquares;
     std::int32_t* above;
     std::int32_t* nearest;
     std::int16_t* nearSquares;
+    unsigned char* reaches;
 
 private:
     template <class T>
@@ -48,8 +52,10 @@ private:
         return line;
     }
 
+    static int mostBlocks(int width) { return (width + 1) / 2; }
+
     static constexpr int kNarrow = 128;
-    static constexpr int kBytesPerColumn = 8 + 4 + 4 + 2;
+    static constexpr int kBytesPerColumn = 8 + 4 + 4 + 2 + 1;
     static constexpr int kOverrunBytes =
         (8 + 4) * kLineOverrun / 4 + 4 + 2 * (kLineOverrun + 2 * kNearReach);
     static_assert(kBytesPerColumn * kNarrow + kOverrunBytes + kScratchAlignment <=
@@ -58,14 +64,20 @@ private:
 };
 
 /// One call: where everything lies. The counts downwards are parked in the destination's rows until
-/// the distances replace them.
+/// the distances replace them: ints in their own row, bytes packed into the last rows, each row's
+/// counts in a row that is written no sooner.
 struct DistanceTransform {
     const DistanceRows& rows;
     PlaneView<const unsigned char> src;
     PlaneView<float> dst;
     DistanceScratch& scratch;
 
-    unsigned char* belowBytes(int y) const { return reinterpret_cast<unsigned char*>(dst.row(y)); }
+    unsigned char* belowBytes(int y) const {
+        constexpr int kPerRow = sizeof(float);
+        const int fromLast = dst.height - 1 - y;
+        return reinterpret_cast<unsigned char*>(dst.row(dst.height - 1 - fromLast / kPerRow)) +
+               static_cast<std::ptrdiff_t>(kPerRow - 1 - fromLast % kPerRow) * dst.width;
+    }
     std::int32_t* below(int y) const { return reinterpret_cast<std::int32_t*>(dst.row(y)); }
 
     int transformNearRows() const;
@@ -85,7 +97,7 @@ int DistanceTransform::transformNearRows() const {
     std::fill_n(above, width, kFar);
     for (int y = 0; y < height; ++y) {
         rows.squareBytes(src.row(y), above, belowBytes(y), scratch.nearSquares, width);
-        if (!rows.nearRow(scratch.nearSquares, dst.row(y), width)) return y;
+        if (!rows.nearRow(scratch.nearSquares, scratch.reaches, dst.row(y), width)) return y;
     }
     return height;
 }
@@ -112,8 +124,9 @@ void DistanceTransform::transformRowsFrom(int start) const {
     for (int y = start; y < height; ++y) {
         rows.squareInts(src.row(y), above, below(y), scratch.nearSquares, scratch.farSquares, width,
                         none);
-        if (!rows.nearRow(scratch.nearSquares, dst.row(y), width))
-            rows.farRow(scratch.farSquares, scratch.nearest, dst.row(y), width, none);
+        if (rows.nearRow(scratch.nearSquares, scratch.reaches, dst.row(y), width)) continue;
+        scratch.forgetReaches(width);
+        rows.farRow(scratch.farSquares, scratch.nearest, dst.row(y), width, none);
     }
 }
 

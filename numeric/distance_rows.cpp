@@ -55,7 +55,7 @@ void countBytes(const unsigned char* src, const unsigned char* before, unsigned 
                 int width) {
     const ByteTag d;
     const int lanes = static_cast<int>(hn::Lanes(d));
-    for (int x = 0; x < width; x += lanes) {
+    for (int x = (width - 1) / lanes * lanes; x >= 0; x -= lanes) {
         const int count = width - x;
         const auto next = nextCount(loadFirst(d, src + x, count), loadFirst(d, before + x, count));
         storeFirst(next, d, counts + x, count);
@@ -111,7 +111,8 @@ void squareBytes(const unsigned char* src, unsigned char* above, const unsigned 
 // --- Near search: all columns within reach, nearest first ----------------------------------------
 
 // The square root of a float is correctly rounded, so for whole numbers below 2^24 it is the root
-// computed in double and stored as float.
+// computed in double and stored as float. Zeros and ones are their own roots.
+template <bool kZerosAndOnes>
 HWY_INLINE void storeRoots(const std::int16_t* squares, float* dst, int count) {
     const FloatTag d;
     const IntTag ints;
@@ -119,22 +120,22 @@ HWY_INLINE void storeRoots(const std::int16_t* squares, float* dst, int count) {
     const int lanes = static_cast<int>(hn::Lanes(d));
     for (int i = 0; i < count; i += lanes) {
         const auto wide = hn::PromoteTo(ints, hn::LoadU(shorts, squares + i));
-        storeFirst(hn::Sqrt(hn::ConvertTo(d, wide)), d, dst + i, count - i);
+        const auto exact = hn::ConvertTo(d, wide);
+        storeFirst(kZerosAndOnes ? exact : hn::Sqrt(exact), d, dst + i, count - i);
     }
 }
 
-HWY_INLINE hn::Vec<ShortTag> nearer(hn::Vec<ShortTag> squares, const std::int16_t* line, int k) {
+HWY_INLINE hn::Vec<ShortTag> nearer(hn::Vec<ShortTag> squares, const std::int16_t* line, int k,
+                                    hn::Vec<ShortTag> squareOfK) {
     const ShortTag d;
     const auto sideways = hn::Min(hn::LoadU(d, line - k), hn::LoadU(d, line + k));
-    return hn::Min(squares,
-                   hn::SaturatedAdd(sideways, hn::Set(d, static_cast<std::int16_t>(k * k))));
+    return hn::Min(squares, hn::SaturatedAdd(sideways, squareOfK));
 }
 
-// Columns on either side between two tests whether the search may stop.
-constexpr int kStepsPerTest = 3;
-static_assert(kNearReach % kStepsPerTest == 0);
-
-bool nearRow(const std::int16_t* squares, float* dst, int width) {
+// The distances of neighbouring pixels differ by 1 at most, so a block's largest distance, rounded
+// up, changes by at most 1 from row to row. If it was r, no zero pixel more than r columns away can
+// be nearer than the nearest one within r columns.
+bool nearRow(const std::int16_t* squares, unsigned char* reaches, float* dst, int width) {
     const ShortTag d;
     const int lanes = static_cast<int>(hn::Lanes(d));
     const int reach = std::min(kNearReach, width - 1);
@@ -151,21 +152,34 @@ bool nearRow(const std::int16_t* squares, float* dst, int width) {
             first = hn::IfThenElseZero(hn::FirstN(d, std::min(count, lanes)), first);
             second = hn::IfThenElseZero(hn::FirstN(d, std::max(count - lanes, 0)), second);
         }
-        int k = 1;
-        const auto unfinished = [&](int square) {
+        const auto exceeds = [&](int square) {
             const auto largest = hn::Max(first, second);
             return !hn::AllFalse(d, hn::Gt(largest, hn::Set(d, static_cast<std::int16_t>(square))));
         };
-        while (k <= reach && unfinished(k * k)) {
-            for (int end = k + kStepsPerTest; k < end; ++k) {
-                first = nearer(first, line, k);
-                second = nearer(second, line + lanes, k);
-            }
+        const int before = *reaches;
+        const bool isKnown = before != kUnknownReach;
+        auto squareOfK = hn::Set(d, 1);
+        auto growth = hn::Set(d, 3);
+        for (int k = 1; k <= std::min(before, reach); ++k) {
+            if (!isKnown && !exceeds(k * k)) break;
+            first = nearer(first, line, k, squareOfK);
+            second = nearer(second, line + lanes, k, squareOfK);
+            squareOfK = hn::Add(squareOfK, growth);
+            growth = hn::Add(growth, hn::Set(d, 2));
         }
-        if (k > reach && unfinished(limit)) return false;
+        if (before > reach && exceeds(limit)) return false;
+        int now = isKnown ? std::max(before - 1, 0) : 0;
+        if (isKnown)
+            now += exceeds(now * now) + exceeds((now + 1) * (now + 1));
+        else
+            while (exceeds(now * now)) ++now;
+        *reaches++ = static_cast<unsigned char>(now);
         hn::Store(first, d, found);
         hn::Store(second, d, found + lanes);
-        storeRoots(found, dst + x, count);
+        if (before == 0)
+            storeRoots<true>(found, dst + x, count);
+        else
+            storeRoots<false>(found, dst + x, count);
     }
     return true;
 }

@@ -150,6 +150,9 @@ INSTANTIATE_TEST_SUITE_P(
                 line(200, [](int i) { return std::pair(i, i % 5); })},
         Picture{"far above, near below", 200, 620,
                 line(200, [](int i) { return std::pair(i, 619 - i % 7); })},
+        // Largest distances that rise and fall from row to row, within reach and beyond.
+        Picture{"scattered", 301, 211,
+                line(45, [](int i) { return std::pair(i * i * 37 % 301, i * 53 % 211); })},
         Picture{"steep line", 330, 400, line(400, [](int i) { return std::pair(i / 9, i); })},
         Picture{"diagonal", 400, 400, line(400, [](int i) { return std::pair(i, 399 - i); })},
         Picture{"circle round the middle", 431, 431, line(360, [](int i) {
