@@ -96,7 +96,7 @@ int DistanceTransform::transformNearRows() const {
     unsigned char* above = scratch.aboveBytes();
     std::fill_n(above, width, kFar);
     for (int y = 0; y < height; ++y) {
-        rows.squareBytes(src.row(y), above, belowBytes(y), scratch.nearSquares, width);
+        rows.squareBytes(above, belowBytes(y), scratch.nearSquares, width);
         if (!rows.nearRow(scratch.nearSquares, scratch.reaches, dst.row(y), width)) return y;
     }
     return height;
@@ -122,8 +122,7 @@ void DistanceTransform::transformRowsFrom(int start) const {
         return;
     }
     for (int y = start; y < height; ++y) {
-        rows.squareInts(src.row(y), above, below(y), scratch.nearSquares, scratch.farSquares, width,
-                        none);
+        rows.squareInts(above, below(y), scratch.nearSquares, scratch.farSquares, width, none);
         if (rows.nearRow(scratch.nearSquares, scratch.reaches, dst.row(y), width)) continue;
         scratch.forgetReaches(width);
         rows.farRow(scratch.farSquares, scratch.nearest, dst.row(y), width, none);

@@ -45,9 +45,10 @@ HWY_INLINE void storeFirst(hn::Vec<D> v, D d, T* to, int count) {
 
 // --- Vertical counts -----------------------------------------------------------------------------
 
-HWY_INLINE hn::Vec<ByteTag> nextCount(hn::Vec<ByteTag> src, hn::Vec<ByteTag> before) {
+// From pixels, or from their counts in the other direction: both are zero at the same places.
+HWY_INLINE hn::Vec<ByteTag> nextCount(hn::Vec<ByteTag> pixels, hn::Vec<ByteTag> before) {
     const ByteTag d;
-    const auto isZero = hn::Eq(src, hn::Zero(d));
+    const auto isZero = hn::Eq(pixels, hn::Zero(d));
     return hn::IfThenZeroElse(isZero, hn::SaturatedAdd(before, hn::Set(d, 1)));
 }
 
@@ -63,10 +64,8 @@ void countBytes(const unsigned char* src, const unsigned char* before, unsigned 
 }
 
 template <class D>
-HWY_INLINE hn::Vec<D> nextCount(D d, const unsigned char* src, hn::Vec<D> before, int count,
-                                int none) {
-    const hn::Rebind<std::uint8_t, D> bytes;
-    const auto isZero = hn::Eq(hn::PromoteTo(d, loadFirst(bytes, src, count)), hn::Zero(d));
+HWY_INLINE hn::Vec<D> nextCount(D d, hn::Vec<D> pixels, hn::Vec<D> before, int none) {
+    const auto isZero = hn::Eq(pixels, hn::Zero(d));
     const auto more = hn::Add(hn::Min(before, hn::Set(d, none - 1)), hn::Set(d, 1));
     return hn::IfThenZeroElse(isZero, more);
 }
@@ -74,18 +73,20 @@ HWY_INLINE hn::Vec<D> nextCount(D d, const unsigned char* src, hn::Vec<D> before
 void countInts(const unsigned char* src, const std::int32_t* before, std::int32_t* counts,
                int width, int none) {
     const IntTag d;
+    const hn::Rebind<std::uint8_t, IntTag> bytes;
     const int lanes = static_cast<int>(hn::Lanes(d));
     for (int x = 0; x < width; x += lanes) {
         const int count = width - x;
-        const auto next = nextCount(d, src + x, loadFirst(d, before + x, count), count, none);
+        const auto pixels = hn::PromoteTo(d, loadFirst(bytes, src + x, count));
+        const auto next = nextCount(d, pixels, loadFirst(d, before + x, count), none);
         storeFirst(next, d, counts + x, count);
     }
 }
 
 // --- Squares for the near search -----------------------------------------------------------------
 
-void squareBytes(const unsigned char* src, unsigned char* above, const unsigned char* below,
-                 std::int16_t* squares, int width) {
+void squareBytes(unsigned char* above, const unsigned char* below, std::int16_t* squares,
+                 int width) {
     const ShortTag d;
     const ByteTag bytes;
     const hn::Rebind<std::uint8_t, ShortTag> halfBytes;
@@ -95,9 +96,10 @@ void squareBytes(const unsigned char* src, unsigned char* above, const unsigned 
     int x = 0;
     for (; x < width; x += lanes) {
         const int count = width - x;
-        const auto down = nextCount(loadFirst(bytes, src + x, count), hn::LoadU(bytes, above + x));
+        const auto up = loadFirst(bytes, below + x, count);
+        const auto down = nextCount(up, hn::LoadU(bytes, above + x));
         hn::StoreU(down, bytes, above + x);
-        const auto nearest = hn::Min(down, loadFirst(bytes, below + x, count));
+        const auto nearest = hn::Min(down, up);
         hn::Store(hn::Min(nearest, hn::Set(bytes, kFarDistance)), bytes, counts);
         for (int i = 0; i < lanes; i += shortLanes) {
             const auto wide = hn::PromoteTo(d, hn::LoadU(halfBytes, counts + i));
@@ -218,8 +220,8 @@ HWY_INLINE void storeFarRoots(DoubleTag /*d*/, hn::Vec<DoubleTag> squares, float
 }
 
 template <class D, class T = hn::TFromD<D>>
-void squareIntsIn(D d, const unsigned char* src, std::int32_t* above, const std::int32_t* below,
-                  std::int16_t* nearSquares, T* farSquares, int width, int none) {
+void squareIntsIn(D d, std::int32_t* above, const std::int32_t* below, std::int16_t* nearSquares,
+                  T* farSquares, int width, int none) {
     const hn::Rebind<std::int32_t, D> ints;
     const hn::Rebind<std::int16_t, D> shorts;
     const int lanes = static_cast<int>(hn::Lanes(d));
@@ -227,9 +229,10 @@ void squareIntsIn(D d, const unsigned char* src, std::int32_t* above, const std:
     int x = 0;
     for (; x < width; x += lanes) {
         const int count = width - x;
-        const auto down = nextCount(ints, src + x, hn::LoadU(ints, above + x), count, none);
+        const auto up = loadFirst(ints, below + x, count);
+        const auto down = nextCount(ints, up, hn::LoadU(ints, above + x), none);
         hn::StoreU(down, ints, above + x);
-        const auto nearest = hn::Min(down, loadFirst(ints, below + x, count));
+        const auto nearest = hn::Min(down, up);
         hn::StoreU(squareCounts(d, nearest, none), d, farSquares + x);
         const auto capped = hn::Min(nearest, farthest);
         hn::StoreU(hn::DemoteTo(shorts, hn::Mul(capped, capped)), shorts, nearSquares + x);
@@ -243,13 +246,13 @@ bool fitsIntegers(int width, int none) {
     return width <= kLargestIntegerSide && none <= kLargestIntegerSide;
 }
 
-void squareInts(const unsigned char* src, std::int32_t* above, const std::int32_t* below,
-                std::int16_t* nearSquares, double* farSquares, int width, int none) {
+void squareInts(std::int32_t* above, const std::int32_t* below, std::int16_t* nearSquares,
+                double* farSquares, int width, int none) {
     if (fitsIntegers(width, none))
-        squareIntsIn(IntTag(), src, above, below, nearSquares,
+        squareIntsIn(IntTag(), above, below, nearSquares,
                      reinterpret_cast<std::int32_t*>(farSquares), width, none);
     else
-        squareIntsIn(DoubleTag(), src, above, below, nearSquares, farSquares, width, none);
+        squareIntsIn(DoubleTag(), above, below, nearSquares, farSquares, width, none);
 }
 
 template <class D>

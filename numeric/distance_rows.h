@@ -37,11 +37,11 @@ struct DistanceRows {
 
     /// Takes the line of counts upwards one row down and squares the smaller of both directions'
     /// counts for nearRow.
-    void (*squareBytes)(const unsigned char* src, unsigned char* above, const unsigned char* below,
-                        std::int16_t* nearSquares, int width);
+    void (*squareBytes)(unsigned char* above, const unsigned char* below, std::int16_t* nearSquares,
+                        int width);
     /// The same for nearRow and farRow both.
-    void (*squareInts)(const unsigned char* src, std::int32_t* above, const std::int32_t* below,
-                       std::int16_t* nearSquares, double* farSquares, int width, int none);
+    void (*squareInts)(std::int32_t* above, const std::int32_t* below, std::int16_t* nearSquares,
+                       double* farSquares, int width, int none);
 
     /// The distances of a row from its line of squared vertical ones, which has kNearReach entries
     /// of INT16_MAX before and behind it. False, and any contents of dst, if some pixel's nearest
