@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 
 #include "numeric/checks.h"
@@ -57,6 +56,10 @@ private:
     int m_count = 0;
 };
 
+/// What a row has yet to pass on: nothing, or its values along itself and to the next row of the
+/// sweep, or also back to the row before.
+enum class Wait : unsigned char { No, ForNextRow, ForBoth };
+
 /// What a row function costs for a segment, in units of about one vector.
 std::int64_t workOf(Segment columns) {
     return 2 + (columns.last - columns.first) / 16;
@@ -73,7 +76,7 @@ public:
           m_sidewaysReach(sidewaysReach),
           m_bound(bound),
           m_plane(plane),
-          m_isWaiting(scratch),
+          m_waits(reinterpret_cast<Wait*>(scratch)),
           m_queue(scratch + plane.height, scratchBytes(plane.width, plane.height) - plane.height) {}
 
     void run();
@@ -91,9 +94,10 @@ private:
     void follow(int x, int row);
     int runStraight(int x, int row, int direction);
 
-    Segment raise(int row, int sourceRow, Segment changed);
+    Raised raise(int row, int sourceRow, Segment changed, Segment waiting = {});
     bool raisePixel(int x, int row, float value);
     Segment spread(int row, Segment columns);
+    Segment spreadFrom(int x, int row);
     void enqueue(int row, Segment columns);
     void putOff(int row);
 
@@ -101,7 +105,7 @@ private:
     const int m_sidewaysReach;  // of the neighbours in the next row
     const PlaneView<const float> m_bound;
     const PlaneView<float> m_plane;
-    unsigned char* const m_isWaiting;
+    Wait* const m_waits;
     TaskQueue m_queue;
 
     // Of the sweep under way.
@@ -112,16 +116,32 @@ private:
     bool m_isComplete = true;
 };
 
-/// Raises the row from the changed columns of a neighbouring row, and on along the row. Returns
-/// the columns raised.
-Segment Reconstruction::raise(int row, int sourceRow, Segment changed) {
-    const Segment raised = m_rows.raise(m_plane.row(sourceRow), m_bound.row(row), m_plane.row(row),
-                                        changed, m_plane.width);
-    return raised.isEmpty() ? raised : spread(row, raised);
+/// Raises the row from the changed columns of a neighbouring row, and on along the row, there also
+/// next to the columns that wait for it.
+Raised Reconstruction::raise(int row, int sourceRow, Segment changed, Segment waiting) {
+    Raised raised;
+    if (!changed.isEmpty())
+        raised = m_rows.raise(
+            {m_plane.row(sourceRow), m_bound.row(sourceRow), m_bound.row(row), m_plane.row(row)},
+            changed, m_plane.width);
+    waiting.add(raised.columns);
+    if (waiting.isEmpty()) return raised;
+    const Segment besides = spread(row, waiting);
+    raised.columns.add(besides);
+    raised.back.add(besides);
+    return raised;
 }
 
+/// Returns the columns raised.
 Segment Reconstruction::spread(int row, Segment columns) {
     return m_rows.spread(m_bound.row(row), m_plane.row(row), columns, m_plane.width);
+}
+
+/// Returns the segment of the pixel and all it raised.
+Segment Reconstruction::spreadFrom(int x, int row) {
+    Segment columns{x, x};
+    columns.add(spread(row, columns));
+    return columns;
 }
 
 /// Whether the pixel could take anything of the value.
@@ -134,7 +154,7 @@ bool Reconstruction::raisePixel(int x, int row, float value) {
 }
 
 void Reconstruction::putOff(int row) {
-    m_isWaiting[row] = 1;
+    m_waits[row] = Wait::ForBoth;
     m_isComplete = false;
 }
 
@@ -181,13 +201,13 @@ void Reconstruction::follow(int x, int row) {
             const int last = std::min(x + m_sidewaysReach, m_plane.width - 1);
             for (int otherX = std::max(x - m_sidewaysReach, 0); otherX <= last; ++otherX) {
                 if (!raisePixel(otherX, otherRow, value)) continue;
-                if (nextRow >= 0) enqueue(nextRow, spread(nextRow, {nextX, nextX}));
+                if (nextRow >= 0) enqueue(nextRow, spreadFrom(nextX, nextRow));
                 nextX = otherX;
                 nextRow = otherRow;
             }
         }
         if (nextRow < 0) return;
-        const Segment raised = spread(nextRow, {nextX, nextX});
+        const Segment raised = spreadFrom(nextX, nextRow);
         if (raised.first < raised.last) return enqueue(nextRow, raised);
         row = nextX == x ? runStraight(x, nextRow, nextRow - row) : nextRow;
         x = nextX;
@@ -209,7 +229,7 @@ void Reconstruction::settle() {
         }
         for (const int otherRow : {row - 1, row + 1}) {
             if (!isBehind(otherRow)) continue;
-            const Segment raised = raise(otherRow, row, columns);
+            const Segment raised = raise(otherRow, row, columns).columns;
             m_allowance -= workOf(columns) + workOf(raised);
             if (!raised.isEmpty()) enqueue(otherRow, raised);
         }
@@ -224,19 +244,19 @@ void Reconstruction::sweep() {
     for (int i = 0; i < m_plane.height; ++i) {
         const int row = m_firstRow + i * direction;
         m_reachedRow = row;
-        Segment changed;
-        if (!m_pending.isEmpty()) changed = raise(row, row - direction, m_pending);
-        if (m_isWaiting[row]) {
-            m_isWaiting[row] = 0;
-            changed = spread(row, wholeRow());
-        }
-        m_pending = changed;
-        if (i == 0 || changed.isEmpty()) continue;
+        const Wait wait = m_waits[row];
+        m_waits[row] = Wait::No;
+        const Segment waiting = wait == Wait::No ? Segment() : wholeRow();
+        Raised changed = raise(row, row - direction, m_pending, waiting);
+        changed.columns.add(waiting);
+        if (wait == Wait::ForBoth) changed.back = waiting;
+        m_pending = changed.columns;
+        if (i == 0 || changed.back.isEmpty()) continue;
         if (m_allowance <= 0) {
             putOff(row);
             continue;
         }
-        const Segment raised = raise(row - direction, row, changed);
+        const Segment raised = raise(row - direction, row, changed.back).columns;
         if (raised.isEmpty()) continue;
         enqueue(row - direction, raised);
         settle();
@@ -254,7 +274,7 @@ void Reconstruction::lowerAndPassDown() {
 
 void Reconstruction::run() {
     lowerAndPassDown();
-    std::memset(m_isWaiting, 1, static_cast<std::size_t>(m_plane.height));
+    std::fill_n(m_waits, m_plane.height, Wait::ForNextRow);
     m_firstRow = m_plane.height - 1;
     // A sweep may spend on what rises behind it about as much as on itself, each further one four
     // times as much as the one before.

@@ -20,6 +20,7 @@ using FloatTag = hn::ScalableTag<float>;
 using FloatVector = hn::Vec<FloatTag>;
 
 enum Neighbours { Four, Eight };
+enum Direction { Rightwards = 1, Leftwards = -1 };
 
 // What a pixel becomes if a neighbour has this value. A bound that is NaN gives NaN, which is
 // greater than nothing. The sum turns a negative zero into a positive one: which of the two a
@@ -106,97 +107,161 @@ void lowerAndRaiseRow(const float* source, const float* bound, float* row, int w
 }
 
 template <Neighbours kNeighbours>
-HWY_INLINE void raisePixel(const float* source, const float* bound, float* row, int x, int width,
-                           Segment& raised) {
-    if (!(bound[x] > row[x])) return;
-    const float value = limited(largestOf<kNeighbours>(source, x, width), bound[x]);
-    if (!(value > row[x])) return;
-    row[x] = value;
-    raised.add({x, x});
+HWY_INLINE void raisePixel(const RowPair& rows, int x, int width, Raised& raised) {
+    if (!(rows.bound[x] > rows.row[x])) return;
+    const float value = limited(largestOf<kNeighbours>(rows.source, x, width), rows.bound[x]);
+    if (!(value > rows.row[x])) return;
+    rows.row[x] = value;
+    raised.columns.add({x, x});
+    if (kNeighbours == Eight) raised.back.add({x, x});
 }
 
+// Across a corner a pixel can hand on what it got from one side to the other side, where a dip of
+// the source's bound lies between. Anything else the source's row has already passed along itself.
 template <Neighbours kNeighbours>
-HWY_INLINE void raiseVector(const float* source, const float* bound, float* row, int x,
-                            Segment& raised) {
+HWY_INLINE void raiseVector(const RowPair& rows, int x, Raised& raised) {
     const FloatTag d;
-    const auto values = hn::LoadU(d, row + x);
-    const auto limits = limited(largestOf<kNeighbours>(source + x), hn::LoadU(d, bound + x));
+    const auto values = hn::LoadU(d, rows.row + x);
+    const auto limits =
+        limited(largestOf<kNeighbours>(rows.source + x), hn::LoadU(d, rows.bound + x));
     const auto isGreater = hn::Gt(limits, values);
     if (hn::AllFalse(d, isGreater)) return;
-    hn::StoreU(hn::IfThenElse(isGreater, limits, values), d, row + x);
-    raised.add(columnsOf(x, toBits(isGreater)));
+    hn::StoreU(hn::IfThenElse(isGreater, limits, values), d, rows.row + x);
+    raised.columns.add(columnsOf(x, toBits(isGreater)));
+    if (kNeighbours == Four) return;
+    const auto rises = [&](int side) {
+        const auto beside = hn::LoadU(d, rows.source + x + side);
+        return hn::And(hn::Gt(limits, beside),
+                       hn::Gt(hn::LoadU(d, rows.sourceBound + x + side), beside));
+    };
+    const auto rise = hn::And(isGreater, hn::Or(rises(-1), rises(1)));
+    if (!hn::AllFalse(d, rise)) raised.back.add(columnsOf(x, toBits(rise)));
 }
 
-/// The last pixel to the right that v[x] raises, directly or along the row; x if none.
-HWY_INLINE int runRight(const float* bound, float* row, int x, int width) {
+/// Raises the pixels to the right of x that its value reaches.
+HWY_INLINE void runRight(const float* bound, float* row, int x, int width, Segment& raised) {
     float carried = row[x];
-    for (; x + 1 < width; ++x) {
-        carried = limited(carried, bound[x + 1]);
-        if (!(carried > row[x + 1])) break;
-        row[x + 1] = carried;
+    for (int next = x + 1; next < width; ++next) {
+        carried = limited(carried, bound[next]);
+        if (!(carried > row[next])) break;
+        row[next] = carried;
+        raised.add({next, next});
     }
-    return x;
 }
 
-HWY_INLINE int runLeft(const float* bound, float* row, int x) {
+HWY_INLINE void runLeft(const float* bound, float* row, int x, Segment& raised) {
     float carried = row[x];
-    for (; x > 0; --x) {
-        carried = limited(carried, bound[x - 1]);
-        if (!(carried > row[x - 1])) break;
-        row[x - 1] = carried;
+    for (int next = x - 1; next >= 0; --next) {
+        carried = limited(carried, bound[next]);
+        if (!(carried > row[next])) break;
+        row[next] = carried;
+        raised.add({next, next});
     }
-    return x;
 }
 
 // A run leaves nothing to raise behind it, so one pass in either direction does.
 HWY_INLINE Segment spreadPixels(const float* bound, float* row, Segment segment, int width) {
-    Segment reached = segment;
-    for (int x = segment.first; x <= segment.last; ++x)
-        reached.last = std::max(reached.last, runRight(bound, row, x, width));
-    for (int x = segment.last; x >= segment.first; --x)
-        reached.first = std::min(reached.first, runLeft(bound, row, x));
-    return reached;
+    Segment raised;
+    for (int x = segment.first; x <= segment.last; ++x) runRight(bound, row, x, width, raised);
+    for (int x = segment.last; x >= segment.first; --x) runLeft(bound, row, x, raised);
+    return raised;
+}
+
+/// For each lane the one so many pixels behind it, or the first one there is.
+template <Direction kDirection>
+HWY_INLINE auto behindBy(int distance) {
+    const FloatTag d;
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    HWY_ALIGN std::int32_t from[hn::MaxLanes(d)];
+    for (int i = 0; i < lanes; ++i) from[i] = std::clamp(i - kDirection * distance, 0, lanes - 1);
+    return hn::SetTableIndices(d, from);
+}
+
+// What a value carried into a pixel leaves there is clamped between the pixel and its limit, the
+// bound where that is greater. Clamps compose into clamps, so those of all pixels up to each one
+// are found by doubling. One composed with itself is itself: the first lanes may be repeated.
+template <Direction kDirection>
+HWY_INLINE FloatVector carried(float before, FloatVector values, FloatVector bounds) {
+    const FloatTag d;
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    auto lowest = values;
+    auto limit = hn::IfThenElse(hn::Gt(bounds, values), hn::Add(bounds, hn::Zero(d)), values);
+    for (int distance = 1; distance < lanes; distance *= 2) {
+        const auto behind = behindBy<kDirection>(distance);
+        const auto lowestBehind = hn::TableLookupLanes(lowest, behind);
+        const auto limitBehind = hn::TableLookupLanes(limit, behind);
+        lowest = hn::Min(limit, hn::Max(lowest, lowestBehind));
+        limit = hn::Min(limit, hn::Max(lowest, limitBehind));
+    }
+    return hn::Min(limit, hn::Max(lowest, hn::Set(d, before)));
+}
+
+HWY_INLINE bool canRaise(float value, float bound, float pixel) {
+    return bound > pixel && value > pixel;
 }
 
 Segment spreadRow(const float* bound, float* row, Segment segment, int width) {
     const FloatTag d;
     const int lanes = static_cast<int>(hn::Lanes(d));
     // Vectors reach one pixel beyond the segment and need a neighbour on either side themselves.
-    const int first = std::max(segment.first - 1, 1);
-    const int end = std::min(segment.last + 2, width - 1);
-    if (end - first < 2 * lanes) return spreadPixels(bound, row, segment, width);
+    const int lastStart = width - 1 - lanes;
+    if (segment.last - segment.first < 2 * lanes || lastStart < 1)
+        return spreadPixels(bound, row, segment, width);
 
-    Segment reached = segment;
-    reached.add(spreadPixels(bound, row, {first - 1, first}, width));
-    for (int x = first; x < end; x += lanes) {
-        x = std::min(x, end - lanes);
+    Segment raised;
+    const auto raiseTo = [&](int x, FloatVector before, FloatVector after) {
+        hn::StoreU(after, d, row + x);
+        const unsigned lanesRaised = toBits(hn::Gt(after, before));
+        if (lanesRaised != 0) raised.add(columnsOf(x, lanesRaised));
+    };
+    Segment waiting;  // pixels that the ones to the right of them raise
+    for (int x = std::max(segment.first - 1, 1);; x += lanes) {
+        x = std::min(x, lastStart);
+        const auto values = hn::LoadU(d, row + x);
+        const auto bounds = hn::LoadU(d, bound + x);
         const auto beside = hn::Max(hn::LoadU(d, row + x - 1), hn::LoadU(d, row + x + 1));
-        const auto values = limited(beside, hn::LoadU(d, bound + x));
-        if (hn::AllFalse(d, hn::Gt(values, hn::LoadU(d, row + x)))) continue;
-        reached.add(spreadPixels(bound, row, {x - 1, x + lanes}, width));
+        if (!hn::AllFalse(d, hn::Gt(limited(beside, bounds), values))) {
+            const auto after = carried<Rightwards>(row[x - 1], values, bounds);
+            raiseTo(x, values, carried<Leftwards>(row[x + lanes], after, bounds));
+            if (canRaise(row[x], bound[x - 1], row[x - 1])) waiting.add({x - 1, x - 1});
+        } else if (x + lanes > segment.last + 1) {
+            break;
+        }
+        if (x == lastStart) break;
     }
-    reached.add(spreadPixels(bound, row, {end - 1, end}, width));
-    return reached;
+    for (int x = waiting.last + 1 - lanes; !waiting.isEmpty(); x -= lanes) {
+        x = std::max(x, 1);
+        const auto values = hn::LoadU(d, row + x);
+        const auto bounds = hn::LoadU(d, bound + x);
+        if (!hn::AllFalse(d, hn::Gt(limited(hn::LoadU(d, row + x + 1), bounds), values)))
+            raiseTo(x, values, carried<Leftwards>(row[x + lanes], values, bounds));
+        else if (x <= waiting.first)
+            break;
+        if (x == 1) break;
+    }
+    if (canRaise(row[1], bound[0], row[0])) runLeft(bound, row, 1, raised);
+    if (canRaise(row[width - 2], bound[width - 1], row[width - 1]))
+        runRight(bound, row, width - 2, width, raised);
+    return raised;
 }
 
 template <Neighbours kNeighbours>
-Segment raiseRow(const float* source, const float* bound, float* row, Segment changed, int width) {
+Raised raiseRow(const RowPair& rows, Segment changed, int width) {
     const FloatTag d;
     const int lanes = static_cast<int>(hn::Lanes(d));
     const int reach = kNeighbours == Eight ? 1 : 0;
     int first = std::max(changed.first - reach, 0);
     int last = std::min(changed.last + reach, width - 1);
-    Segment raised;
+    Raised raised;
     // A vector would have to wait for the single pixel that the step before has stored.
     const bool isCorridor = last - first < 4;
     if (isCorridor || width < lanes + 2) {
-        for (int x = first; x <= last; ++x)
-            raisePixel<kNeighbours>(source, bound, row, x, width, raised);
+        for (int x = first; x <= last; ++x) raisePixel<kNeighbours>(rows, x, width, raised);
     } else {
-        if (first == 0) raisePixel<kNeighbours>(source, bound, row, first++, width, raised);
-        if (last == width - 1) raisePixel<kNeighbours>(source, bound, row, last--, width, raised);
+        if (first == 0) raisePixel<kNeighbours>(rows, first++, width, raised);
+        if (last == width - 1) raisePixel<kNeighbours>(rows, last--, width, raised);
         for (int x = first; x <= last; x += lanes)
-            raiseVector<kNeighbours>(source, bound, row, std::min(x, width - 1 - lanes), raised);
+            raiseVector<kNeighbours>(rows, std::min(x, width - 1 - lanes), raised);
     }
     return raised;
 }

@@ -19,6 +19,20 @@ struct Segment {
     }
 };
 
+/// A row, the neighbouring row that raises it, and the bounds of both.
+struct RowPair {
+    const float* source;
+    const float* sourceBound;
+    const float* bound;
+    float* row;
+};
+
+/// What became of a row: the columns raised, and those of them that can raise the source in turn.
+struct Raised {
+    Segment columns;
+    Segment back;
+};
+
 /// Inner loops of the peak step, over rows of width pixels, for one of the two neighbourhoods.
 /// Every raise is one that the result contains, so it does no harm to raise more than was asked.
 struct PeakStepRows {
@@ -28,12 +42,11 @@ struct PeakStepRows {
     void (*lowerAndRaise)(const float* source, const float* bound, float* row, int width);
 
     /// Raises the row as far as its neighbour in the next row, source, and the bound allow, where
-    /// the columns of source in changed can matter. Returns where the row was raised.
-    Segment (*raise)(const float* source, const float* bound, float* row, Segment changed,
-                     int width);
+    /// the columns of source in changed can matter. The source has passed its values along itself.
+    Raised (*raise)(const RowPair& rows, Segment changed, int width);
 
     /// Raises pixels of the row next to columns of the segment, and so on along the row. Returns
-    /// the segment extended at least to where the row was raised.
+    /// the columns raised.
     Segment (*spread)(const float* bound, float* row, Segment segment, int width);
 };
 
