@@ -20,9 +20,10 @@ std::int64_t scratchBytes(int width, int height) {
     return std::int64_t{16} * width + height + 130;
 }
 
-/// A segment of a row that was raised and has not yet raised the rows above and below.
+/// A segment of a row that was raised and has not yet raised a neighbouring row.
 struct Task {
     int row;
+    int otherRow;
     Segment columns;
 };
 
@@ -98,7 +99,8 @@ private:
     bool raisePixel(int x, int row, float value);
     Segment spread(int row, Segment columns);
     Segment spreadFrom(int x, int row);
-    void enqueue(int row, Segment columns);
+    void enqueue(int row, int otherRow, Segment columns);
+    void passOn(int row, int sourceRow, const Raised& raised);
     void putOff(int row);
 
     const PeakStepRows& m_rows;
@@ -158,11 +160,22 @@ void Reconstruction::putOff(int row) {
     m_isComplete = false;
 }
 
-void Reconstruction::enqueue(int row, Segment columns) {
+void Reconstruction::enqueue(int row, int otherRow, Segment columns) {
+    if (columns.isEmpty() || !isBehind(otherRow)) return;
     if (m_queue.isFull())
         putOff(row);
     else
-        m_queue.push({row, columns});
+        m_queue.push({row, otherRow, columns});
+}
+
+/// What has risen in the row has yet to raise the rows beside it.
+void Reconstruction::passOn(int row, int sourceRow, const Raised& raised) {
+    if (row == m_reachedRow) m_pending.add(raised.columns);
+    const int nextRow = 2 * row - sourceRow;
+    // A single pixel is followed both ways.
+    const bool isPixel = raised.columns.first == raised.columns.last;
+    enqueue(row, isPixel ? sourceRow : nextRow, raised.columns);
+    if (!isPixel) enqueue(row, sourceRow, raised.back);
 }
 
 /// Passes a raised pixel straight on, up or down, as long as it could raise nothing else in the
@@ -201,14 +214,17 @@ void Reconstruction::follow(int x, int row) {
             const int last = std::min(x + m_sidewaysReach, m_plane.width - 1);
             for (int otherX = std::max(x - m_sidewaysReach, 0); otherX <= last; ++otherX) {
                 if (!raisePixel(otherX, otherRow, value)) continue;
-                if (nextRow >= 0) enqueue(nextRow, spreadFrom(nextX, nextRow));
+                if (nextRow >= 0) {
+                    const Segment raised = spreadFrom(nextX, nextRow);
+                    passOn(nextRow, row, {raised, raised});
+                }
                 nextX = otherX;
                 nextRow = otherRow;
             }
         }
         if (nextRow < 0) return;
         const Segment raised = spreadFrom(nextX, nextRow);
-        if (raised.first < raised.last) return enqueue(nextRow, raised);
+        if (raised.first < raised.last) return passOn(nextRow, row, {raised, raised});
         row = nextX == x ? runStraight(x, nextRow, nextRow - row) : nextRow;
         x = nextX;
     }
@@ -217,21 +233,15 @@ void Reconstruction::follow(int x, int row) {
 /// Raises rows from the sweep's first to the one reached until nothing rises any more.
 void Reconstruction::settle() {
     while (!m_queue.isEmpty()) {
-        const auto [row, columns] = m_queue.pop();
+        const auto [row, otherRow, columns] = m_queue.pop();
         if (columns.first == columns.last) {
             follow(columns.first, row);
-            continue;
-        }
-        if (row == m_reachedRow) m_pending.add(columns);
-        if (m_allowance <= 0) {
+        } else if (m_allowance <= 0) {
             putOff(row);
-            continue;
-        }
-        for (const int otherRow : {row - 1, row + 1}) {
-            if (!isBehind(otherRow)) continue;
-            const Segment raised = raise(otherRow, row, columns).columns;
-            m_allowance -= workOf(columns) + workOf(raised);
-            if (!raised.isEmpty()) enqueue(otherRow, raised);
+        } else {
+            const Raised raised = raise(otherRow, row, columns);
+            m_allowance -= workOf(columns) + workOf(raised.columns);
+            passOn(otherRow, row, raised);
         }
     }
 }
@@ -256,9 +266,7 @@ void Reconstruction::sweep() {
             putOff(row);
             continue;
         }
-        const Segment raised = raise(row - direction, row, changed.back).columns;
-        if (raised.isEmpty()) continue;
-        enqueue(row - direction, raised);
+        passOn(row - direction, row, raise(row - direction, row, changed.back));
         settle();
     }
 }
