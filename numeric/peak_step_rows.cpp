@@ -57,16 +57,16 @@ void lowerRow(const float* bound, float* row, int width) {
 }
 
 /// One bit per lane.
-HWY_INLINE unsigned toBits(hn::Mask<FloatTag> mask) {
+HWY_INLINE std::uint64_t toBits(hn::Mask<FloatTag> mask) {
     const FloatTag d;
     std::uint8_t bytes[8] = {};
     hn::StoreMaskBits(d, mask, bytes);
-    return bytes[0] | static_cast<unsigned>(bytes[1]) << 8;
+    return bytes[0] | static_cast<std::uint64_t>(bytes[1]) << 8;
 }
 
 /// The segment from the lowest to the highest of the given lanes.
-HWY_INLINE Segment columnsOf(int x, unsigned lanes) {
-    return {x + __builtin_ctz(lanes), x + 31 - __builtin_clz(lanes)};
+HWY_INLINE Segment columnsOf(int x, std::uint64_t lanes) {
+    return {x + __builtin_ctzll(lanes), x + 63 - __builtin_clzll(lanes)};
 }
 
 template <Neighbours kNeighbours>
@@ -116,26 +116,41 @@ HWY_INLINE void raisePixel(const RowPair& rows, int x, int width, Raised& raised
     if (kNeighbours == Eight) raised.back.add({x, x});
 }
 
+/// The vectors of pixels that are tested together: whether any of them rises is easier to predict.
+constexpr int kBlock = 4;
+
 // Across a corner a pixel can hand on what it got from one side to the other side, where a dip of
 // the source's bound lies between. Anything else the source's row has already passed along itself.
-template <Neighbours kNeighbours>
-HWY_INLINE void raiseVector(const RowPair& rows, int x, Raised& raised) {
+template <Neighbours kNeighbours, int kVectors>
+HWY_INLINE void raiseVectors(const RowPair& rows, int x, Raised& raised) {
     const FloatTag d;
-    const auto values = hn::LoadU(d, rows.row + x);
-    const auto limits =
-        limited(largestOf<kNeighbours>(rows.source + x), hn::LoadU(d, rows.bound + x));
-    const auto isGreater = hn::Gt(limits, values);
-    if (hn::AllFalse(d, isGreater)) return;
-    hn::StoreU(hn::IfThenElse(isGreater, limits, values), d, rows.row + x);
-    raised.columns.add(columnsOf(x, toBits(isGreater)));
-    if (kNeighbours == Four) return;
-    const auto rises = [&](int side) {
-        const auto beside = hn::LoadU(d, rows.source + x + side);
-        return hn::And(hn::Gt(limits, beside),
-                       hn::Gt(hn::LoadU(d, rows.sourceBound + x + side), beside));
-    };
-    const auto rise = hn::And(isGreater, hn::Or(rises(-1), rises(1)));
-    if (!hn::AllFalse(d, rise)) raised.back.add(columnsOf(x, toBits(rise)));
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    FloatVector values[kVectors], limits[kVectors];
+    std::uint64_t risen = 0;
+    for (int i = 0; i < kVectors; ++i) {
+        const int at = x + i * lanes;
+        values[i] = hn::LoadU(d, rows.row + at);
+        limits[i] =
+            limited(largestOf<kNeighbours>(rows.source + at), hn::LoadU(d, rows.bound + at));
+        risen |= toBits(hn::Gt(limits[i], values[i])) << (i * lanes);
+    }
+    if (risen == 0) return;
+    raised.columns.add(columnsOf(x, risen));
+    std::uint64_t rising = 0;
+    for (int i = 0; i < kVectors; ++i) {
+        const int at = x + i * lanes;
+        const auto isGreater = hn::Gt(limits[i], values[i]);
+        hn::StoreU(hn::IfThenElse(isGreater, limits[i], values[i]), d, rows.row + at);
+        if (kNeighbours == Four) continue;
+        const auto rises = [&](int side) {
+            const auto beside = hn::LoadU(d, rows.source + at + side);
+            const auto bound = hn::LoadU(d, rows.sourceBound + at + side);
+            return hn::And(hn::Gt(limits[i], beside), hn::Gt(bound, beside));
+        };
+        rising |= toBits(hn::Or(rises(-1), rises(1))) << (i * lanes);
+    }
+    rising &= risen;
+    if (rising != 0) raised.back.add(columnsOf(x, rising));
 }
 
 /// Raises the pixels to the right of x that its value reaches.
@@ -211,7 +226,7 @@ Segment spreadRow(const float* bound, float* row, Segment segment, int width) {
     Segment raised;
     const auto raiseTo = [&](int x, FloatVector before, FloatVector after) {
         hn::StoreU(after, d, row + x);
-        const unsigned lanesRaised = toBits(hn::Gt(after, before));
+        const std::uint64_t lanesRaised = toBits(hn::Gt(after, before));
         if (lanesRaised != 0) raised.add(columnsOf(x, lanesRaised));
     };
     Segment waiting;  // pixels that the ones to the right of them raise
@@ -260,8 +275,11 @@ Raised raiseRow(const RowPair& rows, Segment changed, int width) {
     } else {
         if (first == 0) raisePixel<kNeighbours>(rows, first++, width, raised);
         if (last == width - 1) raisePixel<kNeighbours>(rows, last--, width, raised);
-        for (int x = first; x <= last; x += lanes)
-            raiseVector<kNeighbours>(rows, std::min(x, width - 1 - lanes), raised);
+        int x = first;
+        for (; x + kBlock * lanes <= last + 1; x += kBlock * lanes)
+            raiseVectors<kNeighbours, kBlock>(rows, x, raised);
+        for (; x <= last; x += lanes)
+            raiseVectors<kNeighbours, 1>(rows, std::min(x, width - 1 - lanes), raised);
     }
     return raised;
 }
