@@ -56,6 +56,14 @@ void lowerRow(const float* bound, float* row, int width) {
     for (; x < width; ++x) row[x] = lowered(row[x], bound[x]);
 }
 
+/// The first column after x, at most a vector on, at which vectors of the row lie in whole cache
+/// lines.
+HWY_INLINE int alignedFrom(const float* row, int x) {
+    const int lanes = static_cast<int>(hn::Lanes(FloatTag()));
+    const auto index = reinterpret_cast<std::uintptr_t>(row + x) / sizeof(float);
+    return x + lanes - static_cast<int>(index % lanes);
+}
+
 /// One bit per lane.
 HWY_INLINE std::uint64_t toBits(hn::Mask<FloatTag> mask) {
     const FloatTag d;
@@ -95,14 +103,19 @@ void lowerAndRaiseRow(const float* source, const float* bound, float* row, int w
         const float raised = limited(largestOf<kNeighbours>(source, x, width), bound[x]);
         row[x] = raised > value ? raised : value;
     };
-    pixel(0);
-    int x = 1;
-    for (; x + lanes < width; x += lanes) {
+    const auto vector = [&](int x) {
         const auto bounds = hn::LoadU(d, bound + x);
         const auto values = lowered(hn::LoadU(d, row + x), bounds);
         const auto raised = limited(largestOf<kNeighbours>(source + x), bounds);
         hn::StoreU(hn::IfThenElse(hn::Gt(raised, values), raised, values), d, row + x);
+    };
+    pixel(0);
+    int x = 1;
+    if (x + lanes < width) {
+        vector(x);
+        x = alignedFrom(row, x);
     }
+    for (; x + lanes < width; x += lanes) vector(x);
     for (; x < width; ++x) pixel(x);
 }
 
@@ -230,6 +243,7 @@ Segment spreadRow(const float* bound, float* row, Segment segment, int width) {
         if (lanesRaised != 0) raised.add(columnsOf(x, lanesRaised));
     };
     Segment waiting;  // pixels that the ones to the right of them raise
+    bool isFirst = true;
     for (int x = std::max(segment.first - 1, 1);; x += lanes) {
         x = std::min(x, lastStart);
         const auto values = hn::LoadU(d, row + x);
@@ -243,6 +257,8 @@ Segment spreadRow(const float* bound, float* row, Segment segment, int width) {
             break;
         }
         if (x == lastStart) break;
+        if (isFirst) x = alignedFrom(row, x) - lanes;
+        isFirst = false;
     }
     for (int x = waiting.last + 1 - lanes; !waiting.isEmpty(); x -= lanes) {
         x = std::max(x, 1);
@@ -276,6 +292,10 @@ Raised raiseRow(const RowPair& rows, Segment changed, int width) {
         if (first == 0) raisePixel<kNeighbours>(rows, first++, width, raised);
         if (last == width - 1) raisePixel<kNeighbours>(rows, last--, width, raised);
         int x = first;
+        if (x + kBlock * lanes <= last) {
+            raiseVectors<kNeighbours, 1>(rows, x, raised);
+            x = alignedFrom(rows.row, x);
+        }
         for (; x + kBlock * lanes <= last + 1; x += kBlock * lanes)
             raiseVectors<kNeighbours, kBlock>(rows, x, raised);
         for (; x <= last; x += lanes)
