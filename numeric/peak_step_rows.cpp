@@ -291,15 +291,21 @@ Raised raiseRow(const RowPair& rows, Segment changed, int width) {
     } else {
         if (first == 0) raisePixel<kNeighbours>(rows, first++, width, raised);
         if (last == width - 1) raisePixel<kNeighbours>(rows, last--, width, raised);
-        int x = first;
-        if (x + kBlock * lanes <= last) {
-            raiseVectors<kNeighbours, 1>(rows, x, raised);
-            x = alignedFrom(rows.row, x);
-        }
-        for (; x + kBlock * lanes <= last + 1; x += kBlock * lanes)
-            raiseVectors<kNeighbours, kBlock>(rows, x, raised);
-        for (; x <= last; x += lanes)
-            raiseVectors<kNeighbours, 1>(rows, std::min(x, width - 1 - lanes), raised);
+        const int start = last - first < kBlock * lanes ? first : alignedFrom(rows.row, first);
+        const int blocks = (last + 1 - start) / (kBlock * lanes);
+        const auto raiseBlock = [&](int i) {
+            raiseVectors<kNeighbours, kBlock>(rows, start + i * kBlock * lanes, raised);
+        };
+        const auto raiseEnds = [&] {
+            if (start > first) raiseVectors<kNeighbours, 1>(rows, first, raised);
+            for (int x = start + blocks * kBlock * lanes; x <= last; x += lanes)
+                raiseVectors<kNeighbours, 1>(rows, std::min(x, width - 1 - lanes), raised);
+        };
+        raiseEnds();
+        if (rows.row < rows.source)
+            for (int i = blocks - 1; i >= 0; --i) raiseBlock(i);
+        else
+            for (int i = 0; i < blocks; ++i) raiseBlock(i);
     }
     return raised;
 }
