@@ -16,6 +16,10 @@ const SlotTable<PeakStepRows> kPeakStep4(kPeakStep4Builds);
 constexpr int kChessboard = 0;
 constexpr int kCityBlock = 1;
 
+/// What a band of rows takes of both planes: it stays in the cache from the way down to the way up,
+/// and is high enough for most of what rises to end in the band above.
+constexpr int kBandBytes = 2 << 20;
+
 std::int64_t scratchBytes(int width, int height) {
     return std::int64_t{16} * width + height + 130;
 }
@@ -66,9 +70,10 @@ std::int64_t workOf(Segment columns) {
     return 2 + (columns.last - columns.first) / 16;
 }
 
-/// One call. Sweeps go up and down by turns. Behind the row that a sweep has reached, whatever can
-/// still rise is raised at once, as long as the sweep's allowance lasts; a sweep that completes so
-/// has found the result. Rows that must wait for the next sweep are marked.
+/// One call. Each band of rows is passed down and then swept up, and on into the bands above it as
+/// far as anything rises. Behind the row that a sweep has reached, whatever can still rise is
+/// raised at once, as long as the allowance lasts. What exceeds it waits in marked rows for further
+/// sweeps, up and down by turns; when none is left, the result is found.
 class Reconstruction {
 public:
     Reconstruction(const PeakStepRows& rows, int sidewaysReach, PlaneView<const float> bound,
@@ -89,8 +94,8 @@ private:
                row <= std::max(m_firstRow, m_reachedRow);
     }
 
-    void lowerAndPassDown();
-    void sweep();
+    void lowerAndPassDown(int firstRow, int lastRow);
+    void sweep(int firstRow, int lastRow, int direction);
     void settle();
     void follow(int x, int row);
     int runStraight(int x, int row, int direction);
@@ -246,13 +251,15 @@ void Reconstruction::settle() {
     }
 }
 
-/// From the first row to the opposite one.
-void Reconstruction::sweep() {
-    const int direction = m_firstRow == 0 ? 1 : -1;
-    m_isComplete = true;
+/// From the first row to the last one, and on as long as anything rises there.
+void Reconstruction::sweep(int firstRow, int lastRow, int direction) {
+    m_firstRow = firstRow;
     m_pending = {};
-    for (int i = 0; i < m_plane.height; ++i) {
-        const int row = m_firstRow + i * direction;
+    for (int row = firstRow; row >= 0 && row < m_plane.height; row += direction) {
+        const bool isBeyond = direction * (row - lastRow) > 0;
+        if (isBeyond && m_pending.isEmpty()) break;
+        if (isBeyond && (m_allowance -= workOf(m_pending)) <= 0) return putOff(row - direction);
+
         m_reachedRow = row;
         const Wait wait = m_waits[row];
         m_waits[row] = Wait::No;
@@ -261,7 +268,7 @@ void Reconstruction::sweep() {
         changed.columns.add(waiting);
         if (wait == Wait::ForBoth) changed.back = waiting;
         m_pending = changed.columns;
-        if (i == 0 || changed.back.isEmpty()) continue;
+        if (row == firstRow || changed.back.isEmpty()) continue;
         if (m_allowance <= 0) {
             putOff(row);
             continue;
@@ -273,24 +280,35 @@ void Reconstruction::sweep() {
 
 /// The first pass leaves the values along a row to the next one: on hills the next row brings them
 /// anyway.
-void Reconstruction::lowerAndPassDown() {
+void Reconstruction::lowerAndPassDown(int firstRow, int lastRow) {
     const int width = m_plane.width;
-    m_rows.lower(m_bound.row(0), m_plane.row(0), width);
-    for (int y = 1; y < m_plane.height; ++y)
+    if (firstRow == 0) m_rows.lower(m_bound.row(0), m_plane.row(0), width);
+    for (int y = std::max(firstRow, 1); y <= lastRow; ++y)
         m_rows.lowerAndRaise(m_plane.row(y - 1), m_bound.row(y), m_plane.row(y), width);
 }
 
 void Reconstruction::run() {
-    lowerAndPassDown();
-    std::fill_n(m_waits, m_plane.height, Wait::ForNextRow);
-    m_firstRow = m_plane.height - 1;
+    const int lastRow = m_plane.height - 1;
     // A sweep may spend on what rises behind it about as much as on itself, each further one four
     // times as much as the one before.
-    m_allowance = 2 * m_plane.height * workOf(wholeRow());
-    for (std::int64_t allowance = m_allowance;; m_allowance = allowance *= 4) {
-        sweep();
-        if (m_isComplete) return;
-        m_firstRow = m_plane.height - 1 - m_firstRow;
+    const std::int64_t allowancePerRow = 2 * workOf(wholeRow());
+    const std::int64_t rowBytes = std::int64_t{2 * sizeof(float)} * m_plane.width;
+    const int bandRows = static_cast<int>(std::max<std::int64_t>(1, kBandBytes / rowBytes));
+    for (int first = 0; first <= lastRow; first += bandRows) {
+        const int last = std::min(first + bandRows - 1, lastRow);
+        lowerAndPassDown(first, last);
+        std::fill(m_waits + first, m_waits + last + 1, Wait::ForNextRow);
+        m_allowance += (last + 1 - first) * allowancePerRow;
+        sweep(last, first, -1);
+    }
+    std::int64_t allowance = allowancePerRow * m_plane.height;
+    for (int direction = 1; !m_isComplete; direction = -direction) {
+        m_isComplete = true;
+        m_allowance = allowance *= 4;
+        if (direction > 0)
+            sweep(0, lastRow, direction);
+        else
+            sweep(lastRow, 0, direction);
     }
 }
 

@@ -254,6 +254,35 @@ TEST(PeakStep, FillsLargeMazesAndCombs) {
     }
 }
 
+FloatPlane turned(const FloatPlane& plane) {
+    FloatPlane result(plane.height(), plane.width());
+    return result.set(
+        [&](int x, int y) { return plane.at(plane.width() - 1 - y, plane.height() - 1 - x); });
+}
+
+/// Planes of several bands, each of which is swept on its own. Turned, they meet elsewhere.
+TEST(PeakStep, RisesFromBandToBand) {
+    constexpr int kWidth = 900, kHeight = 800;
+    std::mt19937 random(29);
+    FloatPlane caves(kWidth, kHeight), sources(kWidth, kHeight);
+    caves.set(
+        [&](int, int) { return random() % 5 < 2 ? -9.0F : static_cast<float>(random() % 40); });
+    sources.set([&](int, int) { return random() % 3000 == 0 ? random() % 50 : -5.0F; });
+    for (const int mode : {kChessboard, kCityBlock})
+        EXPECT_TRUE(samePixels(turned(peakStepOf(caves, sources, mode)),
+                               peakStepOf(turned(caves), turned(sources), mode)));
+}
+
+/// Every row raises all rows above it, through so many bands that the allowance runs out.
+TEST(PeakStep, RisesThroughManyBands) {
+    constexpr int kWidth = 8, kHeight = 300000;
+    FloatPlane highGround(kWidth, kHeight), slope(kWidth, kHeight), expected(kWidth, kHeight);
+    highGround.fill(kHeight);
+    slope.set([](int, int y) { return static_cast<float>(y); });
+    expected.fill(kHeight - 1);
+    EXPECT_TRUE(samePixels(expected, peakStepOf(highGround, slope, kCityBlock)));
+}
+
 TEST(PeakStep, IsIdempotentAndStaysBetweenStartAndBound) {
     const auto scene = scenes::denseDiscs(200, 150);
     FloatPlane bound(200, 150), start(200, 150);
