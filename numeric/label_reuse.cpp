@@ -37,7 +37,7 @@ LabelReuse::LabelReuse(ScratchLayout& layout, int width, int height, std::int64_
     : m_width(width), m_height(height) {
     const int grids = layOutGrids(width, height, kSmallestCellShift, m_grids);
     const std::int64_t cells = m_grids[grids - 1].end();
-    m_heldAround = layout.take<LabelSet>(cells);
+    m_heldIn = layout.take<LabelSet>(cells);
     m_firstVisit = layout.take<int>(mostRuns);
     // A run visits one cell, and one more for each border between two cells that it crosses.
     m_visits = layout.take<Visit>(mostRuns + std::int64_t{m_grids[0].columns} * height);
@@ -116,15 +116,28 @@ void LabelReuse::findBestGrids() {
     }
 }
 
-/// The first label in turn that is not taken, or kNone.
-int LabelReuse::nextFree(const LabelSet& taken) const {
+/// The labels of a word of the set that are held in the visit's cell or one beside it.
+std::uint64_t LabelReuse::heldAround(const Visit& visit, int grid, int word) const {
+    const int columns = m_grids[grid].columns;
+    const LabelSet* const centre = m_heldIn + cell(visit, grid);
+    std::uint64_t held = 0;
+    for (int row = -1; row <= 1; ++row)
+        for (int column = -1; column <= 1; ++column)
+            held |= centre[row * columns + column].words[word];
+    return held;
+}
+
+/// The first label in turn that is not held around any of the visits, or kNone.
+int LabelReuse::nextFree(int firstVisit, int grid) const {
     const int first = m_turn / kWordBits;
     const std::uint64_t fromTurn = ~std::uint64_t{0} << m_turn % kWordBits;
     for (int i = 0; i <= 4; ++i) {  // the first word comes twice: its upper part, its lower part
         const int word = (first + i) % 4;
         const std::uint64_t wanted = i == 0 ? fromTurn : i == 4 ? ~fromTurn : ~std::uint64_t{0};
-        const std::uint64_t free = ~taken.words[word] & wanted;
-        if (free) return word * kWordBits + __builtin_ctzll(free);
+        std::uint64_t taken = m_outOfRange.words[word];
+        for (int v = firstVisit; v != kNone; v = m_visits[v].next)
+            taken |= heldAround(m_visits[v], grid, word);
+        if (~taken & wanted) return word * kWordBits + __builtin_ctzll(~taken & wanted);
     }
     return kNone;
 }
@@ -134,33 +147,25 @@ int LabelReuse::chooseLabel(int firstVisit) const {
     for (int v = firstVisit; grid > 0 && v != kNone; v = m_visits[v].next)
         grid = std::min<int>(grid, m_bestGrid[cell(m_visits[v], 0)]);
     for (grid = std::max(grid, 0); grid >= 0; --grid) {
-        LabelSet taken = m_outOfRange;
-        for (int v = firstVisit; v != kNone; v = m_visits[v].next) {
-            const LabelSet& held = m_heldAround[cell(m_visits[v], grid)];
-            for (int i = 0; i < 4; ++i) taken.words[i] |= held.words[i];
-        }
-        const int label = nextFree(taken);
+        const int label = nextFree(firstVisit, grid);
         if (label != kNone) return label;
     }
     return m_turn;
 }
 
 void LabelReuse::hold(int label, const Visit& visit) {
-    const int word = label / kWordBits;
     const std::uint64_t bit = std::uint64_t{1} << label % kWordBits;
-    for (int i = 0; i < m_usedGrids; ++i) {
-        const std::int64_t centre = cell(visit, i);
-        const int columns = m_grids[i].columns;
-        for (const std::int64_t at : {centre - columns, centre, centre + columns})
-            for (int side = -1; side <= 1; ++side) m_heldAround[at + side].words[word] |= bit;
-    }
+    for (int i = 0; i < m_usedGrids; ++i)
+        m_heldIn[cell(visit, i)].words[label / kWordBits] |= bit;
 }
 
 void LabelReuse::chooseLabels(unsigned char* labelOfArea) {
     countVisits();
     findBestGrids();
-    std::fill_n(m_heldAround, m_grids[m_usedGrids - 1].end(), LabelSet{});
+    std::fill_n(m_heldIn, m_grids[m_usedGrids - 1].end(), LabelSet{});
+    constexpr int kAhead = 16;
     for (int area = 0; area < m_demand.areas; ++area) {
+        __builtin_prefetch(m_visits + m_firstVisit[std::min(area + kAhead, m_demand.areas - 1)]);
         const int label = chooseLabel(m_firstVisit[area]);
         m_turn = label + 1 < m_demand.labels ? label + 1 : 0;
         labelOfArea[area] = static_cast<unsigned char>(m_demand.smallest + label);

@@ -70,7 +70,8 @@ private:
     int visitsAround(const Grid& grid, std::int64_t cell) const;
     void countVisits();
     void findBestGrids();
-    int nextFree(const LabelSet& taken) const;
+    std::uint64_t heldAround(const Visit& visit, int grid, int word) const;
+    int nextFree(int firstVisit, int grid) const;
     int chooseLabel(int firstVisit) const;
     void hold(int label, const Visit& visit);
 
@@ -90,7 +91,7 @@ private:
     int* m_lastArea;          // per cell of the finest grid: the area whose visit came last
     int* m_visitsIn;          // per cell
     signed char* m_bestGrid;  // per cell: the coarsest usable grid from here up, or kNone
-    LabelSet* m_heldAround;   // per cell: the labels held in it and its neighbours
+    LabelSet* m_heldIn;       // per cell: the labels that areas in it hold
 };
 
 }  // namespace numeric
