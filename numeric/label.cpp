@@ -158,11 +158,16 @@ void reuseLabels(const LabelReuse::Demand& demand, PlaneView<const unsigned char
         const bool whole = reuse.wantsWholeRow(y);
         const int runs = rows.findRuns(scratch.stripMask(strip), marker.width, scratch.runs);
         int largest = seenAreas - 1;
+        int* const wanted = scratch.renumbered;  // listed first: a branch would be hard to predict
+        int count = 0;
         for (int i = 0; i < runs; ++i) {
-            const int area = areaOfRun[i];
-            if (whole || area >= seenAreas)
-                reuse.addRun(area, scratch.runs[i].start, scratch.runs[i].end, y);
-            largest = std::max(largest, area);
+            wanted[count] = i;
+            count += whole || areaOfRun[i] >= seenAreas ? 1 : 0;
+            largest = std::max(largest, areaOfRun[i]);
+        }
+        for (int i = 0; i < count; ++i) {
+            const RunBounds& run = scratch.runs[wanted[i]];
+            reuse.addRun(areaOfRun[wanted[i]], run.start, run.end, y);
         }
         seenAreas = largest + 1;
         areaOfRun += runs;
