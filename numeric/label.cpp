@@ -32,6 +32,7 @@ struct LabelScratch {
           renumbered(layout.take<int>(mostRuns(width, 1))),
           line(layout.take<unsigned char>(std::int64_t{width} + kLineSlack)),
           firstRunOfStrip(layout.take<int>(std::int64_t{height} + 1)),
+          firstAreaOfStrip(layout.take<int>(std::int64_t{height} + 1)),
           areaOfRun(layout.take<int>(mostRuns(width, height))),
           labelOfArea(layout.take<unsigned char>(mostRuns(width, height))),
           reuse(layout, width, height, mostRuns(width, height)),
@@ -53,7 +54,8 @@ struct LabelScratch {
     int* renumbered;    // the areas that begin in one strip
     unsigned char* line;
     int* firstRunOfStrip;
-    int* areaOfRun;  // at first each run's parent in its set, whose root is its first run
+    int* firstAreaOfStrip;  // the number of areas that begin in earlier strips
+    int* areaOfRun;         // at first each run's parent in its set, whose root is its first run
     unsigned char* labelOfArea;
     LabelReuse reuse;
     std::int64_t size;
@@ -138,12 +140,14 @@ void orderByFirstPixel(int strip, const unsigned char* firstRow, int width, int 
 int numberAreas(PlaneView<const unsigned char> marker, const LabelRows& rows, int connectivity,
                 LabelScratch& scratch) {
     int areas = 0;
+    scratch.firstAreaOfStrip[0] = 0;
     for (int y = 0, strip = 0; y < marker.height; y += rowsPerStrip(connectivity), ++strip) {
         const int firstArea = areas;
         areas = numberRuns(scratch.firstRunOfStrip[strip], scratch.firstRunOfStrip[strip + 1],
                            firstArea, scratch.areaOfRun);
         if (rowsPerStrip(connectivity) > 1 && areas - firstArea > 1)
             orderByFirstPixel(strip, marker.row(y), marker.width, firstArea, areas, rows, scratch);
+        scratch.firstAreaOfStrip[strip + 1] = areas;
     }
     return areas;
 }
@@ -152,25 +156,22 @@ void reuseLabels(const LabelReuse::Demand& demand, PlaneView<const unsigned char
                  const LabelRows& rows, int connectivity, LabelScratch& scratch) {
     LabelReuse& reuse = scratch.reuse;
     reuse.begin(demand);
-    const int* areaOfRun = scratch.areaOfRun;
-    int seenAreas = 0;  // the number of areas that begin in earlier strips
     for (int y = 0, strip = 0; y < marker.height; y += rowsPerStrip(connectivity), ++strip) {
         const bool whole = reuse.wantsWholeRow(y);
+        const int firstNewArea = scratch.firstAreaOfStrip[strip];
+        if (!whole && scratch.firstAreaOfStrip[strip + 1] == firstNewArea) continue;
         const int runs = rows.findRuns(scratch.stripMask(strip), marker.width, scratch.runs);
-        int largest = seenAreas - 1;
+        const int* const areaOfRun = scratch.areaOfRun + scratch.firstRunOfStrip[strip];
         int* const wanted = scratch.renumbered;  // listed first: a branch would be hard to predict
         int count = 0;
         for (int i = 0; i < runs; ++i) {
             wanted[count] = i;
-            count += whole || areaOfRun[i] >= seenAreas ? 1 : 0;
-            largest = std::max(largest, areaOfRun[i]);
+            count += whole || areaOfRun[i] >= firstNewArea ? 1 : 0;
         }
         for (int i = 0; i < count; ++i) {
             const RunBounds& run = scratch.runs[wanted[i]];
             reuse.addRun(areaOfRun[wanted[i]], run.start, run.end, y);
         }
-        seenAreas = largest + 1;
-        areaOfRun += runs;
     }
     reuse.chooseLabels(scratch.labelOfArea);
 }

@@ -155,8 +155,7 @@ int LabelReuse::chooseLabel(int firstVisit) const {
 
 void LabelReuse::hold(int label, const Visit& visit) {
     const std::uint64_t bit = std::uint64_t{1} << label % kWordBits;
-    for (int i = 0; i < m_usedGrids; ++i)
-        m_heldIn[cell(visit, i)].words[label / kWordBits] |= bit;
+    for (int i = 0; i < m_usedGrids; ++i) m_heldIn[cell(visit, i)].words[label / kWordBits] |= bit;
 }
 
 void LabelReuse::chooseLabels(unsigned char* labelOfArea) {
