@@ -3,27 +3,28 @@
 #include <memory>
 #include <opencv2/imgproc.hpp>
 #include <string>
-#include <vector>
 
 #include "bench/benchmarks.h"
 #include "bench/scenes.h"
 #include "numeric/numeric.h"
+#include "numeric/owned.h"
 
 namespace {
 
 using scenes::Scene;
 
 void runNumeric(benchmark::State& state, const Scene& scene) {
-    std::vector<float> distances(scene.pixels.size());
+    int step = 0;
+    const auto distances = numeric::makeZeroPlane(scene.width, scene.height, &step);
     int scratchSize = 0;
     numeric::distanceTransformScratchSize(scene.width, scene.height, &scratchSize);
-    std::vector<unsigned char> scratch(scratchSize);
+    const auto scratch = numeric::makeScratch(scratchSize);
     for (auto _ : state) {
         const auto status =
-            numeric::distanceTransform(scene.pixels.data(), scene.width, distances.data(),
-                                       4 * scene.width, scene.width, scene.height, scratch.data());
+            numeric::distanceTransform(scene.pixels.data(), scene.width, distances.get(), step,
+                                       scene.width, scene.height, scratch.get());
         if (status != numeric::Success) state.SkipWithError("the transform failed");
-        benchmark::DoNotOptimize(distances.data());
+        benchmark::DoNotOptimize(distances.get());
         benchmark::ClobberMemory();
     }
 }

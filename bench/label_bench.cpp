@@ -8,6 +8,7 @@
 #include "bench/scenes.h"
 #include "bench/seeds.h"
 #include "numeric/numeric.h"
+#include "numeric/owned.h"
 
 namespace {
 
@@ -18,12 +19,12 @@ void runNumeric(benchmark::State& state, const Scene& scene, int connectivity) {
     std::vector<unsigned char> marker = scene.pixels;
     int scratchSize = 0;
     numeric::labelSeedsScratchSize(scene.width, scene.height, &scratchSize);
-    std::vector<unsigned char> scratch(scratchSize);
+    const auto scratch = numeric::makeScratch(scratchSize);
     int count = 0;
     for (auto _ : state) {
         const auto status =
             numeric::labelSeeds(marker.data(), scene.width, scene.width, scene.height, 2, 254,
-                                connectivity, &count, scratch.data());
+                                connectivity, &count, scratch.get());
         if (status != numeric::Success) state.SkipWithError("the labelling failed");
         benchmark::ClobberMemory();
     }

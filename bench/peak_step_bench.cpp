@@ -14,6 +14,7 @@
 #include "bench/benchmarks.h"
 #include "bench/scenes.h"
 #include "numeric/numeric.h"
+#include "numeric/owned.h"
 
 namespace {
 
@@ -33,10 +34,10 @@ MarkerAndMask separationPlanes(const Scene& scene, float levels) {
                          std::vector<float>(scene.pixels.size())};
     int scratchSize = 0;
     numeric::distanceTransformScratchSize(width, height, &scratchSize);
-    std::vector<unsigned char> scratch(scratchSize);
+    const auto scratch = numeric::makeScratch(scratchSize);
     float* mask = planes.mask.data();
     numeric::distanceTransform(scene.pixels.data(), width, mask, step, width, height,
-                               scratch.data());
+                               scratch.get());
     float largest = 0;
     numeric::maximum(mask, step, width, height, &largest);
     numeric::thresholdFloat(mask, step, width, height, largest / levels, 0);
@@ -49,14 +50,14 @@ void runNumeric(benchmark::State& state, const MarkerAndMask& planes, int mode) 
     std::vector<float> plane(planes.marker.size());
     int scratchSize = 0;
     numeric::peakStepScratchSize(planes.width, planes.height, &scratchSize);
-    std::vector<unsigned char> scratch(scratchSize);
+    const auto scratch = numeric::makeScratch(scratchSize);
     const int step = 4 * planes.width;
     for (auto _ : state) {
         state.PauseTiming();
         std::copy(planes.marker.begin(), planes.marker.end(), plane.begin());
         state.ResumeTiming();
         const auto status = numeric::peakStep(planes.mask.data(), step, plane.data(), step,
-                                              planes.width, planes.height, scratch.data(), mode);
+                                              planes.width, planes.height, scratch.get(), mode);
         if (status != numeric::Success) state.SkipWithError("the peak step failed");
         benchmark::ClobberMemory();
     }
@@ -89,10 +90,10 @@ void runItk(benchmark::State& state, const MarkerAndMask& planes, int mode) {
     std::vector<float> plane = planes.marker;
     int scratchSize = 0;
     numeric::peakStepScratchSize(planes.width, planes.height, &scratchSize);
-    std::vector<unsigned char> scratch(scratchSize);
+    const auto scratch = numeric::makeScratch(scratchSize);
     const int step = 4 * planes.width;
     numeric::peakStep(planes.mask.data(), step, plane.data(), step, planes.width, planes.height,
-                      scratch.data(), mode);
+                      scratch.get(), mode);
     if (!std::equal(plane.begin(), plane.end(), filter->GetOutput()->GetBufferPointer()))
         state.SkipWithError("the results differ");
 }

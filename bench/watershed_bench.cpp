@@ -11,6 +11,7 @@
 #include "bench/scenes.h"
 #include "bench/seeds.h"
 #include "numeric/numeric.h"
+#include "numeric/owned.h"
 
 namespace {
 
@@ -28,9 +29,9 @@ std::vector<unsigned char> labelled(Scene seeds) {
     int scratchSize = 0;
     int count = 0;
     numeric::labelSeedsScratchSize(seeds.width, seeds.height, &scratchSize);
-    std::vector<unsigned char> scratch(scratchSize);
+    const auto scratch = numeric::makeScratch(scratchSize);
     numeric::labelSeeds(seeds.pixels.data(), seeds.width, seeds.width, seeds.height, 2, 254, 1,
-                        &count, scratch.data());
+                        &count, scratch.get());
     return seeds.pixels;
 }
 
@@ -75,11 +76,11 @@ void runNumeric(benchmark::State& state, const Case& c, int norm, int flags) {
     std::vector<unsigned char> marker(c.marker.size());
     int scratchSize = 0;
     numeric::watershedScratchSize(c.width, c.height, &scratchSize);
-    std::vector<unsigned char> scratch(scratchSize);
+    const auto scratch = numeric::makeScratch(scratchSize);
     for (auto _ : state) {
         std::copy(c.marker.begin(), c.marker.end(), marker.begin());
         const auto status = numeric::watershed(c.relief.data(), c.width, marker.data(), c.width,
-                                               c.width, c.height, norm, flags, scratch.data());
+                                               c.width, c.height, norm, flags, scratch.get());
         if (status != numeric::Success) state.SkipWithError("the watershed failed");
         benchmark::ClobberMemory();
     }

@@ -10,7 +10,7 @@ namespace numeric {
 namespace {
 
 TEST(AlignedMemory, BlocksAreAlignedAndWholeForEverySize) {
-    for (const int size : {1, 4, 31, 32, 33, 100, 4096, 100001}) {
+    for (const int size : {1, 4, 31, 32, 33, 100, 4096, 100001, 9000001}) {
         void* block = allocAligned(size);
         ASSERT_NE(block, nullptr);
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 32, 0U);
