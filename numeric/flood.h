@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "numeric/flood_rows.h"
 #include "numeric/views.h"
 
 namespace numeric {
@@ -19,7 +20,8 @@ struct FloodPlanes {
 /// The floods for any relief. The scratch has watershedScratchSize() bytes at any address.
 ///
 /// Order inside a level: the number of steps to 8 or 4 neighbours.
-void floodBySteps(const FloodPlanes& planes, bool sidesOnly, unsigned char* scratch);
+void floodBySteps(const FloodPlanes& planes, const FloodRows& rows, bool sidesOnly,
+                  unsigned char* scratch);
 /// Order inside a level: the Euclidean distance of arrival.h.
 void floodByMarching(const FloodPlanes& planes, unsigned char* scratch);
 

@@ -1,170 +1,176 @@
 #include <algorithm>
-#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <utility>
 
 #include "numeric/flood.h"
-#include "numeric/flood_grid.h"
+#include "numeric/flood_field.h"
 #include "numeric/scratch.h"
 
 namespace numeric {
 namespace {
 
-/// Breadth-first flood from level to level.
+/// Breadth-first flood from level to level, ring by ring.
 ///
-/// A pixel's key is its label once that is final, kTentative + label while the pixel waits for its
-/// level beside the flooded area, and kUnlabelled before. So "final, or waiting with a label that
-/// is no greater" is one comparison, which seeds and the rim (key 0) pass as well.
-///
-/// Within a level, pixels are taken in the order of their distance and, among equals, of their
-/// labels: the first list of a level is sorted, and a list that is sorted leaves a sorted one.
-/// Thus the first label to reach a pixel is the smallest.
+/// A ring holds the pixels that are so many steps away from what was flooded before the level. A
+/// pixel that has been reached may be reached again, with a smaller label, until the turn of its
+/// ring or level comes. Then its label is final, and it reaches its neighbours.
 template <int kNeighbours>
 class StepFlood {
 public:
-    StepFlood(const FloodPlanes& planes, unsigned char* scratch)
-        : StepFlood(planes, ScratchLayout(scratch)) {}
+    StepFlood(const FloodPlanes& planes, const FloodRows& rows, unsigned char* scratch)
+        : StepFlood(planes, rows, ScratchLayout(scratch)) {}
 
     void run() {
-        start();
-        for (int level = 0; level < kLevels; ++level) {
-            int* const extra = enterSeeds(level);
-            flood(level, sortByLabel(level, extra));
-        }
-        finish();
+        // No free pixel lies higher, so seeds above wait until the others have done what they can.
+        const int highest = m_field.freePixels().highest;
+        flood(0, highest);
+        if (m_unreached > 0) flood(highest + 1, FloodField::kLevels - 1);
+        m_field.finish();
     }
 
 private:
-    using Key = std::uint16_t;
-    static constexpr Key kTentative = 256;
-    static constexpr Key kUnlabelled = 0xFFFF;
+    using Key = FloodKey;
+    /// The key of a pixel that has been reached, without the label.
+    static constexpr int kReached = 0x0100;
     static constexpr int kLookAhead = 12;
+    /// So few pixels in a ring are fronts in corridors, and their next steps easily foreseen.
+    static constexpr int kFew = 8;
 
-    StepFlood(const FloodPlanes& planes, ScratchLayout layout)
-        : m_planes(planes),
-          m_grid(planes),
-          m_neighbours(m_grid.neighbours()),
-          m_lists(planes, layout.take<int>(planes.pixels())),
-          m_queue(layout.take<int>(planes.pixels())),
-          m_keys(layout.take<Key>(m_grid.cells())),
-          m_relief(layout.take<unsigned char>(m_grid.innerCells()) - m_grid.stride) {}
+    StepFlood(const FloodPlanes& planes, const FloodRows& rows, ScratchLayout layout)
+        : m_field(planes, rows, layout),
+          m_keys(m_field.keys()),
+          m_stride(m_field.stride()),
+          m_unreached(m_field.freePixels().count) {}
 
-    void start() {
-        std::fill_n(m_keys, m_grid.cells(), Key{0});
-        for (int y = 0; y < m_planes.height(); ++y) {
-            const unsigned char* marker = m_planes.marker.row(y);
-            for (int x = 0; x < m_planes.width(); ++x)
-                m_keys[m_grid.pixel(x, y)] = marker[x] != 0 ? marker[x] : kUnlabelled;
-            std::copy_n(m_planes.relief.row(y), m_planes.width(), m_relief + m_grid.pixel(0, y));
+    void flood(int firstLevel, int lastLevel) {
+        m_field.listSeeds(firstLevel, lastLevel);
+        for (m_level = firstLevel; m_unreached > 0 && m_level <= lastLevel; ++m_level) floodLevel();
+    }
+
+    void floodLevel() {
+        const auto [room, seeds, waiting, end] = m_field.openLevel(m_level);
+        m_field.setListEnd(m_level, room);
+        expand(seeds, waiting);
+        int* ring = room;
+        int* ringEnd = m_field.listEnd(m_level);
+        settle(waiting, end);
+        settle(ring, ringEnd);
+        expand(waiting, end);
+        while (true) {
+            expand(ring, ringEnd);
+            ring = ringEnd;
+            ringEnd = m_field.listEnd(m_level);
+            if (ring == ringEnd) break;
+            settle(ring, ringEnd);
+            if (ringEnd - ring == 1) *ring = followCorridor(*ring);
         }
-        for (int y = 0; y < m_planes.height(); ++y)
-            for (int x = 0; x < m_planes.width(); ++x) {
-                const int pixel = m_grid.pixel(x, y);
-                if (m_keys[pixel] != kUnlabelled && hasUnlabelledNeighbour(pixel))
-                    m_lists.add(m_relief[pixel], pixel);
-            }
-        for (int level = 0; level < kLevels; ++level) m_seedsEnd[level] = m_lists.end(level);
+        m_unreached -= (end - waiting) + (ringEnd - room);
     }
 
-    bool hasUnlabelledNeighbour(int pixel) const {
-        for (int i = 0; i < kNeighbours; ++i)
-            if (m_keys[pixel + m_neighbours[i]] == kUnlabelled) return true;
-        return false;
+    /// Makes the labels of pixels that have been reached final.
+    void settle(const int* begin, const int* end) {
+        for (const int* pixel = begin; pixel != end; ++pixel) {
+            if (end - pixel > kLookAhead) __builtin_prefetch(m_keys + pixel[kLookAhead], 1);
+            m_keys[*pixel] -= kReached;
+        }
     }
 
-    /// Lets the level's seeds reach their neighbours. Those whose own level has passed go to the
-    /// room of the lists of passed levels; returns the end of them.
-    int* enterSeeds(int level) {
-        int* extraEnd = m_lists.all();
-        for (const int* seed = m_lists.begin(level); seed != m_seedsEnd[level]; ++seed) {
-            const Key tentative = kTentative + m_keys[*seed];
-            for (int i = 0; i < kNeighbours; ++i) {
-                const int next = *seed + m_neighbours[i];
-                if (m_keys[next] <= tentative) continue;
-                if (m_keys[next] == kUnlabelled) {
-                    if (m_relief[next] < level)
-                        *extraEnd++ = next;
+    /// Lets pixels reach their neighbours, which go to the level's list or wait for their own.
+    void expand(const int* begin, const int* end) {
+        if (end - begin <= kFew)
+            expand<true>(begin, end);
+        else
+            expand<false>(begin, end);
+    }
+
+    template <bool kAreFew>
+    void expand(const int* begin, const int* end) {
+        const int level = m_level;
+        int* ringEnd = m_field.listEnd(level);
+        for (const int* pixel = begin; pixel != end; ++pixel) {
+            if (!kAreFew && end - pixel > kLookAhead) fetchAround(pixel[kLookAhead]);
+            const Key reached = static_cast<Key>(kReached + m_keys[*pixel]);
+            forEachNeighbour(m_keys + *pixel, [&](Key* neighbour) {
+                const Key key = *neighbour;
+                if (key <= reached) return;
+                if (key >= kFreeKey) {
+                    const int next = static_cast<int>(neighbour - m_keys);
+                    // An address that hangs on a key would hold up all that is read after it;
+                    // of many pixels a branch would often be foreseen wrongly.
+                    if (kAreFew && key <= kFreeKey + level)
+                        *ringEnd++ = next;
                     else
-                        m_lists.add(m_relief[next], next);
+                        m_field.add(std::max(key - kFreeKey, level), next);
                 }
-                m_keys[next] = tentative;
-            }
+                *neighbour = reached;
+            });
         }
-        return extraEnd;
-    }
-
-    /// Puts the pixels beside the flooded area into the queue, smallest labels first, and makes
-    /// their labels final. Returns the end of the queue.
-    int* sortByLabel(int level, const int* extraEnd) {
-        const auto forEach = [&](auto visit) {
-            const int* const listEnd = m_lists.end(level);
-            for (const int* p = m_seedsEnd[level]; p != listEnd; ++p) {
-                if (listEnd - p > kLookAhead) __builtin_prefetch(m_keys + p[kLookAhead]);
-                visit(*p);
-            }
-            for (const int* p = m_lists.all(); p != extraEnd; ++p) visit(*p);
-        };
-        std::array<int, kTentative> places{};
-        forEach([&](int pixel) { ++places[m_keys[pixel] -= kTentative]; });
-        int next = 0;
-        for (int& place : places) next += std::exchange(place, next);
-        forEach([&](int pixel) { m_queue[places[m_keys[pixel]]++] = pixel; });
-        return m_queue + next;
+        if (kAreFew) m_field.setListEnd(level, ringEnd);
     }
 
     // The pixels of a level lie all over the plane: their surroundings are asked for in time.
     void fetchAround(int pixel) const {
-        for (const int row : {pixel - m_grid.stride, pixel, pixel + m_grid.stride})
-            __builtin_prefetch(m_keys + row);
-        __builtin_prefetch(m_relief + pixel);
+        const Key* key = m_keys + pixel;
+        __builtin_prefetch(key - m_stride);
+        __builtin_prefetch(key);
+        __builtin_prefetch(key + m_stride);
     }
 
-    void flood(int level, int* end) {
-        for (const int* pixel = m_queue; pixel != end; ++pixel) {
-            if (end - pixel > kLookAhead) fetchAround(pixel[kLookAhead]);
-            const Key label = m_keys[*pixel];
-            const Key tentative = kTentative + label;
-            for (int i = 0; i < kNeighbours; ++i) {
-                const int next = *pixel + m_neighbours[i];
-                const Key key = m_keys[next];
-                if (key <= tentative) continue;
-                if (m_relief[next] <= level) {
-                    m_keys[next] = label;
-                    *end++ = next;
-                } else {
-                    if (key == kUnlabelled) m_lists.add(m_relief[next], next);
-                    m_keys[next] = tentative;
-                }
-            }
+    /// Goes on from a pixel that is the only one of its ring, as long as it reaches a single one.
+    /// Returns the last.
+    int followCorridor(int pixel) {
+        Key* key = m_keys + pixel;
+        const Key label = *key;
+        const Key reached = static_cast<Key>(kReached + label);
+        std::ptrdiff_t step = 0;
+        while (true) {
+            int open = 0;
+            forEachNeighbour(key,
+                             [&](const Key* neighbour) { open += *neighbour > reached ? 1 : 0; });
+            if (open != 1) break;
+            if (key[step] <= reached)
+                forEachNeighbour(key, [&](const Key* neighbour) {
+                    if (*neighbour > reached) step = neighbour - key;
+                });
+            if (key[step] < kFreeKey || key[step] > kFreeKey + m_level) break;
+            key += step;
+            *key = label;
+            --m_unreached;
+        }
+        return static_cast<int>(key - m_keys);
+    }
+
+    template <class Visit>
+    void forEachNeighbour(Key* key, Visit visit) const {
+        Key* const above = key - m_stride;
+        Key* const below = key + m_stride;
+        visit(above);
+        visit(key - 1);
+        visit(key + 1);
+        visit(below);
+        if constexpr (kNeighbours == 8) {
+            visit(above - 1);
+            visit(above + 1);
+            visit(below - 1);
+            visit(below + 1);
         }
     }
 
-    void finish() {
-        for (int y = 0; y < m_planes.height(); ++y) {
-            unsigned char* marker = m_planes.marker.row(y);
-            const Key* keys = m_keys + m_grid.pixel(0, y);
-            for (int x = 0; x < m_planes.width(); ++x)
-                marker[x] = keys[x] == kUnlabelled ? 0 : static_cast<unsigned char>(keys[x]);
-        }
-    }
-
-    FloodPlanes m_planes;
-    FloodGrid m_grid;
-    std::array<int, 8> m_neighbours;
-    LevelLists m_lists;  // seeds first, then the pixels that wait for the level
-    std::array<const int*, kLevels> m_seedsEnd{};
-    int* m_queue;
+    FloodField m_field;
     Key* m_keys;
-    unsigned char* m_relief;  // no rim above and below, and none is needed
+    std::ptrdiff_t m_stride;
+    std::int64_t m_unreached;
+    int m_level = 0;
 };
 
 }  // namespace
 
-void floodBySteps(const FloodPlanes& planes, bool sidesOnly, unsigned char* scratch) {
+void floodBySteps(const FloodPlanes& planes, const FloodRows& rows, bool sidesOnly,
+                  unsigned char* scratch) {
     if (sidesOnly)
-        StepFlood<4>(planes, scratch).run();
+        StepFlood<4>(planes, rows, scratch).run();
     else
-        StepFlood<8>(planes, scratch).run();
+        StepFlood<8>(planes, rows, scratch).run();
 }
 
 }  // namespace numeric

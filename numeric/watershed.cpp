@@ -11,6 +11,7 @@
 namespace numeric {
 namespace {
 
+const SlotTable<FloodRows> kFloodRows(kFloodBuilds);
 const SlotTable<SweepRows> kSweepRows(kSweepBuilds);
 const SlotTable<WatershedRows> kWatershedRows(kWatershedBuilds);
 
@@ -96,7 +97,7 @@ KernelStatus watershed(const unsigned char* relief, int reliefStep, unsigned cha
         if (isMarching)
             floodByMarching(planes, scratch);
         else
-            floodBySteps(planes, sidesOnly, scratch);
+            floodBySteps(planes, kFloodRows.selected(), sidesOnly, scratch);
     }
 
     const WatershedRows& rows = kWatershedRows.selected();
