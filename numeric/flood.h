@@ -23,6 +23,6 @@ struct FloodPlanes {
 void floodBySteps(const FloodPlanes& planes, const FloodRows& rows, bool sidesOnly,
                   unsigned char* scratch);
 /// Order inside a level: the Euclidean distance of arrival.h.
-void floodByMarching(const FloodPlanes& planes, unsigned char* scratch);
+void floodByMarching(const FloodPlanes& planes, const FloodRows& rows, unsigned char* scratch);
 
 }  // namespace numeric

@@ -4,11 +4,13 @@
 
 namespace numeric {
 
-FloodField::FloodField(const FloodPlanes& planes, const FloodRows& rows, ScratchLayout& layout)
+FloodField::FloodField(const FloodPlanes& planes, const FloodRows& rows, Distances distances,
+                       ScratchLayout& layout)
     : m_planes(planes),
       m_rows(rows),
       m_stride(std::ptrdiff_t{planes.width()} + 2),
-      m_keys(layout.take<FloodKey>(cells() + kFloodKeySlack)) {
+      m_keys(layout.take<FloodKey>(
+          cells() + (distances == Distances::Kept ? cells() - m_stride : kFloodKeySlack))) {
     m_rooms[0] = layout.take<int>(planes.pixels());
     makeRoom();
     prepareKeys();
@@ -35,13 +37,13 @@ void FloodField::makeRoom() {
 void FloodField::prepareKeys() {
     const int width = m_planes.width();
     const int height = m_planes.height();
-    std::fill_n(m_keys, m_stride, FloodKey{0});
+    std::fill_n(m_keys, m_stride, kRimKey);
     for (int y = 0; y < height; ++y) {
         FloodKey* keys = m_keys + pixel(0, y);
         m_rows.prepare(m_planes.relief.row(y), m_planes.marker.row(y), width, keys, &m_free);
-        keys[-1] = keys[width] = 0;
+        keys[-1] = keys[width] = kRimKey;
     }
-    std::fill_n(m_keys + pixel(-1, height), m_stride + kFloodKeySlack, FloodKey{0});
+    std::fill_n(m_keys + pixel(-1, height), m_stride, kRimKey);
 }
 
 void FloodField::listSeeds(int firstLevel, int lastLevel) {
@@ -54,12 +56,12 @@ void FloodField::listSeeds(int firstLevel, int lastLevel) {
 
 FloodField::Opened FloodField::openLevel(int level) {
     int* const end = m_rooms[level + 1];
-    const int* const seeds = std::copy_backward(m_rooms[level], m_listEnds[level], end);
-    const int* const waiting = seeds + (m_seedsEnds[level] - m_rooms[level]);
+    int* const seeds = std::copy_backward(m_rooms[level], m_listEnds[level], end);
+    int* const waiting = seeds + (m_seedsEnds[level] - m_rooms[level]);
     return {m_rooms[0], seeds, waiting, end};
 }
 
-void FloodField::finish() const {
+void FloodField::readLabels() const {
     for (int y = 0; y < m_planes.height(); ++y)
         m_rows.readLabels(m_keys + pixel(0, y), m_planes.marker.row(y), m_planes.width());
 }

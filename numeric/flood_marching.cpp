@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
-#include <utility>
 
 #include "numeric/arrival.h"
 #include "numeric/flood.h"
-#include "numeric/flood_grid.h"
+#include "numeric/flood_field.h"
 #include "numeric/scratch.h"
 
 namespace numeric {
@@ -15,186 +15,285 @@ namespace {
 /// less than kLeastAdvance before it, so all pixels of a ring of that width are settled at once,
 /// in any order.
 ///
-/// The band holds the pixels beside the settled ones whose level has come. In each ring all of
-/// them are worked out, and those that lie within the ring are settled.
+/// The first ring of a level are the pixels beside what was flooded before, all at distance 0: how
+/// they are reached is known beforehand. After them comes the band, the pixels beside settled ones
+/// whose level has come. For each ring all of them are worked out, and those that lie within the
+/// ring are settled. Since every neighbour of what was flooded before is in the first ring, the
+/// band depends on distances of this level alone.
 class MarchingFlood {
 public:
-    MarchingFlood(const FloodPlanes& planes, unsigned char* scratch)
-        : MarchingFlood(planes, ScratchLayout(scratch)) {}
+    MarchingFlood(const FloodPlanes& planes, const FloodRows& rows, unsigned char* scratch)
+        : MarchingFlood(planes, rows, ScratchLayout(scratch)) {}
 
     void run() {
-        start();
-        for (int level = 0; level < kLevels; ++level) {
-            openLevel(level);
-            while (m_bandBegin != m_bandEnd) floodRing(level);
-            // What is flooded now counts as distance 0 from the next level on.
-            for (const int* pixel = m_lists.all(); pixel != m_settledEnd; ++pixel)
-                m_distances[*pixel] = 0;
-        }
-        finish();
+        m_field.flood([this](int level) {
+            m_level = level;
+            return floodLevel();
+        });
     }
 
 private:
+    using Key = FloodKey;
     using Distance = std::uint16_t;
-    /// To the neighbour across a side, and from there to the corners on either side of it.
-    struct Direction {
-        int side;
-        int along;
-    };
-    // Any distance from here on is none; a pixel that is free, one that is in a list, and a rim
-    // pixel or a seed that has not entered.
-    static constexpr Distance kClosed = 0xFFFD;
-    static constexpr Distance kListed = 0xFFFE;
-    static constexpr Distance kFree = 0xFFFF;
+    // Keys of reached pixels. Those that wait are reached over a side or a corner by the label that
+    // is added; a side comes before any corner. No label is added for pixels of the band.
+    static constexpr int kBySide = 0x0100;
+    static constexpr int kByCorner = 0x0200;
+    static constexpr int kInBand = 0x0100;
+    static constexpr int kLabelBits = 8;
+    static constexpr int kLabel = (1 << kLabelBits) - 1;
+
+    static constexpr Distance kNone = FloodField::kNoDistance;
     static constexpr int kLargestDistance = 0xF000;
     /// A pixel in the band depends on no ring older than these.
     static constexpr int kRecentRings = 3;
+    static constexpr int kLookAhead = 12;
+    /// So few pixels in the band are fronts in corridors, and their next steps easily foreseen.
+    static constexpr int kFew = 8;
 
-    MarchingFlood(const FloodPlanes& planes, ScratchLayout layout)
-        : m_planes(planes),
-          m_grid(planes),
-          m_neighbours(m_grid.neighbours()),
-          m_directions{
-              {{-m_grid.stride, 1}, {-1, m_grid.stride}, {1, m_grid.stride}, {m_grid.stride, 1}}},
-          m_lists(planes, layout.take<int>(planes.pixels())),
-          m_distances(layout.take<Distance>(m_grid.cells())),
-          m_labels(layout.take<unsigned char>(m_grid.cells())),
-          m_relief(layout.take<unsigned char>(m_grid.innerCells()) - m_grid.stride) {}
+    MarchingFlood(const FloodPlanes& planes, const FloodRows& rows, ScratchLayout layout)
+        : m_field(planes, rows, FloodField::Distances::Kept, layout),
+          m_keys(m_field.keys()),
+          m_stride(m_field.stride()),
+          m_distances(m_field.distances()) {
+        std::fill_n(m_distances + m_stride, m_field.cells() - m_stride, kNone);
+    }
 
-    void start() {
-        std::fill_n(m_distances, m_grid.cells(), kClosed);
-        std::fill_n(m_labels, m_grid.cells(), static_cast<unsigned char>(0));
-        for (int y = 0; y < m_planes.height(); ++y) {
-            const unsigned char* marker = m_planes.marker.row(y);
-            for (int x = 0; x < m_planes.width(); ++x)
-                if (marker[x] == 0) m_distances[m_grid.pixel(x, y)] = kFree;
-            std::copy_n(marker, m_planes.width(), m_labels + m_grid.pixel(0, y));
-            std::copy_n(m_planes.relief.row(y), m_planes.width(), m_relief + m_grid.pixel(0, y));
-        }
-        for (int y = 0; y < m_planes.height(); ++y)
-            for (int x = 0; x < m_planes.width(); ++x) {
-                const int pixel = m_grid.pixel(x, y);
-                if (m_distances[pixel] == kClosed && hasFreeNeighbour(pixel))
-                    m_lists.add(m_relief[pixel], pixel);
+    std::int64_t floodLevel() {
+        const auto [room, seeds, waiting, end] = m_field.openLevel(m_level);
+        m_field.setListEnd(m_level, room);
+        expand<Kind::Seeds>(seeds, waiting);
+        m_band = m_field.listEnd(m_level);
+        settleFirstRing(waiting, end);
+        settleFirstRing(room, m_band);
+        std::int64_t settled = (end - waiting) + (m_band - room);
+        expand<Kind::Many>(waiting, end);
+        expand<Kind::Many>(room, m_band);
+        m_ringEnd = 2 * kLeastAdvance;
+        m_ringsOfOneLabel = 0;
+        while (m_field.listEnd(m_level) != m_band)
+            settled += m_ringsOfOneLabel < kRecentRings ? floodRing() : fill();
+        return settled;
+    }
+
+    void settleFirstRing(const int* begin, const int* end) {
+        for (const int* pixel = begin; pixel != end; ++pixel) {
+            if (end - pixel > kLookAhead) {
+                __builtin_prefetch(m_keys + pixel[kLookAhead], 1);
+                __builtin_prefetch(m_distances + pixel[kLookAhead], 1);
             }
-        for (int level = 0; level < kLevels; ++level) m_seedsEnd[level] = m_lists.end(level);
-    }
-
-    bool hasFreeNeighbour(int pixel) const {
-        return std::any_of(m_neighbours.begin(), m_neighbours.end(),
-                           [&](int offset) { return m_distances[pixel + offset] == kFree; });
-    }
-
-    /// Lets the level's seeds enter and gathers the band. The room of the lists up to this level
-    /// is used again, settled pixels from its begin up and the band from its end down: they are
-    /// different pixels of these levels and no seeds, so they never meet, nor reach the seeds that
-    /// are put at the begin for now.
-    void openLevel(int level) {
-        int* const seeds = m_lists.begin(level);
-        int* const waiting = m_seedsEnd[level];
-        m_bandEnd = m_lists.roomEnd(level);
-        m_bandBegin = std::copy_backward(waiting, m_lists.end(level), m_bandEnd);
-        m_settledEnd = m_lists.all();
-        const int* const seedsEnd = std::copy(seeds, waiting, m_settledEnd);
-        for (const int* seed = m_lists.all(); seed != seedsEnd; ++seed) {
-            m_distances[*seed] = 0;
-            listNeighbours(*seed, level);
-        }
-        m_ringStarts.fill(m_settledEnd);
-        m_ringEnd = kLeastAdvance;
-    }
-
-    void listNeighbours(int pixel, int level) {
-        for (const int offset : m_neighbours) {
-            const int next = pixel + offset;
-            if (m_distances[next] != kFree) continue;
-            m_distances[next] = kListed;
-            if (m_relief[next] <= level)
-                *--m_bandBegin = next;
-            else
-                m_lists.add(m_relief[next], next);
+            Key& key = m_keys[*pixel];
+            m_distances[*pixel] = key < kByCorner ? kSideDistance : kCornerDistance;
+            key &= kLabel;
         }
     }
 
-    void floodRing(int level) {
-        if (m_ringEnd > kLargestDistance) bringDistancesDown();
+    enum class Kind { Seeds, Few, Many };
+
+    template <Kind kKind>
+    void expand(const int* begin, const int* end) {
+        for (const int* pixel = begin; pixel != end; ++pixel) {
+            if (end - pixel > kLookAhead) fetchAround(m_keys + pixel[kLookAhead]);
+            expand<kKind>(*pixel);
+        }
+    }
+
+    /// Lets a pixel reach its neighbours. Those of the seeds are of the first ring.
+    template <Kind kKind>
+    void expand(int pixel) {
+        Key* const key = m_keys + pixel;
+        const int label = *key;
+        const int level = m_level;
+        const auto reach = [&](Key* neighbour, int reached) {
+            if (*neighbour <= reached) return;
+            if (*neighbour >= kFreeKey) {
+                const int relief = *neighbour - kFreeKey;
+                const int next = static_cast<int>(neighbour - m_keys);
+                if (kKind == Kind::Few && relief <= level) {
+                    m_field.add(level, next);
+                    *neighbour = kInBand;
+                    return;
+                }
+                m_field.add(std::max(relief, level), next);
+                if (kKind == Kind::Many && relief <= level) reached = kInBand;
+            }
+            *neighbour = static_cast<Key>(reached);
+        };
+        Key* const above = key - m_stride;
+        Key* const below = key + m_stride;
+        reach(above, kBySide + label);
+        reach(key - 1, kBySide + label);
+        reach(key + 1, kBySide + label);
+        reach(below, kBySide + label);
+        reach(above - 1, kByCorner + label);
+        reach(above + 1, kByCorner + label);
+        reach(below - 1, kByCorner + label);
+        reach(below + 1, kByCorner + label);
+    }
+
+    // The pixels of a level lie all over the plane: their surroundings are asked for in time.
+    template <class Number>
+    void fetchAround(const Number* pixel) const {
+        __builtin_prefetch(pixel - m_stride);
+        __builtin_prefetch(pixel);
+        __builtin_prefetch(pixel + m_stride);
+    }
+
+    /// Settles the pixels of the band that lie within the next ring. Returns how many.
+    std::int64_t floodRing() {
+        int* const bandEnd = m_field.listEnd(m_level);
+        if (m_ringEnd > kLargestDistance) bringDistancesDown(bandEnd);
+        int* kept = bandEnd - m_band <= kFew ? floodFew(bandEnd) : floodMany(bandEnd);
+        const std::int64_t settled = bandEnd - kept;
+        ++m_ringsOfOneLabel;
+        // What joined the band meanwhile.
+        const int* const end = m_field.listEnd(m_level);
+        for (const int* pixel = bandEnd; pixel != end; ++pixel) *kept++ = *pixel;
+        m_field.setListEnd(m_level, kept);
+        return settled;
+    }
+
+    /// If all that the band depends on is of one label, so is all that it leads to on this level,
+    /// whatever the distances.
+    std::int64_t fill() {
+        const int* pixel = m_band;
+        for (; pixel != m_field.listEnd(m_level); ++pixel) {
+            m_keys[*pixel] = m_ringLabel;
+            expand<Kind::Few>(*pixel);
+        }
+        m_field.setListEnd(m_level, m_band);
+        return pixel - m_band;
+    }
+
+    /// Both settle what lies within the ring and return the end of what they keep in the band, in
+    /// its order, so that pixels beside each other stay so in the list.
+    int* floodMany(const int* bandEnd) {
         m_ringEnd += kLeastAdvance;
-        std::copy(m_ringStarts.begin() + 1, m_ringStarts.end(), m_ringStarts.begin());
-        m_ringStarts.back() = m_settledEnd;
-        for (int* unchecked = m_bandEnd; unchecked != m_bandBegin;) {
-            int& pixel = unchecked[-1];
-            if (settle(pixel)) {
-                *m_settledEnd++ = std::exchange(pixel, *m_bandBegin);
-                ++m_bandBegin;
+        int* kept = m_band;
+        for (const int* pixel = m_band; pixel != bandEnd; ++pixel) {
+            if (bandEnd - pixel > kLookAhead) {
+                fetchAround(m_keys + pixel[kLookAhead]);
+                fetchAround(m_distances + pixel[kLookAhead]);
+            }
+            const Arrivals arrivals = arrivalsAt<Kind::Many>(*pixel);
+            if (arrivals.first >= m_ringEnd) {
+                *kept++ = *pixel;
             } else {
-                --unchecked;
+                settle(*pixel, arrivals);
+                expand<Kind::Many>(*pixel);
             }
         }
-        for (const int* pixel = m_ringStarts.back(); pixel != m_settledEnd; ++pixel)
-            listNeighbours(*pixel, level);
+        return kept;
     }
 
-    /// Long ways end where the numbers do: only the recent rings still count, and they move down.
-    void bringDistancesDown() {
+    /// The ring begins with the first of a few pixels, so that each is worked out about once.
+    int* floodFew(const int* bandEnd) {
+        std::array<Arrivals, kFew> arrivals;
+        const auto count = static_cast<std::size_t>(bandEnd - m_band);
+        int first = kNone;
+        for (std::size_t i = 0; i < count; ++i) {
+            arrivals[i] = arrivalsAt<Kind::Few>(m_band[i]);
+            first = std::min(first, arrivals[i].first);
+        }
+        m_ringEnd = first + kLeastAdvance;
+        int* kept = m_band;
+        for (std::size_t i = 0; i < count; ++i) {
+            const int pixel = m_band[i];
+            if (arrivals[i].first >= m_ringEnd) {
+                *kept++ = pixel;
+            } else {
+                settle(pixel, arrivals[i]);
+                expand<Kind::Few>(pixel);
+            }
+        }
+        return kept;
+    }
+
+    /// Long ways end where the numbers do: only what the band depends on still counts, and moves
+    /// down.
+    void bringDistancesDown(const int* bandEnd) {
         const int shift = m_ringEnd - kRecentRings * kLeastAdvance;
-        for (const int* pixel = m_ringStarts.front(); pixel != m_settledEnd; ++pixel)
-            m_distances[*pixel] = static_cast<Distance>(m_distances[*pixel] - shift);
+        for (const int* pixel = m_band; pixel != bandEnd; ++pixel)
+            for (const std::ptrdiff_t row : {-m_stride, std::ptrdiff_t{0}, m_stride})
+                for (const int column : {-1, 0, 1}) {
+                    Distance& distance = m_distances[*pixel + row + column];
+                    if (distance >= shift && distance < m_ringEnd)
+                        distance = static_cast<Distance>(distance - shift);
+                }
         m_ringEnd -= shift;
     }
 
-    /// Settles the pixel if its distance lies within the ring: with the smallest label of those
-    /// that arrive over any side at that distance.
-    bool settle(int pixel) {
-        int distance = m_ringEnd;
-        unsigned char label = 255;
-        for (const auto& [side, along] : m_directions) {
-            const int across = pixel + side;
-            const int cornerDistance =
-                std::min(m_distances[across - along], m_distances[across + along]);
-            const int arriving = arrival(m_distances[across], cornerDistance);
-            if (arriving > distance || arriving >= m_ringEnd) continue;
-            const bool isOfSide = m_distances[across] - cornerDistance <= kLargestLeadOfSide;
-            const int source = isOfSide ? across : earlier(across - along, across + along);
-            label = arriving < distance ? m_labels[source] : std::min(label, m_labels[source]);
-            distance = arriving;
+    /// When a pixel is reached over each of its sides, and over the first of them.
+    struct Arrivals {
+        std::array<int, 4> over;
+        int first;
+    };
+
+    template <Kind kKind>
+    Arrivals arrivalsAt(int pixel) const {
+        const Distance* const above = m_distances + pixel - m_stride;
+        const Distance* const row = m_distances + pixel;
+        const Distance* const below = m_distances + pixel + m_stride;
+        const auto over = [](Distance side, Distance corner, Distance otherCorner) {
+            const Distance earlier = std::min(corner, otherCorner);
+            // In a corridor most sides are closed, and it is easily foreseen which.
+            if (kKind == Kind::Few && (side & earlier) == kNone) return int{kNone};
+            return arrival(side, earlier);
+        };
+        Arrivals result;
+        result.over = {over(above[0], above[-1], above[1]), over(row[-1], above[-1], below[-1]),
+                       over(row[1], above[1], below[1]), over(below[0], below[-1], below[1])};
+        result.first = std::min(std::min(result.over[0], result.over[1]),
+                                std::min(result.over[2], result.over[3]));
+        return result;
+    }
+
+    /// Settles a pixel with the smallest of the labels that arrive first.
+    void settle(int pixel, const Arrivals& arrivals) {
+        Key label = kLabel;
+        const auto arrive = [&](int i, std::ptrdiff_t side, std::ptrdiff_t along) {
+            if (arrivals.over[i] == arrivals.first)
+                label = std::min(label, arrivingLabel(pixel + side, along));
+        };
+        arrive(0, -m_stride, 1);
+        arrive(1, -1, m_stride);
+        arrive(2, 1, m_stride);
+        arrive(3, m_stride, 1);
+        m_keys[pixel] = label;
+        m_distances[pixel] = static_cast<Distance>(arrivals.first);
+        if (label != m_ringLabel) {
+            m_ringLabel = label;
+            m_ringsOfOneLabel = -1;  // without this ring
         }
-        if (distance >= m_ringEnd) return false;
-        m_labels[pixel] = label;
-        m_distances[pixel] = static_cast<Distance>(distance);
-        return true;
     }
 
-    int earlier(int first, int second) const {
-        if (m_distances[first] != m_distances[second])
-            return m_distances[first] < m_distances[second] ? first : second;
-        return m_labels[first] < m_labels[second] ? first : second;
+    /// The label that arrives over a side: the side's own or that of the earlier corner.
+    Key arrivingLabel(std::ptrdiff_t side, std::ptrdiff_t along) const {
+        const std::ptrdiff_t one = side - along;
+        const std::ptrdiff_t other = side + along;
+        const int oneDistance = m_distances[one];
+        const int otherDistance = m_distances[other];
+        if (m_distances[side] - std::min(oneDistance, otherDistance) <= kLargestLeadOfSide)
+            return m_keys[side];
+        if (oneDistance != otherDistance) return m_keys[oneDistance < otherDistance ? one : other];
+        return std::min(m_keys[one], m_keys[other]);
     }
 
-    void finish() {
-        for (int y = 0; y < m_planes.height(); ++y)
-            std::copy_n(m_labels + m_grid.pixel(0, y), m_planes.width(), m_planes.marker.row(y));
-    }
-
-    FloodPlanes m_planes;
-    FloodGrid m_grid;
-    std::array<int, 8> m_neighbours;
-    std::array<Direction, 4> m_directions;
-    LevelLists m_lists;  // seeds first, then the pixels that wait for the level
-    std::array<int*, kLevels> m_seedsEnd{};
+    FloodField m_field;
+    Key* m_keys;
+    std::ptrdiff_t m_stride;
     Distance* m_distances;
-    unsigned char* m_labels;
-    unsigned char* m_relief;  // no rim above and below, and none is needed
-    int* m_settledEnd = nullptr;
-    int* m_bandBegin = nullptr;
-    int* m_bandEnd = nullptr;
+    int m_level = 0;
+    int* m_band = nullptr;
     int m_ringEnd = 0;
-    std::array<const int*, kRecentRings> m_ringStarts{};  // among the settled pixels
+    int m_ringsOfOneLabel = 0;
+    Key m_ringLabel = 0;
 };
 
 }  // namespace
 
-void floodByMarching(const FloodPlanes& planes, unsigned char* scratch) {
-    MarchingFlood(planes, scratch).run();
+void floodByMarching(const FloodPlanes& planes, const FloodRows& rows, unsigned char* scratch) {
+    MarchingFlood(planes, rows, scratch).run();
 }
 
 }  // namespace numeric

@@ -36,7 +36,7 @@ void prepare(const unsigned char* relief, const unsigned char* marker, int width
         highest = hn::Max(highest, key);
         free->count += static_cast<std::int64_t>(hn::CountTrue(d, isFree));
     }
-    FloodKey found[HWY_MAX_BYTES / sizeof(FloodKey)];
+    FloodKey found[kFloodKeySlack];
     hn::StoreU(highest, d, found);
     FloodKey highestKey = *std::max_element(found, found + keyLanes());
     for (; x < width; ++x) {
@@ -52,16 +52,17 @@ void listSeeds(const FloodKey* keys, std::ptrdiff_t stride, const unsigned char*
                int firstLevel, int lastLevel, int pixel, int** listEnds) {
     const KeyTag d;
     const auto freeKey = hn::Set(d, kFreeKey);
+    const auto lastLabelled = hn::Set(d, kFreeKey - 1);
     for (int x = 0; x < width; x += keyLanes()) {
         const auto load = [&](std::ptrdiff_t offset) { return hn::LoadU(d, keys + x + offset); };
-        const auto besides = hn::Or(load(-1), load(1));
-        const auto above = hn::Or(hn::Or(load(-stride - 1), load(-stride)), load(-stride + 1));
-        const auto below = hn::Or(hn::Or(load(stride - 1), load(stride)), load(stride + 1));
-        const auto around = hn::Or(hn::Or(above, below), besides);
-        const auto hits = hn::And(hn::AndNot(load(0), around), freeKey);
-        if (hn::AllTrue(d, hn::Eq(hits, hn::Zero(d)))) continue;
-        FloodKey hit[HWY_MAX_BYTES / sizeof(FloodKey)];
-        hn::StoreU(hits, d, hit);
+        const auto besides = hn::Max(load(-1), load(1));
+        const auto above = hn::Max(hn::Max(load(-stride - 1), load(-stride)), load(-stride + 1));
+        const auto below = hn::Max(hn::Max(load(stride - 1), load(stride)), load(stride + 1));
+        const auto around = hn::Max(hn::Max(above, below), besides);
+        const auto isHit = hn::And(hn::Lt(load(0), freeKey), hn::Gt(around, lastLabelled));
+        if (hn::AllFalse(d, isHit)) continue;
+        FloodKey hit[kFloodKeySlack];
+        hn::StoreU(hn::VecFromMask(d, isHit), d, hit);
         for (int i = 0; i < std::min(keyLanes(), width - x); ++i) {
             const int level = relief[x + i];
             if (hit[i] != 0 && level >= firstLevel && level <= lastLevel)
@@ -77,9 +78,7 @@ void readLabels(const FloodKey* keys, unsigned char* marker, int width) {
     int x = 0;
     for (; x + keyLanes() <= width; x += keyLanes()) {
         const auto key = hn::LoadU(d, keys + x);
-        const auto isFinal = hn::Eq(hn::And(key, freeKey), hn::Zero(d));
-        const auto label =
-            hn::BitCast(hn::RebindToSigned<KeyTag>(), hn::IfThenElseZero(isFinal, key));
+        const auto label = hn::IfThenElseZero(hn::Lt(key, freeKey), key);
         hn::StoreU(hn::DemoteTo(db, label), db, marker + x);
     }
     for (; x < width; ++x) marker[x] = static_cast<unsigned char>(keys[x] < kFreeKey ? keys[x] : 0);

@@ -8,12 +8,13 @@
 namespace numeric {
 
 /// What a flood knows of a pixel: its label once that is final, kFreeKey + its relief as long as
-/// nothing has reached it, and in between what the flood wants. A key of 0 is no pixel.
-using FloodKey = std::uint16_t;
+/// nothing has reached it, and in between what the flood wants. The rim is no pixel.
+using FloodKey = std::int16_t;
 inline constexpr FloodKey kFreeKey = 0x0400;
+inline constexpr FloodKey kRimKey = -1;
 
 /// Keys that may be read behind the rim's last one.
-inline constexpr int kFloodKeySlack = 32;
+inline constexpr int kFloodKeySlack = 16;
 
 /// Counts of a plane's free pixels: those without a label.
 struct FreePixels {

@@ -21,11 +21,10 @@ public:
         : StepFlood(planes, rows, ScratchLayout(scratch)) {}
 
     void run() {
-        // No free pixel lies higher, so seeds above wait until the others have done what they can.
-        const int highest = m_field.freePixels().highest;
-        flood(0, highest);
-        if (m_unreached > 0) flood(highest + 1, FloodField::kLevels - 1);
-        m_field.finish();
+        m_field.flood([this](int level) {
+            m_level = level;
+            return floodLevel();
+        });
     }
 
 private:
@@ -37,75 +36,84 @@ private:
     static constexpr int kFew = 8;
 
     StepFlood(const FloodPlanes& planes, const FloodRows& rows, ScratchLayout layout)
-        : m_field(planes, rows, layout),
+        : m_field(planes, rows, FloodField::Distances::None, layout),
           m_keys(m_field.keys()),
-          m_stride(m_field.stride()),
-          m_unreached(m_field.freePixels().count) {}
+          m_stride(m_field.stride()) {}
 
-    void flood(int firstLevel, int lastLevel) {
-        m_field.listSeeds(firstLevel, lastLevel);
-        for (m_level = firstLevel; m_unreached > 0 && m_level <= lastLevel; ++m_level) floodLevel();
-    }
-
-    void floodLevel() {
+    std::int64_t floodLevel() {
         const auto [room, seeds, waiting, end] = m_field.openLevel(m_level);
         m_field.setListEnd(m_level, room);
         expand(seeds, waiting);
-        int* ring = room;
-        int* ringEnd = m_field.listEnd(m_level);
+        const int* ring = room;
+        const int* ringEnd = m_field.listEnd(m_level);
         settle(waiting, end);
         settle(ring, ringEnd);
         expand(waiting, end);
-        while (true) {
+        do {
             expand(ring, ringEnd);
             ring = ringEnd;
             ringEnd = m_field.listEnd(m_level);
-            if (ring == ringEnd) break;
             settle(ring, ringEnd);
-            if (ringEnd - ring == 1) *ring = followCorridor(*ring);
-        }
-        m_unreached -= (end - waiting) + (ringEnd - room);
+            if (ringEnd - ring == 1) ring = ringEnd = fill(ring);
+        } while (ring != ringEnd);
+        return (end - waiting) + (ringEnd - room);
     }
 
     /// Makes the labels of pixels that have been reached final.
     void settle(const int* begin, const int* end) {
         for (const int* pixel = begin; pixel != end; ++pixel) {
             if (end - pixel > kLookAhead) __builtin_prefetch(m_keys + pixel[kLookAhead], 1);
-            m_keys[*pixel] -= kReached;
+            m_keys[*pixel] = static_cast<Key>(m_keys[*pixel] - kReached);
         }
     }
 
     /// Lets pixels reach their neighbours, which go to the level's list or wait for their own.
     void expand(const int* begin, const int* end) {
-        if (end - begin <= kFew)
-            expand<true>(begin, end);
-        else
-            expand<false>(begin, end);
+        if (end - begin > kFew) return expandMany(begin, end);
+        int* listEnd = m_field.listEnd(m_level);
+        for (const int* pixel = begin; pixel != end; ++pixel) expand<Kind::Few>(*pixel, listEnd);
+        m_field.setListEnd(m_level, listEnd);
     }
 
-    template <bool kAreFew>
-    void expand(const int* begin, const int* end) {
-        const int level = m_level;
-        int* ringEnd = m_field.listEnd(level);
+    void expandMany(const int* begin, const int* end) {
         for (const int* pixel = begin; pixel != end; ++pixel) {
-            if (!kAreFew && end - pixel > kLookAhead) fetchAround(pixel[kLookAhead]);
-            const Key reached = static_cast<Key>(kReached + m_keys[*pixel]);
-            forEachNeighbour(m_keys + *pixel, [&](Key* neighbour) {
-                const Key key = *neighbour;
-                if (key <= reached) return;
-                if (key >= kFreeKey) {
-                    const int next = static_cast<int>(neighbour - m_keys);
-                    // An address that hangs on a key would hold up all that is read after it;
-                    // of many pixels a branch would often be foreseen wrongly.
-                    if (kAreFew && key <= kFreeKey + level)
-                        *ringEnd++ = next;
-                    else
-                        m_field.add(std::max(key - kFreeKey, level), next);
-                }
-                *neighbour = reached;
-            });
+            if (end - pixel > kLookAhead) fetchAround(pixel[kLookAhead]);
+            int* none = nullptr;
+            expand<Kind::Many>(*pixel, none);
         }
-        if (kAreFew) m_field.setListEnd(level, ringEnd);
+    }
+
+    /// All that a ring of a single pixel leads to on this level is of its label. Returns the end of
+    /// the level's pixels.
+    const int* fill(const int* ring) {
+        int* listEnd = m_field.listEnd(m_level);
+        for (; ring != listEnd; ++ring) expand<Kind::Fill>(*ring, listEnd);
+        return ring;
+    }
+
+    enum class Kind { Few, Many, Fill };
+
+    template <Kind kKind>
+    void expand(int pixel, int*& listEnd) {
+        const int level = m_level;
+        const Key label = m_keys[pixel];
+        const Key reached = static_cast<Key>(kReached + label);
+        forEachNeighbour(m_keys + pixel, [&](Key* neighbour) {
+            const Key key = *neighbour;
+            if (key <= reached) return;
+            if (key >= kFreeKey) {
+                const int next = static_cast<int>(neighbour - m_keys);
+                // An address that hangs on a key would hold up all that is read after it; of many
+                // pixels a branch would often be foreseen wrongly.
+                if (kKind != Kind::Many && key <= kFreeKey + level) {
+                    *listEnd++ = next;
+                    *neighbour = kKind == Kind::Fill ? label : reached;
+                    return;
+                }
+                m_field.add(std::max(key - kFreeKey, level), next);
+            }
+            *neighbour = reached;
+        });
     }
 
     // The pixels of a level lie all over the plane: their surroundings are asked for in time.
@@ -114,30 +122,6 @@ private:
         __builtin_prefetch(key - m_stride);
         __builtin_prefetch(key);
         __builtin_prefetch(key + m_stride);
-    }
-
-    /// Goes on from a pixel that is the only one of its ring, as long as it reaches a single one.
-    /// Returns the last.
-    int followCorridor(int pixel) {
-        Key* key = m_keys + pixel;
-        const Key label = *key;
-        const Key reached = static_cast<Key>(kReached + label);
-        std::ptrdiff_t step = 0;
-        while (true) {
-            int open = 0;
-            forEachNeighbour(key,
-                             [&](const Key* neighbour) { open += *neighbour > reached ? 1 : 0; });
-            if (open != 1) break;
-            if (key[step] <= reached)
-                forEachNeighbour(key, [&](const Key* neighbour) {
-                    if (*neighbour > reached) step = neighbour - key;
-                });
-            if (key[step] < kFreeKey || key[step] > kFreeKey + m_level) break;
-            key += step;
-            *key = label;
-            --m_unreached;
-        }
-        return static_cast<int>(key - m_keys);
     }
 
     template <class Visit>
@@ -159,7 +143,6 @@ private:
     FloodField m_field;
     Key* m_keys;
     std::ptrdiff_t m_stride;
-    std::int64_t m_unreached;
     int m_level = 0;
 };
 

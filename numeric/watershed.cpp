@@ -95,7 +95,7 @@ KernelStatus watershed(const unsigned char* relief, int reliefStep, unsigned cha
                                           : sweeps.bySteps;
     if (!floodBySweeps(planes, sweeps, order, scratch, size)) {
         if (isMarching)
-            floodByMarching(planes, scratch);
+            floodByMarching(planes, kFloodRows.selected(), scratch);
         else
             floodBySteps(planes, kFloodRows.selected(), sidesOnly, scratch);
     }

@@ -95,6 +95,23 @@ TEST(Watershed, MatchesPlainPriorityFloodForEveryWidthAndVariant) {
     }
 }
 
+TEST(Watershed, FitsItsScratchWhereThePlaneIsThin) {
+    for (int length = 1; length <= 130; ++length)
+        for (const int breadth : {1, 2, 3})
+            for (const bool isWide : {false, true}) {
+                const Picture picture =
+                    randomPicture(isWide ? length : breadth, isWide ? breadth : length, {}, 6,
+                                  static_cast<unsigned>(length) / 2 + 1, 7);
+                for (const int norm : {0, 3}) {
+                    BytePlane marker = picture.marker;
+                    ASSERT_NO_FATAL_FAILURE(flood(picture.relief, marker, norm, kByDistance));
+                    ASSERT_TRUE(samePixels(
+                        FloodOracle(picture.relief, picture.marker, norm, false).labels(), marker))
+                        << length << " by " << breadth << (isWide ? ", wide" : ", high");
+                }
+            }
+}
+
 /// Objects at level 0 in a background at level 255 that is one seed of label 1; one object pixel in
 /// seedEvery is a seed.
 Picture twoLevelPicture(int width, int height, unsigned seedEvery, unsigned seed,
@@ -153,6 +170,17 @@ TEST(Watershed, FollowsWaysTooLongForOneCount) {
         ASSERT_NO_FATAL_FAILURE(flood(picture.relief, actual, 3, kByDistance));
         ASSERT_TRUE(samePixels(expected, actual));
     });
+}
+
+TEST(Watershed, FollowsWideFrontsTooFarForOneCount) {
+    for (const int width : {4, 12}) {  // few pixels of a front, and many
+        Picture picture{{width, 800}, {width, 800}};
+        picture.relief.set([](int, int y) { return y == 799 ? 9 : 0; });  // two levels: no sweeps
+        picture.marker.set([](int x, int y) { return y == 0 ? 2 + x * x % 3 : 0; });
+        const BytePlane expected = FloodOracle(picture.relief, picture.marker, 3, false).labels();
+        flood(picture.relief, picture.marker, 3, kByDistance);
+        EXPECT_TRUE(samePixels(expected, picture.marker)) << width;
+    }
 }
 
 TEST(Watershed, DoesNotDependOnTheOrderOfScanning) {
