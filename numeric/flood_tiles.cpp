@@ -1,0 +1,264 @@
+#include "numeric/flood_tiles.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#include "numeric/scratch.h"
+
+namespace numeric {
+namespace {
+
+/// Floods tile by tile. The keys only ever get smaller, until each is what arrives from its
+/// neighbours; that state is unique, so it is the flood's.
+///
+/// Only tiles with a free pixel, and those whose seeds lie beside one, have keys at all. A tile is
+/// visited when something smaller arrives at its side, in the order in which that is found out: so
+/// the front moves through the plane as in a flood by a queue, a tile at a time. At last every tile
+/// is settled, and where that finds anything, its surroundings are visited and settled again.
+class TileFlood {
+public:
+    TileFlood(const FloodPlanes& planes, const FreeRows& freeRows, const TileRows& rows,
+              ScratchLayout layout)
+        : m_planes(planes),
+          m_freeRows(freeRows),
+          m_rows(rows),
+          m_across(std::int64_t{planes.width() + kTileSide - 1} / kTileSide),
+          m_down(std::int64_t{planes.height() + kTileSide - 1} / kTileSide),
+          m_words(std::int64_t{planes.width() + kFreeBits - 1} / kFreeBits),
+          m_tiles(layout.take<Tile>(m_across * m_down + 1)),
+          m_places(layout.take<Place>(m_across * m_down + 1)),
+          m_ids(layout.take<int>((m_across + 2) * (m_down + 2))),
+          m_queue(layout.take<int>(m_across * m_down)),
+          m_free(layout.take<std::uint64_t>(m_words * planes.height())),
+          m_size(layout.used()) {}
+
+    std::int64_t size() const { return m_size; }
+
+    bool run() {
+        const int freeLevel = findFreeLevel();
+        if (freeLevel < 0) return true;
+        if (!scan(static_cast<unsigned char>(freeLevel))) return false;
+        makeTiles();
+        if (!converge()) return false;
+        for (int id = 1; id <= m_count; ++id)
+            if (m_places[id].isActive)
+                m_rows.readLabels(m_tiles[id], m_places[id].bounds, m_kinds.highLabel,
+                                  pixels(m_places[id]));
+        return true;
+    }
+
+private:
+    /// Where a tile is and how it stands.
+    struct Place {
+        int x, y;
+        TileBounds bounds;
+        bool isActive;  // has free pixels
+        bool isQueued;
+        bool isUnsettled;
+    };
+
+    static constexpr int kVisitsPerTile = 24;
+
+    int& idAt(int x, int y) const { return m_ids[(m_across + 2) * (y + 1) + x + 1]; }
+
+    TilePixels pixels(const Place& place) const {
+        const int x = place.x * kTileSide, y = place.y * kTileSide;
+        return {m_planes.relief.row(y) + x,
+                m_planes.marker.row(y) + x,
+                m_planes.relief.stepBytes,
+                m_planes.marker.stepBytes,
+                std::min(kTileSide, m_planes.width() - x),
+                std::min(kTileSide, m_planes.height() - y)};
+    }
+
+    TilesAround around(const Place& place) const {
+        const int* middle = &idAt(place.x, place.y);
+        const int* above = middle - (m_across + 2);
+        const int* below = middle + (m_across + 2);
+        return {m_tiles + above[0],  m_tiles + middle[-1], m_tiles + middle[1], m_tiles + below[0],
+                m_tiles + above[-1], m_tiles + above[1],   m_tiles + below[-1], m_tiles + below[1]};
+    }
+
+    /// The level of the first free pixel, or -1.
+    int findFreeLevel() const {
+        for (int y = 0; y < m_planes.height(); ++y) {
+            const unsigned char* marker = m_planes.marker.row(y);
+            const void* first = std::memchr(marker, 0, static_cast<std::size_t>(m_planes.width()));
+            if (first)
+                return m_planes.relief.row(y)[static_cast<const unsigned char*>(first) - marker];
+        }
+        return -1;
+    }
+
+    bool scan(unsigned char freeLevel) {
+        m_kinds = {freeLevel, 0, false};
+        for (int y = 0; y < m_planes.height() && !m_kinds.areMixed; ++y)
+            m_freeRows.scan(m_planes.relief.row(y), m_planes.marker.row(y), m_planes.width(),
+                            m_free + m_words * y, &m_kinds);
+        return !m_kinds.areMixed;
+    }
+
+    void makeTiles() {
+        std::fill_n(m_ids, (m_across + 2) * (m_down + 2), 0);
+        std::fill_n(m_tiles[0].keys, kTileSide * kTileSide, kWallKey);
+        std::fill_n(m_tiles[0].left, kTileSide, kWallKey);
+        std::fill_n(m_tiles[0].right, kTileSide, kWallKey);
+        m_places[0] = {};
+        for (int y = 0; y < m_down; ++y) {
+            const int first = m_count + 1;
+            makeRowOfTiles(y);
+            for (int id = first; id <= m_count; ++id)
+                if (m_places[id].isActive && m_rows.isTouched(around(m_places[id]))) enqueue(id);
+        }
+    }
+
+    void makeRowOfTiles(int y) {
+        const int rows = std::min(kTileSide, m_planes.height() - y * kTileSide);
+        const std::uint64_t* words = m_free + m_words * (std::int64_t{y} * kTileSide);
+        for (int word = 0; word < m_words; ++word) {
+            std::uint64_t all = 0;
+            for (int row = 0; row < rows; ++row) all |= words[m_words * row + word];
+            for (int part = 0; all != 0; ++part, all >>= kTileSide)
+                if ((all & 0xFFFF) != 0) {
+                    std::uint16_t masks[kTileSide] = {};
+                    for (int row = 0; row < rows; ++row)
+                        masks[row] = static_cast<std::uint16_t>(words[m_words * row + word] >>
+                                                                part * kTileSide);
+                    activate(word * (kFreeBits / kTileSide) + part, y, masks,
+                             static_cast<unsigned>(all & 0xFFFF));
+                }
+        }
+    }
+
+    /// Makes a tile with free pixels, and its neighbours beside those. `columns` has the columns
+    /// with a free pixel.
+    void activate(int x, int y, const std::uint16_t (&rows)[kTileSide], unsigned columns) {
+        Place& place = m_places[make(x, y)];
+        place.isActive = place.isUnsettled = true;
+        const auto isSet = [](std::uint16_t row) { return row != 0; };
+        constexpr int kLast = kTileSide - 1;
+        const auto top = std::find_if(rows, rows + kTileSide, isSet) - rows;
+        const auto bottom = std::find_if(std::make_reverse_iterator(rows + kTileSide),
+                                         std::make_reverse_iterator(rows + 0), isSet)
+                                .base() -
+                            1 - rows;
+        int left = 0, right = kLast;
+        while ((columns >> left & 1) == 0) ++left;
+        while ((columns >> right & 1) == 0) --right;
+        place.bounds = {static_cast<std::uint8_t>(top), static_cast<std::uint8_t>(bottom),
+                        static_cast<std::uint8_t>(left), static_cast<std::uint8_t>(right)};
+        for (int dy = -1; dy <= 1; ++dy)
+            for (int dx = -1; dx <= 1; ++dx) {
+                if ((dy < 0 && top > 0) || (dy > 0 && bottom < kLast)) continue;
+                if ((dx < 0 && left > 0) || (dx > 0 && right < kLast)) continue;
+                const int nextX = x + dx, nextY = y + dy;
+                if (nextX >= 0 && nextY >= 0 && nextX < m_across && nextY < m_down)
+                    make(nextX, nextY);
+            }
+    }
+
+    int make(int x, int y) {
+        int& id = idAt(x, y);
+        if (id != 0) return id;
+        id = ++m_count;
+        Place& place = m_places[id];
+        place = {x, y, {}, false, false, false};
+        if (m_rows.fill(pixels(place), m_kinds.freeLevel, &m_tiles[id])) enqueue(id);
+        return id;
+    }
+
+    void enqueue(int id) {
+        if (m_places[id].isQueued) return;
+        m_places[id].isQueued = true;
+        m_queue[m_queueEnd] = id;
+        if (++m_queueEnd == m_across * m_down) m_queueEnd = 0;
+        ++m_queued;
+    }
+
+    int dequeue() {
+        const int id = m_queue[m_queueBegin];
+        if (++m_queueBegin == m_across * m_down) m_queueBegin = 0;
+        --m_queued;
+        m_places[id].isQueued = false;
+        return id;
+    }
+
+    bool converge() {
+        m_visitsLeft = std::int64_t{kVisitsPerTile} * m_count;
+        do {
+            if (!visitTiles()) return false;
+        } while (settleTiles());
+        return !m_isLong;
+    }
+
+    /// Visits the tiles in the queue, and those that come to it meanwhile. False if that takes too
+    /// long.
+    bool visitTiles() {
+        while (m_queued > 0) {
+            const int id = dequeue();
+            const Place& place = m_places[id];
+            if (!place.isActive) continue;
+            if (--m_visitsLeft < 0) return false;
+            const TilesAround tiles = around(place);
+            if (!m_rows.relax(&m_tiles[id], tiles, place.bounds)) continue;
+            unsettleAround(place);
+            const unsigned sides = m_rows.reach(m_tiles[id], tiles);
+            if ((sides & kAbove) != 0) enqueue(idAt(place.x, place.y - 1));
+            if ((sides & kLeft) != 0) enqueue(idAt(place.x - 1, place.y));
+            if ((sides & kRight) != 0) enqueue(idAt(place.x + 1, place.y));
+            if ((sides & kBelow) != 0) enqueue(idAt(place.x, place.y + 1));
+        }
+        return true;
+    }
+
+    void unsettleAround(const Place& place) {
+        for (int dy = -1; dy <= 1; ++dy)
+            for (int dx = -1; dx <= 1; ++dx)
+                m_places[idAt(place.x + dx, place.y + dy)].isUnsettled = true;
+    }
+
+    bool settleTiles() {
+        bool any = false;
+        for (int id = 1; id <= m_count; ++id) {
+            Place& place = m_places[id];
+            if (!place.isActive || !place.isUnsettled) continue;
+            place.isUnsettled = false;
+            if (!m_rows.settle(&m_tiles[id], around(place), place.bounds, &m_isLong)) continue;
+            unsettleAround(place);
+            enqueue(id);
+            any = true;
+        }
+        return any && !m_isLong;
+    }
+
+    FloodPlanes m_planes;
+    const FreeRows& m_freeRows;
+    const TileRows& m_rows;
+    std::int64_t m_across;
+    std::int64_t m_down;
+    std::int64_t m_words;
+    Tile* m_tiles;  // the first is all wall
+    Place* m_places;
+    int* m_ids;  // of the tiles, with a rim around; 0 where there is none
+    int* m_queue;
+    std::uint64_t* m_free;  // masks of the rows
+    std::int64_t m_size;
+    FreeKinds m_kinds{};
+    int m_count = 0;
+    std::int64_t m_queueBegin = 0;
+    std::int64_t m_queueEnd = 0;
+    std::int64_t m_queued = 0;
+    std::int64_t m_visitsLeft = 0;
+    bool m_isLong = false;
+};
+
+}  // namespace
+
+bool floodByTiles(const FloodPlanes& planes, const FreeRows& freeRows, const TileRows& rows,
+                  unsigned char* scratch, int scratchSize) {
+    if (TileFlood(planes, freeRows, rows, {}).size() > scratchSize) return false;
+    return TileFlood(planes, freeRows, rows, ScratchLayout(scratch)).run();
+}
+
+}  // namespace numeric
