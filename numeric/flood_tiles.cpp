@@ -39,13 +39,9 @@ public:
         const int freeLevel = findFreeLevel();
         if (freeLevel < 0) return true;
         if (!scan(static_cast<unsigned char>(freeLevel))) return false;
-        makeTiles();
-        if (!converge()) return false;
-        for (int id = 1; id <= m_count; ++id)
-            if (m_places[id].isActive)
-                m_rows.readLabels(m_tiles[id], m_places[id].bounds, m_kinds.highLabel,
-                                  pixels(m_places[id]));
-        return true;
+        if (flood()) return true;
+        clearLabels();
+        return false;
     }
 
 private:
@@ -58,6 +54,7 @@ private:
         bool isUnsettled;
     };
 
+    static constexpr int kBandTiles = 8;
     static constexpr int kVisitsPerTile = 24;
 
     int& idAt(int x, int y) const { return m_ids[(m_across + 2) * (y + 1) + x + 1]; }
@@ -99,17 +96,37 @@ private:
         return !m_kinds.areMixed;
     }
 
-    void makeTiles() {
+    /// Works in bands of the plane, so that tiles are settled while they are still near: one band
+    /// behind, since the next one floods back into them. False if it gives up.
+    bool flood() {
         std::fill_n(m_ids, (m_across + 2) * (m_down + 2), 0);
         std::fill_n(m_tiles[0].keys, kTileSide * kTileSide, kWallKey);
         std::fill_n(m_tiles[0].left, kTileSide, kWallKey);
         std::fill_n(m_tiles[0].right, kTileSide, kWallKey);
         m_places[0] = {};
-        for (int y = 0; y < m_down; ++y) {
-            const int first = m_count + 1;
-            makeRowOfTiles(y);
-            for (int id = first; id <= m_count; ++id)
+        int settleBegin = 1;
+        for (int top = 0; top < m_down; top += kBandTiles) {
+            const int begin = m_count + 1;
+            for (int y = top; y < m_down && y < top + kBandTiles; ++y) makeRowOfTiles(y);
+            for (int id = begin; id <= m_count; ++id)
                 if (m_places[id].isActive && m_rows.isTouched(around(m_places[id]))) enqueue(id);
+            if (!visitTiles()) return false;
+            settleTiles(settleBegin, begin);
+            if (m_isLong) return false;
+            settleBegin = begin;
+        }
+        while (settleTiles(1, m_count + 1))
+            if (!visitTiles()) return false;
+        return !m_isLong;
+    }
+
+    /// Takes back what labels were written.
+    void clearLabels() {
+        for (int y = 0; y < m_planes.height(); ++y) {
+            const std::uint64_t* free = m_free + m_words * y;
+            unsigned char* marker = m_planes.marker.row(y);
+            for (int x = 0; x < m_planes.width(); ++x)
+                if ((free[x / kFreeBits] >> x % kFreeBits & 1) != 0) marker[x] = 0;
         }
     }
 
@@ -184,12 +201,11 @@ private:
         return id;
     }
 
-    bool converge() {
-        m_visitsLeft = std::int64_t{kVisitsPerTile} * m_count;
-        do {
-            if (!visitTiles()) return false;
-        } while (settleTiles());
-        return !m_isLong;
+    /// Starts to bring a tile near.
+    void fetch(int id) const {
+        const auto* bytes = reinterpret_cast<const char*>(m_tiles + id);
+        for (std::size_t line = 0; line < sizeof(Tile); line += 64)
+            __builtin_prefetch(bytes + line, 1);
     }
 
     /// Visits the tiles in the queue, and those that come to it meanwhile. False if that takes too
@@ -197,9 +213,10 @@ private:
     bool visitTiles() {
         while (m_queued > 0) {
             const int id = dequeue();
+            if (m_queued > 0) fetch(m_queue[m_queueBegin]);
             const Place& place = m_places[id];
             if (!place.isActive) continue;
-            if (--m_visitsLeft < 0) return false;
+            if (++m_visits > std::int64_t{kVisitsPerTile} * m_count) return false;
             const TilesAround tiles = around(place);
             if (!m_rows.relax(&m_tiles[id], tiles, place.bounds)) continue;
             unsettleAround(place);
@@ -218,16 +235,22 @@ private:
                 m_places[idAt(place.x + dx, place.y + dy)].isUnsettled = true;
     }
 
-    bool settleTiles() {
+    /// Settles tiles, and writes their labels where nothing was left to do. Returns whether there
+    /// was.
+    bool settleTiles(int begin, int end) {
         bool any = false;
-        for (int id = 1; id <= m_count; ++id) {
+        for (int id = begin; id < end; ++id) {
             Place& place = m_places[id];
             if (!place.isActive || !place.isUnsettled) continue;
             place.isUnsettled = false;
-            if (!m_rows.settle(&m_tiles[id], around(place), place.bounds, &m_isLong)) continue;
-            unsettleAround(place);
-            enqueue(id);
-            any = true;
+            if (id + 1 < end) fetch(id + 1);
+            if (m_rows.settle(&m_tiles[id], around(place), place.bounds, &m_isLong)) {
+                unsettleAround(place);
+                enqueue(id);
+                any = true;
+            } else {
+                m_rows.readLabels(m_tiles[id], place.bounds, m_kinds.highLabel, pixels(place));
+            }
         }
         return any && !m_isLong;
     }
@@ -249,7 +272,7 @@ private:
     std::int64_t m_queueBegin = 0;
     std::int64_t m_queueEnd = 0;
     std::int64_t m_queued = 0;
-    std::int64_t m_visitsLeft = 0;
+    std::int64_t m_visits = 0;
     bool m_isLong = false;
 };
 

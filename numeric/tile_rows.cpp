@@ -207,25 +207,37 @@ bool fill(const TilePixels& pixels, unsigned char freeLevel, Tile* tile) {
     return hn::GetLane(hn::MinOfLanes(d, smallest)) < kUnreachedKey;
 }
 
-void readLabels(const Tile& tile, const TileBounds& bounds, unsigned char highLabel,
-                const TilePixels& pixels) {
+// The labels of a row's free pixels; the others stay.
+HWY_INLINE void readRow(const TileKey* keys, unsigned char highLabel, unsigned char* row) {
     const KeyTag d;
     const hn::Rebind<unsigned char, KeyTag> db;
     const auto unreached = hn::Set(d, kUnreachedKey);
+    const auto labelMask = hn::Set(d, kTileLabelMask);
+    for (int x = 0; x < kTileSide; x += kLanes) {
+        const auto key = hn::LoadU(d, keys + x);
+        const auto old = hn::PromoteTo(d, hn::LoadU(db, row + x));
+        const auto isReached = hn::Lt(key, unreached);
+        const auto reached = hn::IfThenElse(isReached, key, hn::Set(d, highLabel));
+        const auto isFixed =
+            hn::Or(hn::Lt(key, hn::Set(d, 1 << kTileLabelBits)), hn::Gt(key, unreached));
+        const auto label = hn::IfThenElse(isFixed, old, hn::And(reached, labelMask));
+        hn::StoreU(hn::DemoteTo(db, label), db, row + x);
+    }
+}
+
+void readLabels(const Tile& tile, const TileBounds& bounds, unsigned char highLabel,
+                const TilePixels& pixels) {
     for (int y = bounds.top; y <= bounds.bottom; ++y) {
         unsigned char* marker = pixels.marker + std::ptrdiff_t{pixels.markerStep} * y;
         const TileKey* keys = tile.keys + kTileSide * y;
-        unsigned char row[kTileSide];
-        std::copy_n(marker, pixels.width, row);
-        for (int x = 0; x < kTileSide; x += kLanes) {
-            const auto seeds = hn::LoadU(db, row + x);
-            const auto key = hn::LoadU(d, keys + x);
-            const auto label = hn::IfThenElse(hn::Eq(key, unreached), hn::Set(d, highLabel),
-                                              hn::And(key, hn::Set(d, (1 << kTileLabelBits) - 1)));
-            const auto isFree = hn::Eq(seeds, hn::Zero(db));
-            hn::StoreU(hn::IfThenElse(isFree, hn::DemoteTo(db, label), seeds), db, row + x);
+        if (pixels.width == kTileSide) {
+            readRow(keys, highLabel, marker);
+        } else {
+            unsigned char row[kTileSide] = {};
+            std::copy_n(marker, pixels.width, row);
+            readRow(keys, highLabel, row);
+            std::copy_n(row, pixels.width, marker);
         }
-        std::copy_n(row, pixels.width, marker);
     }
 }
 
