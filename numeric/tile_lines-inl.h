@@ -82,13 +82,17 @@ HWY_INLINE Line shiftedDown(const Line& line, TileKey end);
 
 static_assert(kParts == 1);
 
-/// Advances of arrival.h, two to an entry: the one for the odd lead in the low byte.
+/// Advances after the source for each lead, two to an entry: the one for the odd lead in the low
+/// byte.
 struct alignas(64) AdvancePairs {
     std::uint16_t entries[64];
     constexpr AdvancePairs() : entries{} {
-        for (std::size_t lead = 0; lead < kAdvances.size(); ++lead)
-            entries[lead / 2] = static_cast<std::uint16_t>(
-                entries[lead / 2] | kAdvances[lead] << (lead % 2 == 0 ? 8 : 0));
+        for (int lead = 0; lead <= kLargestLead; ++lead) {
+            const int fromCorner = lead > kLargestLeadOfSide ? lead : 0;
+            const int advance = kAdvances[static_cast<std::size_t>(lead)] + fromCorner;
+            entries[lead / 2] =
+                static_cast<std::uint16_t>(entries[lead / 2] | advance << (lead % 2 == 0 ? 8 : 0));
+        }
     }
 };
 constexpr AdvancePairs kAdvancePairs;
@@ -101,13 +105,20 @@ HWY_INLINE Line shiftedDown(const Line& line, TileKey end) {
     return {{Keys{_mm512_alignr_epi32(_mm512_set1_epi32(end), line.parts[0].raw, 1)}}};
 }
 
-/// The advance after the side for leads of 0 to kLargestLead, both << kTileLabelBits.
-HWY_INLINE Keys advanceAfter(Keys lead) {
+/// What arrives later than its source by, for leads of 0 to kLargestLead; both are shifted by
+/// kTileLabelBits, the lead with any bits below.
+HWY_INLINE Keys advanceAfterSource(Keys lead) {
     const auto entry = _mm512_srli_epi32(lead.raw, kTileLabelBits + 1);
     const auto pair = _mm512_permutex2var_epi16(_mm512_load_si512(kAdvancePairs.entries), entry,
                                                 _mm512_load_si512(kAdvancePairs.entries + 32));
-    const auto isOdd = _mm512_and_si512(_mm512_srli_epi32(lead.raw, 5), _mm512_set1_epi32(8));
-    return hn::And(Keys{_mm512_sllv_epi32(pair, isOdd)}, hn::Set(KeyTag(), 0xFF00));
+    const auto oddShift = _mm512_and_si512(_mm512_srli_epi32(lead.raw, 5), _mm512_set1_epi32(8));
+    return hn::And(Keys{_mm512_sllv_epi32(pair, oddShift)}, hn::Set(KeyTag(), 0xFF00));
+}
+
+/// The smaller of both but where the key is a wall.
+HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
+    const auto isPixel = _mm512_cmpneq_epi32_mask(key.raw, _mm512_set1_epi32(kWallKey));
+    return Keys{_mm512_mask_min_epi32(key.raw, isPixel, key.raw, arriving.raw)};
 }
 
 #else
@@ -126,13 +137,23 @@ HWY_INLINE Line shiftedDown(const Line& line, TileKey end) {
     return loadLine(padded + 1);
 }
 
-HWY_INLINE Keys advanceAfter(Keys lead) {
+HWY_INLINE Keys advanceAfterSource(Keys lead) {
+    const KeyTag d;
     const Lanes df;
+    const auto units = hn::ShiftRight<kTileLabelBits>(lead);
     // Exact but for the root, which is too far from any half to be rounded the wrong way.
-    const auto leadFloat = hn::ConvertTo(df, hn::ShiftRight<kTileLabelBits>(lead));
+    const auto leadFloat = hn::ConvertTo(df, units);
     const auto square = hn::Sub(hn::Set(df, static_cast<float>(kSideDistance * kSideDistance)),
                                 hn::Mul(leadFloat, leadFloat));
-    return hn::ShiftLeft<kTileLabelBits>(hn::NearestInt(hn::Sqrt(square)));
+    const auto isOfCorner = hn::Gt(units, hn::Set(d, kLargestLeadOfSide));
+    const auto advance =
+        hn::Add(hn::NearestInt(hn::Sqrt(square)), hn::IfThenElseZero(isOfCorner, units));
+    return hn::ShiftLeft<kTileLabelBits>(advance);
+}
+
+HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
+    const auto isWall = hn::Eq(key, hn::Set(KeyTag(), kWallKey));
+    return hn::IfThenElse(isWall, key, hn::Min(key, arriving));
 }
 
 #endif
@@ -143,17 +164,16 @@ HWY_INLINE Line smallerBeside(const Line& line, TileKey start, TileKey end) {
 
 HWY_INLINE Keys arrive(Keys side, Keys corner) {
     const KeyTag d;
-    const auto labelMask = hn::Set(d, kTileLabelMask);
-    const auto sideDistance = hn::AndNot(labelMask, side);
-    const auto cornerDistance = hn::AndNot(labelMask, corner);
-    const auto lead = hn::Sub(sideDistance, cornerDistance);
-    const auto largestLead = hn::Set(d, kLargestLead << kTileLabelBits);
-    const auto usedLead = hn::Min(hn::Max(lead, hn::Zero(d)), largestLead);
-    // From the corner alone if its lead is larger than a ray between the two allows.
-    const auto start = hn::Min(sideDistance, hn::Add(cornerDistance, largestLead));
-    const auto distance = hn::Add(start, advanceAfter(usedLead));
-    const auto isOfCorner = hn::Gt(lead, hn::Set(d, kLargestLeadOfSide << kTileLabelBits));
-    return hn::Or(distance, hn::And(hn::IfThenElse(isOfCorner, corner, side), labelMask));
+    constexpr TileKey kLargest = (kLargestLead << kTileLabelBits) + kTileLabelMask;
+    // With the largest label the difference of the keys has that of the distances in its upper
+    // bits, whatever the corner's label.
+    const auto lead = hn::Sub(hn::Or(side, hn::Set(d, kTileLabelMask)), corner);
+    const auto isOfCorner =
+        hn::Gt(lead, hn::Set(d, (kLargestLeadOfSide << kTileLabelBits) + kTileLabelMask));
+    // The label stays in the lower bits of whichever the ray comes from.
+    const auto source = hn::IfThenElse(isOfCorner, corner, side);
+    const auto usedLead = hn::Min(hn::Max(lead, hn::Zero(d)), hn::Set(d, kLargest));
+    return hn::Add(source, advanceAfterSource(usedLead));
 }
 
 /// What arrives over a line's pixels and the smaller of the corners beside them.
@@ -165,9 +185,7 @@ HWY_INLINE Line arrive(const Line& side, const Line& corner) {
 HWY_INLINE Line lowered(const Line& old, const Line& side, const Line& corner, Line* changes) {
     return makeLine([&](int i) {
         const auto key = old.parts[i];
-        const auto isWall = hn::Eq(key, hn::Set(KeyTag(), kWallKey));
-        const auto lower = hn::Min(key, arrive(side.parts[i], corner.parts[i]));
-        const auto result = hn::IfThenElse(isWall, key, lower);
+        const auto result = loweredKey(key, arrive(side.parts[i], corner.parts[i]));
         changes->parts[i] = hn::Or(changes->parts[i], hn::Xor(result, key));
         return result;
     });

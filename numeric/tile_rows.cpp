@@ -130,9 +130,8 @@ bool settle(Tile* tile, const TilesAround& around, const TileBounds& bounds, boo
                                    arrive(row.behind, smaller(above.behind, below.behind)));
         const Line settled = replaced(row.keys, smaller(across, along), &changes, &longest);
         storeLine(settled, rows.line(y));
-        // The row may have changed, but what was shifted of it is only worth a look when it has.
-        above = Row{settled, shiftedUp(settled, edges.left[y + 1]),
-                    shiftedDown(settled, edges.right[y + 1])};
+        // As it was before: whether nothing changes does not depend on that.
+        above = row;
         row = below;
     }
     *isLong |= largestOf(longest) >= kLongTileKey;
