@@ -38,7 +38,7 @@ public:
     bool run() {
         const int freeLevel = findFreeLevel();
         if (freeLevel < 0) return true;
-        if (!scan(static_cast<unsigned char>(freeLevel))) return false;
+        m_kinds = {static_cast<unsigned char>(freeLevel), 0, false};
         if (flood()) return true;
         clearLabels();
         return false;
@@ -52,6 +52,7 @@ private:
         bool isActive;  // has free pixels
         bool isQueued;
         bool isUnsettled;
+        bool hasLabels;
     };
 
     static constexpr int kBandTiles = 8;
@@ -88,14 +89,6 @@ private:
         return -1;
     }
 
-    bool scan(unsigned char freeLevel) {
-        m_kinds = {freeLevel, 0, false};
-        for (int y = 0; y < m_planes.height() && !m_kinds.areMixed; ++y)
-            m_freeRows.scan(m_planes.relief.row(y), m_planes.marker.row(y), m_planes.width(),
-                            m_free + m_words * y, &m_kinds);
-        return !m_kinds.areMixed;
-    }
-
     /// Works in bands of the plane, so that tiles are settled while they are still near: one band
     /// behind, since the next one floods back into them. False if it gives up.
     bool flood() {
@@ -107,59 +100,87 @@ private:
         int settleBegin = 1;
         for (int top = 0; top < m_down; top += kBandTiles) {
             const int begin = m_count + 1;
-            for (int y = top; y < m_down && y < top + kBandTiles; ++y) makeRowOfTiles(y);
-            for (int id = begin; id <= m_count; ++id)
-                if (m_places[id].isActive && m_rows.isTouched(around(m_places[id]))) enqueue(id);
+            const int bottom = static_cast<int>(std::min(m_down, std::int64_t{top} + kBandTiles));
+            for (int y = top; y < bottom; ++y)
+                if (!makeRowOfTiles(y)) return false;
+            for (int y = top; y < bottom; ++y) enqueueTouchedTiles(y);
             if (!visitTiles()) return false;
             settleTiles(settleBegin, begin);
-            if (m_isLong) return false;
             settleBegin = begin;
         }
         while (settleTiles(1, m_count + 1))
             if (!visitTiles()) return false;
-        return !m_isLong;
+        if (m_isLong) return false;
+        // The rows below may have shown what label goes where nothing arrives.
+        if (m_kinds.highLabel != 0)
+            for (int id = 1; id <= m_count && m_unnamedTiles > 0; ++id) writeLabels(id);
+        return true;
+    }
+
+    void enqueueTouchedTiles(int y) {
+        for (int x = 0; x < m_across; ++x) {
+            const int id = idAt(x, y);
+            if (m_places[id].isActive && m_rows.isTouched(around(m_places[id]))) enqueue(id);
+        }
+    }
+
+    void writeLabels(int id) {
+        Place& place = m_places[id];
+        if (!place.isActive) return;
+        m_rows.readLabels(m_tiles[id], place.bounds, m_kinds.highLabel, pixels(place));
+        place.hasLabels = true;
+        if (m_kinds.highLabel == 0) ++m_unnamedTiles;
     }
 
     /// Takes back what labels were written.
-    void clearLabels() {
-        for (int y = 0; y < m_planes.height(); ++y) {
-            const std::uint64_t* free = m_free + m_words * y;
-            unsigned char* marker = m_planes.marker.row(y);
-            for (int x = 0; x < m_planes.width(); ++x)
-                if ((free[x / kFreeBits] >> x % kFreeBits & 1) != 0) marker[x] = 0;
+    void clearLabels() const {
+        for (int id = 1; id <= m_count; ++id) {
+            const Place& place = m_places[id];
+            if (!place.hasLabels) continue;
+            const TilePixels tile = pixels(place);
+            for (int y = 0; y < tile.height; ++y) {
+                unsigned char* marker = tile.marker + std::ptrdiff_t{tile.markerStep} * y;
+                const std::uint16_t free = freeMask(place.x, place.y * kTileSide + y);
+                for (int x = 0; x < tile.width; ++x)
+                    if ((free >> x & 1) != 0) marker[x] = 0;
+            }
         }
     }
 
-    void makeRowOfTiles(int y) {
+    /// The free pixels of a tile's row.
+    std::uint16_t freeMask(int tileX, int row) const {
+        constexpr int kTilesPerWord = kFreeBits / kTileSide;
+        const std::uint64_t word = m_free[m_words * row + tileX / kTilesPerWord];
+        return static_cast<std::uint16_t>(word >> tileX % kTilesPerWord * kTileSide);
+    }
+
+    /// False if the rows are not of the kind that can be flooded here.
+    bool makeRowOfTiles(int y) {
         const int rows = std::min(kTileSide, m_planes.height() - y * kTileSide);
-        const std::uint64_t* words = m_free + m_words * (std::int64_t{y} * kTileSide);
+        std::uint64_t* const words = m_free + m_words * (std::int64_t{y} * kTileSide);
+        for (int row = 0; row < rows; ++row)
+            m_freeRows.scan(m_planes.relief.row(y * kTileSide + row),
+                            m_planes.marker.row(y * kTileSide + row), m_planes.width(),
+                            words + m_words * row, &m_kinds);
+        if (m_kinds.areMixed) return false;
         for (int word = 0; word < m_words; ++word) {
             std::uint64_t all = 0;
             for (int row = 0; row < rows; ++row) all |= words[m_words * row + word];
-            for (int part = 0; all != 0; ++part, all >>= kTileSide)
-                if ((all & 0xFFFF) != 0) {
-                    std::uint16_t masks[kTileSide] = {};
-                    for (int row = 0; row < rows; ++row)
-                        masks[row] = static_cast<std::uint16_t>(words[m_words * row + word] >>
-                                                                part * kTileSide);
-                    activate(word * (kFreeBits / kTileSide) + part, y, masks,
-                             static_cast<unsigned>(all & 0xFFFF));
-                }
+            for (int x = word * (kFreeBits / kTileSide); all != 0; ++x, all >>= kTileSide)
+                if ((all & 0xFFFF) != 0) activate(x, y, static_cast<unsigned>(all & 0xFFFF));
         }
+        return true;
     }
 
-    /// Makes a tile with free pixels, and its neighbours beside those. `columns` has the columns
-    /// with a free pixel.
-    void activate(int x, int y, const std::uint16_t (&rows)[kTileSide], unsigned columns) {
+    /// Makes a tile with free pixels in these columns, and its neighbours beside those.
+    void activate(int x, int y, unsigned columns) {
         Place& place = m_places[make(x, y)];
         place.isActive = place.isUnsettled = true;
-        const auto isSet = [](std::uint16_t row) { return row != 0; };
         constexpr int kLast = kTileSide - 1;
-        const auto top = std::find_if(rows, rows + kTileSide, isSet) - rows;
-        const auto bottom = std::find_if(std::make_reverse_iterator(rows + kTileSide),
-                                         std::make_reverse_iterator(rows + 0), isSet)
-                                .base() -
-                            1 - rows;
+        const int firstRow = y * kTileSide;
+        int top = 0, bottom = std::min(kLast, m_planes.height() - 1 - firstRow);
+        while (freeMask(x, firstRow + top) == 0) ++top;
+        while (freeMask(x, firstRow + bottom) == 0) --bottom;
         int left = 0, right = kLast;
         while ((columns >> left & 1) == 0) ++left;
         while ((columns >> right & 1) == 0) --right;
@@ -180,7 +201,7 @@ private:
         if (id != 0) return id;
         id = ++m_count;
         Place& place = m_places[id];
-        place = {x, y, {}, false, false, false};
+        place = {x, y, {}, false, false, false, false};
         if (m_rows.fill(pixels(place), m_kinds.freeLevel, &m_tiles[id])) enqueue(id);
         return id;
     }
@@ -213,6 +234,7 @@ private:
     bool visitTiles() {
         while (m_queued > 0) {
             const int id = dequeue();
+            if (m_isLong) return false;
             if (m_queued > 0) fetch(m_queue[m_queueBegin]);
             const Place& place = m_places[id];
             if (!place.isActive) continue;
@@ -249,7 +271,7 @@ private:
                 enqueue(id);
                 any = true;
             } else {
-                m_rows.readLabels(m_tiles[id], place.bounds, m_kinds.highLabel, pixels(place));
+                writeLabels(id);
             }
         }
         return any && !m_isLong;
@@ -273,6 +295,7 @@ private:
     std::int64_t m_queueEnd = 0;
     std::int64_t m_queued = 0;
     std::int64_t m_visits = 0;
+    int m_unnamedTiles = 0;  // labels written before the high label was known
     bool m_isLong = false;
 };
 
