@@ -200,6 +200,7 @@ private:
         int& id = idAt(x, y);
         if (id != 0) return id;
         id = ++m_count;
+        if (m_count < m_across * m_down) fetch(m_count + 1);
         Place& place = m_places[id];
         place = {x, y, {}, false, false, false, false};
         if (m_rows.fill(pixels(place), m_kinds.freeLevel, &m_tiles[id])) enqueue(id);
