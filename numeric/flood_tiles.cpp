@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "numeric/scratch.h"
 
@@ -97,7 +98,7 @@ private:
         std::fill_n(m_tiles[0].left, kTileSide, kWallKey);
         std::fill_n(m_tiles[0].right, kTileSide, kWallKey);
         m_places[0] = {};
-        int settleBegin = 1;
+        int settleBegin = 1, settleEnd = 1;
         for (int top = 0; top < m_down; top += kBandTiles) {
             const int begin = m_count + 1;
             const int bottom = static_cast<int>(std::min(m_down, std::int64_t{top} + kBandTiles));
@@ -106,7 +107,7 @@ private:
             for (int y = top; y < bottom; ++y) enqueueTouchedTiles(y);
             if (!visitTiles()) return false;
             settleTiles(settleBegin, begin);
-            settleBegin = begin;
+            settleBegin = std::exchange(settleEnd, begin);
         }
         while (settleTiles(1, m_count + 1))
             if (!visitTiles()) return false;
@@ -241,8 +242,9 @@ private:
             if (!place.isActive) continue;
             if (++m_visits > std::int64_t{kVisitsPerTile} * m_count) return false;
             const TilesAround tiles = around(place);
-            if (!m_rows.relax(&m_tiles[id], tiles, place.bounds)) continue;
-            unsettleAround(place);
+            const unsigned changed = m_rows.relax(&m_tiles[id], tiles, place.bounds);
+            if (changed == 0) continue;
+            unsettle(place, changed);
             const unsigned sides = m_rows.reach(m_tiles[id], tiles);
             if ((sides & kAbove) != 0) enqueue(idAt(place.x, place.y - 1));
             if ((sides & kLeft) != 0) enqueue(idAt(place.x - 1, place.y));
@@ -252,9 +254,12 @@ private:
         return true;
     }
 
-    void unsettleAround(const Place& place) {
-        for (int dy = -1; dy <= 1; ++dy)
-            for (int dx = -1; dx <= 1; ++dx)
+    /// These parts of a tile have changed: it and the tiles beside those are to be settled again.
+    void unsettle(const Place& place, unsigned parts) {
+        const int left = (parts & kLeft) != 0 ? -1 : 0, right = (parts & kRight) != 0 ? 1 : 0;
+        const int above = (parts & kAbove) != 0 ? -1 : 0, below = (parts & kBelow) != 0 ? 1 : 0;
+        for (int dy = above; dy <= below; ++dy)
+            for (int dx = left; dx <= right; ++dx)
                 m_places[idAt(place.x + dx, place.y + dy)].isUnsettled = true;
     }
 
@@ -267,8 +272,10 @@ private:
             if (!place.isActive || !place.isUnsettled) continue;
             place.isUnsettled = false;
             if (id + 1 < end) fetch(id + 1);
-            if (m_rows.settle(&m_tiles[id], around(place), place.bounds, &m_isLong)) {
-                unsettleAround(place);
+            const unsigned changed =
+                m_rows.settle(&m_tiles[id], around(place), place.bounds, &m_isLong);
+            if (changed != 0) {
+                unsettle(place, changed);
                 enqueue(id);
                 any = true;
             } else {

@@ -73,6 +73,13 @@ HWY_INLINE TileKey largestOf(const Line& line) {
     return hn::GetLane(hn::MaxOfLanes(KeyTag(), largest));
 }
 
+/// Adds to *changes what differs between two lines.
+HWY_INLINE void markChanges(const Line& a, const Line& b, Line* changes) {
+    HWY_UNROLL(kParts)
+    for (int i = 0; i < kParts; ++i)
+        changes->parts[i] = hn::Or(changes->parts[i], hn::Xor(a.parts[i], b.parts[i]));
+}
+
 /// Each pixel's neighbour before it along the line; the first one's is `start`.
 HWY_INLINE Line shiftedUp(const Line& line, TileKey start);
 /// Each pixel's neighbour behind it; the last one's is `end`.
@@ -181,27 +188,21 @@ HWY_INLINE Line arrive(const Line& side, const Line& corner) {
     return makeLine([&](int i) { return arrive(side.parts[i], corner.parts[i]); });
 }
 
-/// The line lowered to what arrives over a neighbour. Marks in *changes where that is less.
-HWY_INLINE Line lowered(const Line& old, const Line& side, const Line& corner, Line* changes) {
-    return makeLine([&](int i) {
-        const auto key = old.parts[i];
-        const auto result = loweredKey(key, arrive(side.parts[i], corner.parts[i]));
-        changes->parts[i] = hn::Or(changes->parts[i], hn::Xor(result, key));
-        return result;
-    });
+/// The line lowered to what arrives over a neighbour.
+HWY_INLINE Line lowered(const Line& line, const Line& side, const Line& corner) {
+    return makeLine(
+        [&](int i) { return loweredKey(line.parts[i], arrive(side.parts[i], corner.parts[i])); });
 }
 
-/// The line with its free pixels replaced by what arrives. Marks changes and keeps the longest
-/// distances.
-HWY_INLINE Line replaced(const Line& old, const Line& arriving, Line* changes, Line* longest) {
+/// The line with its free pixels replaced by what arrives. Keeps the longest distances.
+HWY_INLINE Line replaced(const Line& line, const Line& arriving, Line* longest) {
     return makeLine([&](int i) {
         const KeyTag d;
-        const auto key = old.parts[i];
+        const auto key = line.parts[i];
         const auto unreached = hn::Set(d, kUnreachedKey);
         const auto isSeed = hn::Lt(key, hn::Set(d, 1 << kTileLabelBits));
         const auto isKept = hn::Or(isSeed, hn::Eq(key, hn::Set(d, kWallKey)));
         const auto result = hn::IfThenElse(isKept, key, hn::Min(arriving.parts[i], unreached));
-        changes->parts[i] = hn::Or(changes->parts[i], hn::Xor(result, key));
         const auto isReached = hn::Lt(result, unreached);
         longest->parts[i] = hn::Max(longest->parts[i], hn::IfThenElseZero(isReached, result));
         return result;

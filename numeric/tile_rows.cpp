@@ -60,12 +60,14 @@ HWY_INLINE void relaxLines(const Lines& lines, int first, int last, Line* change
     Line fromBefore = lines.load(first - 1);
     Line fromBehind = lines.load(last + 1);
     for (int i = first, j = last; i <= last; ++i, --j) {
-        fromBefore =
-            lowered(loadLine(lines.line(i)), fromBefore, lines.corners(fromBefore, i - 1), changes);
+        const Line forward = lines.load(i);
+        fromBefore = lowered(forward, fromBefore, lines.corners(fromBefore, i - 1));
         storeLine(fromBefore, lines.line(i));
-        fromBehind =
-            lowered(loadLine(lines.line(j)), fromBehind, lines.corners(fromBehind, j + 1), changes);
+        markChanges(forward, fromBefore, changes);
+        const Line backward = lines.load(j);
+        fromBehind = lowered(backward, fromBehind, lines.corners(fromBehind, j + 1));
         storeLine(fromBehind, lines.line(j));
+        markChanges(backward, fromBehind, changes);
     }
 }
 
@@ -86,6 +88,32 @@ HWY_INLINE void turnOver(const TileKey* keys, TileKey* turned) {
         }
 }
 
+HWY_INLINE bool differs(const Line& line, const TileKey* keys) {
+    Line changes = zeroLine();
+    markChanges(line, loadLine(keys), &changes);
+    return !isZero(changes);
+}
+
+// The outer lines as they were, to tell which have changed.
+struct OuterLines {
+    Line above, left, right, below;
+
+    explicit OuterLines(const Tile& tile)
+        : above(loadLine(tile.keys)),
+          left(loadLine(tile.left)),
+          right(loadLine(tile.right)),
+          below(loadLine(tile.keys + kTileSide * (kTileSide - 1))) {}
+
+    unsigned changedParts(const Tile& tile) const {
+        unsigned parts = kInside;
+        if (differs(above, tile.keys)) parts |= kAbove;
+        if (differs(left, tile.left)) parts |= kLeft;
+        if (differs(right, tile.right)) parts |= kRight;
+        if (differs(below, tile.keys + kTileSide * (kTileSide - 1))) parts |= kBelow;
+        return parts;
+    }
+};
+
 void copyOuterColumns(Tile* tile) {
     for (int y = 0; y < kTileSide; ++y) {
         tile->left[y] = tile->keys[y * kTileSide];
@@ -93,8 +121,9 @@ void copyOuterColumns(Tile* tile) {
     }
 }
 
-bool relax(Tile* tile, const TilesAround& around, const TileBounds& bounds) {
+unsigned relax(Tile* tile, const TilesAround& around, const TileBounds& bounds) {
     const Edges edges(around);
+    const OuterLines before(*tile);
     Line changes = zeroLine();
     relaxLines({tile->keys, edges.above, edges.below, edges.left, edges.right}, bounds.top,
                bounds.bottom, &changes);
@@ -105,10 +134,10 @@ bool relax(Tile* tile, const TilesAround& around, const TileBounds& bounds) {
     turnOver(turned, tile->keys);
     storeLine(loadLine(turned), tile->left);
     storeLine(loadLine(turned + kTileSide * (kTileSide - 1)), tile->right);
-    return !isZero(changes);
+    return isZero(changes) ? 0 : before.changedParts(*tile);
 }
 
-bool settle(Tile* tile, const TilesAround& around, const TileBounds& bounds, bool* isLong) {
+unsigned settle(Tile* tile, const TilesAround& around, const TileBounds& bounds, bool* isLong) {
     const Edges edges(around);
     const Lines rows = {tile->keys, edges.above, edges.below, edges.left, edges.right};
     struct Row {
@@ -118,6 +147,7 @@ bool settle(Tile* tile, const TilesAround& around, const TileBounds& bounds, boo
         const Line keys = rows.load(y);
         return Row{keys, shiftedUp(keys, edges.left[y + 1]), shiftedDown(keys, edges.right[y + 1])};
     };
+    const OuterLines before(*tile);
     Line changes = zeroLine();
     Line longest = zeroLine();
     Row above = load(bounds.top - 1);
@@ -128,23 +158,22 @@ bool settle(Tile* tile, const TilesAround& around, const TileBounds& bounds, boo
                                     arrive(below.keys, smaller(below.before, below.behind)));
         const Line along = smaller(arrive(row.before, smaller(above.before, below.before)),
                                    arrive(row.behind, smaller(above.behind, below.behind)));
-        const Line settled = replaced(row.keys, smaller(across, along), &changes, &longest);
+        const Line settled = replaced(row.keys, smaller(across, along), &longest);
         storeLine(settled, rows.line(y));
+        markChanges(row.keys, settled, &changes);
         // As it was before: whether nothing changes does not depend on that.
         above = row;
         row = below;
     }
     *isLong |= largestOf(longest) >= kLongTileKey;
-    if (isZero(changes)) return false;
+    if (isZero(changes)) return 0;
     copyOuterColumns(tile);
-    return true;
+    return before.changedParts(*tile);
 }
 
 HWY_INLINE bool reaches(const TileKey* line, TileKey start, TileKey end, const TileKey* beyond) {
     const Line keys = loadLine(line);
-    Line changes = zeroLine();
-    lowered(loadLine(beyond), keys, smallerBeside(keys, start, end), &changes);
-    return !isZero(changes);
+    return differs(lowered(loadLine(beyond), keys, smallerBeside(keys, start, end)), beyond);
 }
 
 unsigned reach(const Tile& tile, const TilesAround& around) {

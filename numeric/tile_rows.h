@@ -45,8 +45,8 @@ struct TilesAround {
     const Tile* belowRight;
 };
 
-/// Sides of a tile, as bits.
-enum TileSide : unsigned { kAbove = 1, kLeft = 2, kRight = 4, kBelow = 8 };
+/// Parts of a tile, as bits: its outer lines, and anything else.
+enum TilePart : unsigned { kAbove = 1, kLeft = 2, kRight = 4, kBelow = 8, kInside = 16 };
 
 /// The part of the planes that a tile stands for: at most kTileSide pixels wide and high.
 struct TilePixels {
@@ -61,12 +61,14 @@ struct TilePixels {
 struct TileRows {
     /// Writes all keys of a tile. Returns whether any is a seed.
     bool (*fill)(const TilePixels& pixels, unsigned char freeLevel, Tile* tile);
-    /// Lowers keys to what arrives, down and up, then right and left. Returns whether any changed.
-    bool (*relax)(Tile* tile, const TilesAround& around, const TileBounds& bounds);
-    /// Replaces keys that are not what arrives from the neighbours. Returns whether any was, and
-    /// sets *isLong if any distance is too long.
-    bool (*settle)(Tile* tile, const TilesAround& around, const TileBounds& bounds, bool* isLong);
-    /// The sides (TileSide) across which something smaller arrives than is there.
+    /// Lowers keys to what arrives, down and up, then right and left. Returns the parts (TilePart)
+    /// in which any changed, kInside always among them, or 0.
+    unsigned (*relax)(Tile* tile, const TilesAround& around, const TileBounds& bounds);
+    /// Replaces keys that are not what arrives from the neighbours, with the same result. Sets
+    /// *isLong if any distance is too long.
+    unsigned (*settle)(Tile* tile, const TilesAround& around, const TileBounds& bounds,
+                       bool* isLong);
+    /// The sides (TilePart) across which something smaller arrives than is there.
     unsigned (*reach)(const Tile& tile, const TilesAround& around);
     /// Whether any key beside the tile is a distance.
     bool (*isTouched)(const TilesAround& around);
