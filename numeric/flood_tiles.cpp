@@ -107,6 +107,7 @@ private:
             for (int y = top; y < bottom; ++y) enqueueTouchedTiles(y);
             if (!visitTiles()) return false;
             settleTiles(settleBegin, begin);
+            if (m_isLong) return false;
             settleBegin = std::exchange(settleEnd, begin);
         }
         while (settleTiles(1, m_count + 1))
@@ -236,7 +237,6 @@ private:
     bool visitTiles() {
         while (m_queued > 0) {
             const int id = dequeue();
-            if (m_isLong) return false;
             if (m_queued > 0) fetch(m_queue[m_queueBegin]);
             const Place& place = m_places[id];
             if (!place.isActive) continue;
