@@ -89,20 +89,30 @@ HWY_INLINE Line shiftedDown(const Line& line, TileKey end);
 
 static_assert(kParts == 1);
 
-/// Advances after the source for each lead, two to an entry: the one for the odd lead in the low
-/// byte.
-struct alignas(64) AdvancePairs {
-    std::uint16_t entries[64];
-    constexpr AdvancePairs() : entries{} {
-        for (int lead = 0; lead <= kLargestLead; ++lead) {
-            const int fromCorner = lead > kLargestLeadOfSide ? lead : 0;
-            const int advance = kAdvances[static_cast<std::size_t>(lead)] + fromCorner;
-            entries[lead / 2] =
-                static_cast<std::uint16_t>(entries[lead / 2] | advance << (lead % 2 == 0 ? 8 : 0));
+/// The smallest lead at which the label is the corner's.
+constexpr int kCornerLead = kLargestLeadOfSide + 1;
+
+/// Advances, shifted by kTileLabelBits, in tables of 64 entries: one after the side for leads of 1
+/// to 64, one after the corner, less kCornerLead, for larger leads. The index is the lead less
+/// kCornerLead, of which the processor takes the lower 6 bits.
+struct alignas(64) AdvanceTables {
+    std::uint16_t afterSide[64];
+    std::uint16_t afterCorner[64];
+    constexpr AdvanceTables() : afterSide{}, afterCorner{} {
+        for (int lead = 1; lead <= kLargestLead; ++lead) {
+            const int advance = kAdvances[static_cast<std::size_t>(lead)];
+            const int index = (lead - kCornerLead) & 63;
+            if (lead < kCornerLead)
+                afterSide[index] = static_cast<std::uint16_t>(advance << kTileLabelBits);
+            else
+                afterCorner[index] =
+                    static_cast<std::uint16_t>((lead - kCornerLead + advance) << kTileLabelBits);
         }
     }
 };
-constexpr AdvancePairs kAdvancePairs;
+constexpr AdvanceTables kAdvanceTables;
+static_assert(kCornerLead == 65 && kLargestLead - kCornerLead < 64, "one entry for each lead");
+static_assert(kAdvances[0] == kAdvances[1], "a lead of 0 counts as 1");
 
 HWY_INLINE Line shiftedUp(const Line& line, TileKey start) {
     return {{Keys{_mm512_alignr_epi32(line.parts[0].raw, _mm512_set1_epi32(start), kLanes - 1)}}};
@@ -112,14 +122,29 @@ HWY_INLINE Line shiftedDown(const Line& line, TileKey end) {
     return {{Keys{_mm512_alignr_epi32(_mm512_set1_epi32(end), line.parts[0].raw, 1)}}};
 }
 
-/// What arrives later than its source by, for leads of 0 to kLargestLead; both are shifted by
-/// kTileLabelBits, the lead with any bits below.
-HWY_INLINE Keys advanceAfterSource(Keys lead) {
-    const auto entry = _mm512_srli_epi32(lead.raw, kTileLabelBits + 1);
-    const auto pair = _mm512_permutex2var_epi16(_mm512_load_si512(kAdvancePairs.entries), entry,
-                                                _mm512_load_si512(kAdvancePairs.entries + 32));
-    const auto oddShift = _mm512_and_si512(_mm512_srli_epi32(lead.raw, 5), _mm512_set1_epi32(8));
-    return hn::And(Keys{_mm512_sllv_epi32(pair, oddShift)}, hn::Set(KeyTag(), 0xFF00));
+/// What arrives over a side neighbour and the earlier of the corners beside it.
+HWY_INLINE Keys arrive(Keys side, Keys corner) {
+    // With the largest label the difference of the keys has that of the distances in its upper
+    // bits, whatever the corner's label.
+    const auto labelMask = _mm512_set1_epi32(kTileLabelMask);
+    const auto lateCorner =
+        _mm512_add_epi32(corner.raw, _mm512_set1_epi32(kCornerLead << kTileLabelBits));
+    const auto lead = _mm512_sub_epi32(_mm512_or_si512(side.raw, labelMask), lateCorner);
+    const auto isOfSide = _mm512_movepi32_mask(lead);
+    constexpr int kLargest = ((kLargestLead - kCornerLead) << kTileLabelBits) + kTileLabelMask;
+    constexpr int kSmallest = -(64 << kTileLabelBits);
+    const auto index =
+        _mm512_srai_epi32(_mm512_min_epi32(_mm512_max_epi32(lead, _mm512_set1_epi32(kSmallest)),
+                                           _mm512_set1_epi32(kLargest)),
+                          kTileLabelBits);
+    constexpr __mmask32 kLowerHalves = 0x55555555;
+    const auto advance = [&](const std::uint16_t(&table)[64]) {
+        return _mm512_maskz_permutex2var_epi16(kLowerHalves, _mm512_load_si512(table), index,
+                                               _mm512_load_si512(table + 32));
+    };
+    const auto fromCorner = _mm512_add_epi32(lateCorner, advance(kAdvanceTables.afterCorner));
+    return Keys{
+        _mm512_mask_add_epi32(fromCorner, isOfSide, side.raw, advance(kAdvanceTables.afterSide))};
 }
 
 /// The smaller of both but where the key is a wall.
@@ -144,18 +169,22 @@ HWY_INLINE Line shiftedDown(const Line& line, TileKey end) {
     return loadLine(padded + 1);
 }
 
-HWY_INLINE Keys advanceAfterSource(Keys lead) {
+HWY_INLINE Keys arrive(Keys side, Keys corner) {
     const KeyTag d;
     const Lanes df;
-    const auto units = hn::ShiftRight<kTileLabelBits>(lead);
+    const auto lead =
+        hn::Sub(hn::ShiftRight<kTileLabelBits>(side), hn::ShiftRight<kTileLabelBits>(corner));
+    const auto usedLead = hn::Min(hn::Max(lead, hn::Zero(d)), hn::Set(d, kLargestLead));
     // Exact but for the root, which is too far from any half to be rounded the wrong way.
-    const auto leadFloat = hn::ConvertTo(df, units);
+    const auto leadFloat = hn::ConvertTo(df, usedLead);
     const auto square = hn::Sub(hn::Set(df, static_cast<float>(kSideDistance * kSideDistance)),
                                 hn::Mul(leadFloat, leadFloat));
-    const auto isOfCorner = hn::Gt(units, hn::Set(d, kLargestLeadOfSide));
-    const auto advance =
-        hn::Add(hn::NearestInt(hn::Sqrt(square)), hn::IfThenElseZero(isOfCorner, units));
-    return hn::ShiftLeft<kTileLabelBits>(advance);
+    const auto advance = hn::NearestInt(hn::Sqrt(square));
+    // The label stays in the lower bits of whichever the ray comes from.
+    const auto isOfCorner = hn::Gt(lead, hn::Set(d, kLargestLeadOfSide));
+    const auto source = hn::IfThenElse(isOfCorner, corner, side);
+    const auto later = hn::Add(advance, hn::IfThenElseZero(isOfCorner, usedLead));
+    return hn::Add(source, hn::ShiftLeft<kTileLabelBits>(later));
 }
 
 HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
@@ -167,20 +196,6 @@ HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
 
 HWY_INLINE Line smallerBeside(const Line& line, TileKey start, TileKey end) {
     return smaller(shiftedUp(line, start), shiftedDown(line, end));
-}
-
-HWY_INLINE Keys arrive(Keys side, Keys corner) {
-    const KeyTag d;
-    constexpr TileKey kLargest = (kLargestLead << kTileLabelBits) + kTileLabelMask;
-    // With the largest label the difference of the keys has that of the distances in its upper
-    // bits, whatever the corner's label.
-    const auto lead = hn::Sub(hn::Or(side, hn::Set(d, kTileLabelMask)), corner);
-    const auto isOfCorner =
-        hn::Gt(lead, hn::Set(d, (kLargestLeadOfSide << kTileLabelBits) + kTileLabelMask));
-    // The label stays in the lower bits of whichever the ray comes from.
-    const auto source = hn::IfThenElse(isOfCorner, corner, side);
-    const auto usedLead = hn::Min(hn::Max(lead, hn::Zero(d)), hn::Set(d, kLargest));
-    return hn::Add(source, advanceAfterSource(usedLead));
 }
 
 /// What arrives over a line's pixels and the smaller of the corners beside them.
