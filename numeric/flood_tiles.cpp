@@ -51,6 +51,7 @@ private:
         int x, y;
         TileBounds bounds;
         bool isActive;  // has free pixels
+        bool hasSeeds;
         bool isQueued;
         bool isUnsettled;
         bool hasLabels;
@@ -104,7 +105,7 @@ private:
             const int bottom = static_cast<int>(std::min(m_down, std::int64_t{top} + kBandTiles));
             for (int y = top; y < bottom; ++y)
                 if (!makeRowOfTiles(y)) return false;
-            for (int y = top; y < bottom; ++y) enqueueTouchedTiles(y);
+            enqueueTouchedTiles(top);
             if (!visitTiles()) return false;
             settleTiles(settleBegin, begin);
             if (m_isLong) return false;
@@ -119,10 +120,12 @@ private:
         return true;
     }
 
+    /// The tiles of the first row of a band, which the band above has reached or made.
     void enqueueTouchedTiles(int y) {
         for (int x = 0; x < m_across; ++x) {
             const int id = idAt(x, y);
-            if (m_places[id].isActive && m_rows.isTouched(around(m_places[id]))) enqueue(id);
+            const Place& place = m_places[id];
+            if (place.isActive && (place.hasSeeds || m_rows.isTouched(around(place)))) enqueue(id);
         }
     }
 
@@ -204,8 +207,9 @@ private:
         id = ++m_count;
         if (m_count < m_across * m_down) fetch(m_count + 1);
         Place& place = m_places[id];
-        place = {x, y, {}, false, false, false, false};
-        if (m_rows.fill(pixels(place), m_kinds.freeLevel, &m_tiles[id])) enqueue(id);
+        place = {x, y, {}, false, false, false, false, false};
+        place.hasSeeds = m_rows.fill(pixels(place), m_kinds.freeLevel, &m_tiles[id]);
+        if (place.hasSeeds) enqueue(id);
         return id;
     }
 
@@ -215,6 +219,10 @@ private:
         m_queue[m_queueEnd] = id;
         if (++m_queueEnd == m_across * m_down) m_queueEnd = 0;
         ++m_queued;
+    }
+
+    void enqueueActive(int id) {
+        if (m_places[id].isActive) enqueue(id);
     }
 
     int dequeue() {
@@ -239,17 +247,18 @@ private:
             const int id = dequeue();
             if (m_queued > 0) fetch(m_queue[m_queueBegin]);
             const Place& place = m_places[id];
-            if (!place.isActive) continue;
-            if (++m_visits > std::int64_t{kVisitsPerTile} * m_count) return false;
             const TilesAround tiles = around(place);
-            const unsigned changed = m_rows.relax(&m_tiles[id], tiles, place.bounds);
-            if (changed == 0) continue;
-            unsettle(place, changed);
+            if (place.isActive) {
+                if (++m_visits > std::int64_t{kVisitsPerTile} * m_count) return false;
+                const unsigned changed = m_rows.relax(&m_tiles[id], tiles, place.bounds);
+                if (changed == 0) continue;
+                unsettle(place, changed);
+            }
             const unsigned sides = m_rows.reach(m_tiles[id], tiles);
-            if ((sides & kAbove) != 0) enqueue(idAt(place.x, place.y - 1));
-            if ((sides & kLeft) != 0) enqueue(idAt(place.x - 1, place.y));
-            if ((sides & kRight) != 0) enqueue(idAt(place.x + 1, place.y));
-            if ((sides & kBelow) != 0) enqueue(idAt(place.x, place.y + 1));
+            if ((sides & kAbove) != 0) enqueueActive(idAt(place.x, place.y - 1));
+            if ((sides & kLeft) != 0) enqueueActive(idAt(place.x - 1, place.y));
+            if ((sides & kRight) != 0) enqueueActive(idAt(place.x + 1, place.y));
+            if ((sides & kBelow) != 0) enqueueActive(idAt(place.x, place.y + 1));
         }
         return true;
     }
