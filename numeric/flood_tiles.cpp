@@ -57,8 +57,12 @@ private:
         bool hasLabels;
     };
 
+    /// Rows of tiles in a band: few enough to stay near, enough that not many areas are cut.
     static constexpr int kBandTiles = 8;
-    static constexpr int kVisitsPerTile = 24;
+    /// Visits and settlings of each tile, on average. Open areas need 2 to 4.
+    static constexpr int kLargestWork = 12;
+    /// Looking for unsettled tiles counts too: that of so many as one visit.
+    static constexpr int kLooksPerVisit = 32;
 
     int& idAt(int x, int y) const { return m_ids[(m_across + 2) * (y + 1) + x + 1]; }
 
@@ -91,8 +95,8 @@ private:
         return -1;
     }
 
-    /// Works in bands of the plane, so that tiles are settled while they are still near: one band
-    /// behind, since the next one floods back into them. False if it gives up.
+    /// Works in bands of rows of tiles, so that tiles are settled while they are still near: one
+    /// band behind, since the next one floods back into them. False if it gives up.
     bool flood() {
         std::fill_n(m_ids, (m_across + 2) * (m_down + 2), 0);
         std::fill_n(m_tiles[0].keys, kTileSide * kTileSide, kWallKey);
@@ -115,8 +119,8 @@ private:
             if (!visitTiles()) return false;
         if (m_isLong) return false;
         // The rows below may have shown what label goes where nothing arrives.
-        if (m_kinds.highLabel != 0)
-            for (int id = 1; id <= m_count && m_unnamedTiles > 0; ++id) writeLabels(id);
+        if (m_hasUnnamed && m_kinds.highLabel != 0)
+            for (int id = 1; id <= m_count; ++id) writeLabels(id);
         return true;
     }
 
@@ -134,7 +138,7 @@ private:
         if (!place.isActive) return;
         m_rows.readLabels(m_tiles[id], place.bounds, m_kinds.highLabel, pixels(place));
         place.hasLabels = true;
-        if (m_kinds.highLabel == 0) ++m_unnamedTiles;
+        m_hasUnnamed |= m_kinds.highLabel == 0;
     }
 
     /// Takes back what labels were written.
@@ -249,7 +253,7 @@ private:
             const Place& place = m_places[id];
             const TilesAround tiles = around(place);
             if (place.isActive) {
-                if (++m_visits > std::int64_t{kVisitsPerTile} * m_count) return false;
+                if (++m_work > std::int64_t{kLargestWork} * m_count) return false;
                 const unsigned changed = m_rows.relax(&m_tiles[id], tiles, place.bounds);
                 if (changed == 0) continue;
                 unsettle(place, changed);
@@ -276,10 +280,12 @@ private:
     /// was.
     bool settleTiles(int begin, int end) {
         bool any = false;
+        m_work += (end - begin) / kLooksPerVisit;
         for (int id = begin; id < end; ++id) {
             Place& place = m_places[id];
             if (!place.isActive || !place.isUnsettled) continue;
             place.isUnsettled = false;
+            ++m_work;
             if (id + 1 < end) fetch(id + 1);
             const unsigned changed =
                 m_rows.settle(&m_tiles[id], around(place), place.bounds, &m_isLong);
@@ -311,8 +317,8 @@ private:
     std::int64_t m_queueBegin = 0;
     std::int64_t m_queueEnd = 0;
     std::int64_t m_queued = 0;
-    std::int64_t m_visits = 0;
-    int m_unnamedTiles = 0;  // labels written before the high label was known
+    std::int64_t m_work = 0;
+    bool m_hasUnnamed = false;  // labels were written before the high label was known
     bool m_isLong = false;
 };
 

@@ -49,13 +49,14 @@ struct Lines {
         if (i < 0) return loadLine(before + 1);
         return loadLine(i < kTileSide ? line(i) : behind + 1);
     }
-    HWY_INLINE Line corners(const Line& keys_, int i) const {
-        return smallerBeside(keys_, starts[i + 1], ends[i + 1]);
+    // The smaller of the corners that line i is to its neighbours.
+    HWY_INLINE Line corners(const Line& loaded, int i) const {
+        return smallerBeside(loaded, starts[i + 1], ends[i + 1]);
     }
 };
 
 // From the first line on to the last and back, both at once: they do not wait for each other.
-// The result is not zero where keys have changed.
+// *changes is not zero where keys have changed.
 HWY_INLINE void relaxLines(const Lines& lines, int first, int last, Line* changes) {
     Line fromBefore = lines.load(first - 1);
     Line fromBehind = lines.load(last + 1);
