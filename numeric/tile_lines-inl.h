@@ -155,18 +155,35 @@ HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
 
 #else
 
+// By one lane, over the boundary between two vectors.
+
+HWY_INLINE Keys shiftedUp(Keys vector, Keys before) {
+    const KeyTag d;
+    const auto lastLane = hn::Set(d, kLanes - 1);
+    const auto previous = hn::IndicesFromVec(d, hn::And(hn::Iota(d, kLanes - 1), lastLane));
+    return hn::IfThenElse(hn::FirstN(d, 1), hn::TableLookupLanes(before, previous),
+                          hn::TableLookupLanes(vector, previous));
+}
+
+HWY_INLINE Keys shiftedDown(Keys vector, Keys behind) {
+    const KeyTag d;
+    const auto lastLane = hn::Set(d, kLanes - 1);
+    const auto next = hn::IndicesFromVec(d, hn::And(hn::Iota(d, 1), lastLane));
+    return hn::IfThenElse(hn::FirstN(d, kLanes - 1), hn::TableLookupLanes(vector, next),
+                          hn::TableLookupLanes(behind, next));
+}
+
 HWY_INLINE Line shiftedUp(const Line& line, TileKey start) {
-    TileKey padded[1 + kTileSide];
-    padded[0] = start;
-    storeLine(line, padded + 1);
-    return loadLine(padded);
+    return makeLine([&](int i) {
+        return shiftedUp(line.parts[i], i == 0 ? hn::Set(KeyTag(), start) : line.parts[i - 1]);
+    });
 }
 
 HWY_INLINE Line shiftedDown(const Line& line, TileKey end) {
-    TileKey padded[kTileSide + 1];
-    storeLine(line, padded);
-    padded[kTileSide] = end;
-    return loadLine(padded + 1);
+    return makeLine([&](int i) {
+        return shiftedDown(line.parts[i],
+                           i == kParts - 1 ? hn::Set(KeyTag(), end) : line.parts[i + 1]);
+    });
 }
 
 HWY_INLINE Keys arrive(Keys side, Keys corner) {
