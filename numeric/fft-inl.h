@@ -9,18 +9,14 @@
 
 #include "hwy/highway.h"
 #include "numeric/fft_plan.h"
+#include "numeric/lanes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace numeric {
 namespace HWY_NAMESPACE {
 namespace {
 
-namespace hn = hwy::HWY_NAMESPACE;
-
-/// As many transforms run side by side as a vector has lanes, 16 at most.
-using Lanes = HWY_CAPPED(float, 16);
-using Vec = hn::Vec<Lanes>;
-constexpr int kLanes = static_cast<int>(hn::MaxLanes(Lanes()));
+// As many transforms run side by side as a vector has lanes.
 
 constexpr int kLineFloats = 16;  // of a cache line
 

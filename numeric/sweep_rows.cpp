@@ -4,7 +4,6 @@
 
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
-#include "numeric/arrival.h"
 #include "numeric/sweep_rows.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -43,34 +42,6 @@ struct SideSteps {
         return hn::Add(side, hn::Set(d, 1 << kLabelBits));
     }
     static HWY_INLINE SweepKey arrive(SweepKey side, SweepKey) { return side + (1 << kLabelBits); }
-};
-
-struct Marching {
-    static HWY_INLINE Keys arrive(Keys side, Keys corner) {
-        const KeyTag d;
-        const hn::Rebind<float, KeyTag> df;
-        const auto sideDistance = hn::ShiftRight<kLabelBits>(side);
-        const auto lead = hn::Sub(sideDistance, hn::ShiftRight<kLabelBits>(corner));
-        const auto positive = hn::Max(lead, hn::Zero(d));
-        const auto used = hn::Min(positive, hn::Set(d, kLargestLead));
-        // Exact but for the root, which is too far from any half to be rounded the wrong way.
-        const auto usedFloat = hn::ConvertTo(df, used);
-        const auto square = hn::Sub(hn::Set(df, static_cast<float>(kSideDistance * kSideDistance)),
-                                    hn::Mul(usedFloat, usedFloat));
-        const auto advance = hn::NearestInt(hn::Sqrt(square));
-        const auto distance = hn::Add(hn::Add(hn::Sub(sideDistance, positive), used), advance);
-        const auto isOfCorner = hn::Gt(lead, hn::Set(d, kLargestLeadOfSide));
-        const auto label =
-            hn::And(hn::IfThenElse(isOfCorner, corner, side), hn::Set(d, kLabelMask));
-        return hn::Or(hn::ShiftLeft<kLabelBits>(distance), label);
-    }
-    static HWY_INLINE SweepKey arrive(SweepKey side, SweepKey corner) {
-        const int sideDistance = side >> kLabelBits;
-        const int cornerDistance = corner >> kLabelBits;
-        const bool isOfCorner = sideDistance - cornerDistance > kLargestLeadOfSide;
-        return arrival(sideDistance, cornerDistance) << kLabelBits |
-               ((isOfCorner ? corner : side) & kLabelMask);
-    }
 };
 
 HWY_INLINE hn::Mask<KeyTag> isFree(const unsigned char* free) {
@@ -267,8 +238,7 @@ void readLabels(const SweepKey* keys, unsigned char highLabel, unsigned char* ma
 
 }  // namespace
 
-constexpr SweepRows kRows = {makeOrder<Steps>(), makeOrder<SideSteps>(), makeOrder<Marching>(),
-                             prepare, readLabels};
+constexpr SweepRows kRows = {makeOrder<Steps>(), makeOrder<SideSteps>(), prepare, readLabels};
 
 }  // namespace HWY_NAMESPACE
 }  // namespace numeric

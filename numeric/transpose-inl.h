@@ -8,7 +8,7 @@
 #endif
 
 #include "hwy/highway.h"
-#include "numeric/fft-inl.h"
+#include "numeric/lanes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace numeric {

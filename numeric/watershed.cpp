@@ -5,6 +5,8 @@
 #include "numeric/checks.h"
 #include "numeric/flood.h"
 #include "numeric/flood_sweeps.h"
+#include "numeric/flood_tiles.h"
+#include "numeric/free_rows.h"
 #include "numeric/scratch.h"
 #include "numeric/watershed_rows.h"
 
@@ -13,6 +15,8 @@ namespace {
 
 const SlotTable<FloodRows> kFloodRows(kFloodBuilds);
 const SlotTable<SweepRows> kSweepRows(kSweepBuilds);
+const SlotTable<FreeRows> kFreeRows(kFreeBuilds);
+const SlotTable<TileRows> kTileRows(kTileBuilds);
 const SlotTable<WatershedRows> kWatershedRows(kWatershedBuilds);
 
 constexpr int kByStepsFlag = 1;
@@ -88,15 +92,14 @@ KernelStatus watershed(const unsigned char* relief, int reliefStep, unsigned cha
     const FloodPlanes planes{{relief, reliefStep, width, height},
                              {marker, markerStep, width, height}};
     const bool isMarching = norm >= kEuclidean && (flags & kByDistanceFlag) != 0;
-    const bool sidesOnly = norm == kCityBlock;
-    const SweepRows& sweeps = kSweepRows.selected();
-    const SweepOrder& order = isMarching  ? sweeps.byMarching
-                              : sidesOnly ? sweeps.bySideSteps
-                                          : sweeps.bySteps;
-    if (!floodBySweeps(planes, sweeps, order, scratch, size)) {
-        if (isMarching)
+    if (isMarching) {
+        if (!floodByTiles(planes, kFreeRows.selected(), kTileRows.selected(), scratch, size))
             floodByMarching(planes, kFloodRows.selected(), scratch);
-        else
+    } else {
+        const bool sidesOnly = norm == kCityBlock;
+        const SweepRows& sweeps = kSweepRows.selected();
+        const SweepOrder& order = sidesOnly ? sweeps.bySideSteps : sweeps.bySteps;
+        if (!floodBySweeps(planes, sweeps, order, scratch, size))
             floodBySteps(planes, kFloodRows.selected(), sidesOnly, scratch);
     }
 

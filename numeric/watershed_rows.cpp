@@ -31,6 +31,7 @@ HWY_INLINE void markBordersOf(const unsigned char* above, const unsigned char* l
             largest = hn::Max(largest, hn::Max(hn::Max(load(above, -1), load(above, 1)),
                                                hn::Max(load(below, -1), load(below, 1))));
         const auto isLargest = hn::Eq(hn::Max(largest, label), label);
+        if (hn::AllTrue(d, isLargest)) continue;  // most places are no border: nothing to write
         const auto result = hn::IfThenElse(isLargest, label, border);
         if (x + lanes <= width) {
             hn::StoreU(result, d, out + x);

@@ -183,6 +183,90 @@ TEST(Watershed, FollowsWideFrontsTooFarForOneCount) {
     }
 }
 
+/// Compares the Euclidean order in all slots with the plain priority flood.
+void expectMarchingLikeOracle(const Picture& picture) {
+    const BytePlane expected = FloodOracle(picture.relief, picture.marker, 3, false).labels();
+    forEachSlot([&] {
+        BytePlane actual = picture.marker;
+        ASSERT_NO_FATAL_FAILURE(flood(picture.relief, actual, 3, kByDistance));
+        ASSERT_TRUE(samePixels(expected, actual));
+    });
+}
+
+/// The Euclidean order is worked out in squares of 16 pixels: objects that end at their edges,
+/// cross them or lie in their corners, in planes that end within one.
+TEST(Watershed, MatchesPlainPriorityFloodOnEdgesOfSquares) {
+    const std::function<bool(int, int)> scenes[] = {
+        [](int x, int y) { return x % 16 == 15 && y % 16 == 15; },
+        [](int x, int y) { return x % 16 % 15 == 0 && y % 16 % 15 == 0; },
+        [](int x, int y) { return x / 16 % 2 == y / 16 % 2; },
+        [](int x, int y) { return y % 16 == 15 || x % 16 == 0; },
+        [](int x, int y) { return std::hypot(x - 16, y - 15) < 14 || x > 40; },
+        [](int, int) { return true; },
+    };
+    unsigned seed = 0;
+    for (const int width : {15, 16, 17, 31, 33, 63, 64, 65, 80})
+        for (const int height : {16, 17, 50})
+            for (const auto& isObject : scenes) {
+                SCOPED_TRACE(std::to_string(width) + "x" + std::to_string(height));
+                ++seed;
+                for (const unsigned seedEvery : {30u, 500u})
+                    expectMarchingLikeOracle(
+                        twoLevelPicture(width, height, seedEvery, seed, isObject));
+            }
+}
+
+/// Only what is beside the free pixels is looked at: a seed across a corner, in a square without
+/// any free pixel, still arrives.
+TEST(Watershed, FindsSeedsBesideTheFreePixels) {
+    for (const int x : {31, 32, 47, 48})
+        for (const int y : {31, 32, 47, 48}) {
+            Picture picture = twoLevelPicture(80, 80, 1u << 30, 1,
+                                              [&](int px, int py) { return px == x && py == y; });
+            const int seedX = x % 16 == 0 ? x - 1 : x + 1, seedY = y % 16 == 0 ? y - 1 : y + 1;
+            picture.relief.at(seedX, seedY) = 0;
+            picture.marker.at(seedX, seedY) = 7;
+            expectMarchingLikeOracle(picture);
+        }
+}
+
+/// Labels are written from the top while the plane is still being flooded further down.
+TEST(Watershed, MatchesPlainPriorityFloodWhereTheEndOfThePlaneMatters) {
+    const auto isDisc = [](int x, int y) { return std::hypot(x % 60 - 30, y % 60 - 30) < 26; };
+    {
+        SCOPED_TRACE("one object from top to bottom, flooded from its end");
+        Picture picture =
+            twoLevelPicture(50, 700, 1u << 30, 1, [](int x, int y) { return x > 5 + y % 40 / 4; });
+        picture.marker.at(49, 699) = 9;
+        picture.marker.at(20, 0) = 8;
+        expectMarchingLikeOracle(picture);
+    }
+    {
+        SCOPED_TRACE("the only seeds, above the free level, come last");
+        expectMarchingLikeOracle(
+            twoLevelPicture(40, 500, 1u << 30, 1, [](int, int y) { return y < 400; }));
+    }
+    {
+        SCOPED_TRACE("another level below");
+        Picture picture = twoLevelPicture(120, 500, 90, 1, isDisc);
+        picture.relief.set([&](int x, int y) { return isDisc(x, y) ? y < 450 ? 0 : 3 : 255; });
+        expectMarchingLikeOracle(picture);
+    }
+    {
+        SCOPED_TRACE("a way too long for one count below");
+        const auto isCorridor = [](int x, int y) {
+            return y % 2 == 0 || x == (y % 4 == 1 ? 399 : 0);
+        };
+        Picture picture = twoLevelPicture(400, 600, 1u << 30, 1, [&](int x, int y) {
+            return y < 300 ? isDisc(x, y) : y > 302 && isCorridor(x, y);
+        });
+        for (int y = 30; y < 300; y += 60)
+            for (int x = 20; x < 400; x += 60) picture.marker.at(x, y) = 2 + x / 60;
+        picture.marker.at(0, 304) = 3;
+        expectMarchingLikeOracle(picture);
+    }
+}
+
 TEST(Watershed, DoesNotDependOnTheOrderOfScanning) {
     const Picture picture = randomPicture(131, 67, {}, 9, 40, 12);
     const auto turned = [](const BytePlane& plane) {
