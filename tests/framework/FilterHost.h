@@ -5,8 +5,6 @@
 #include <QVariant>
 #include <QWidget>
 #include <memory>
-#include <stdexcept>
-#include <string>
 
 #include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
@@ -28,13 +26,8 @@ public:
     QWidget& page() { return *entry().controlPage; }
     FxGuiImageFilter& entry() { return *manipulator->getFilterGui(objectId); }
 
-    /// The named control of the page.
-    template <class Widget>
-    Widget* control(const char* name) {
-        auto* found = page().findChild<Widget*>(QString::fromLatin1(name));
-        if (!found) throw std::runtime_error(std::string("the page has no ") + name);
-        return found;
-    }
+    /// A control of the page: a slider by its object name, a button by its label.
+    QWidget& control(const char* name);
     /// What a user does to a control: a slider goes to `position`, a button is clicked.
     void edit(const char* name, int position);
     /// The same without any signal that tells of it.
