@@ -146,26 +146,6 @@ TEST_F(Manipulator, OneEditIsOneStepAndUndoShowsTheOldValue) {
     EXPECT_EQ(page->size->value(), 5);
 }
 
-TEST_F(Manipulator, ADragIsOneStepAndTheNextAnother) {
-    const int object = filter.addFilter();
-    QSlider* slider = filter.page(object)->size;
-    slider->setFixedWidth(200);
-    QApplication::processEvents();
-    const auto drag = [&](std::initializer_list<int> places) {
-        QTest::mousePress(slider, Qt::LeftButton, {}, {slider->sliderPosition() * 14, 10});
-        slider->setSliderDown(true);  // wherever the style draws the handle
-        for (const int place : places) slider->setSliderPosition(place);
-        QTest::mouseRelease(slider, Qt::LeftButton, {}, {100, 10});
-    };
-    const int stepsBefore = stack.count();
-    drag({3, 4, 5});
-    drag({6, 7, 8});
-    EXPECT_EQ(sizeOf(object), 8);
-    EXPECT_EQ(stack.count(), stepsBefore + 2);
-    stack.undo();
-    EXPECT_EQ(sizeOf(object), 5);
-}
-
 TEST_F(Manipulator, EnablingIsShownAndUndone) {
     const int object = filter.addFilter();
     auto* box = entry(object)->findChild<QCheckBox*>("theChbEnabled");
@@ -248,20 +228,6 @@ TEST_F(Manipulator, EntriesMoveAcrossTypes) {
     QApplication::processEvents();
     stack.undo();
     EXPECT_THAT(order(), ElementsAre(a, b, c)) << "back in its place";
-}
-
-TEST_F(Manipulator, NewMediaRefreshAllPages) {
-    const int a = filter.addFilter();
-    const int b = filter.addFilter();
-    for (const int object : {a, b}) {
-        const QSignalBlocker quiet(filter.page(object)->size);
-        filter.page(object)->size->setValue(9);  // a page that has lost touch
-    }
-    QObject::connect(KernelNotifier::instance(), SIGNAL(signalMediaLoaded()), &filter,
-                     SLOT(slotMediaLoadedInKernel()));
-    store.announceMediaLoaded();
-    EXPECT_EQ(filter.page(a)->size->value(), 1);
-    EXPECT_EQ(filter.page(b)->size->value(), 1);
 }
 
 TEST_F(Manipulator, AWindowThatClosesTakesItsEntriesAndTheyCanBeMadeAgain) {
