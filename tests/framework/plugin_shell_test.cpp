@@ -79,14 +79,6 @@ protected:
 
 }  // namespace
 
-TEST_F(PluginShell, NamesTheToolkitItWasBuiltFor) {
-    const auto verify = library.symbol<const char* (*)()>("qt_plugin_query_verification_data");
-    ASSERT_NE(verify, nullptr);
-    EXPECT_STREQ(verify(),
-                 "pattern=QT_PLUGIN_VERIFICATION_DATA\nversion=4.7.1\ndebug=false\n"
-                 "buildkey=Windows msvc release full-config");
-}
-
 TEST_F(PluginShell, ExportsItsEntryPointsOnly) {
     QProcess nm;
     nm.start(QStringLiteral("nm"), {QStringLiteral("-D"), QStringLiteral("--defined-only"),

@@ -1,8 +1,6 @@
 #include "tests/host/plugins/TestFilter.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
-#include <QPainter>
 #include <QSignalBlocker>
 #include <QUndoStack>
 
@@ -26,10 +24,7 @@ private:
 }  // namespace
 
 TestPage::TestPage(QWidget* parent) : QWidget(parent), size(new QSlider(Qt::Horizontal, this)) {
-    auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(new QLabel("Size", this));
-    layout->addWidget(size);
+    (new QHBoxLayout(this))->addWidget(size);
     size->setRange(1, 13);
 }
 
@@ -54,11 +49,7 @@ void TestManipulator::initManipulator(QToolBox* toolBox) {
 
 QIcon TestManipulator::filterIcon() {
     QPixmap pixmap(22, 22);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setBrush(QColor(70, 130, 180));
-    painter.drawEllipse(3, 3, 16, 16);
+    pixmap.fill(Qt::blue);
     return QIcon(pixmap);
 }
 
