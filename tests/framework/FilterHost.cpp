@@ -98,11 +98,3 @@ std::unique_ptr<HkImage> testImage(int width, int height, int channels) {
         }
     return image;
 }
-
-QByteArray pixels(const HkImage& image) {
-    QByteArray bytes;
-    for (int y = 0; y < image.roiHeight; ++y)
-        bytes.append(reinterpret_cast<const char*>(image.data + y * image.step),
-                     image.roiWidth * image.channels);
-    return bytes;
-}

@@ -11,6 +11,7 @@
 #include "framework/contract/FxKernelApi/HkFilterManipulatorPluginInterface.h"
 #include "framework/contract/FxKernelApi/HkImageFilter.h"
 #include "framework/contract/ImageProcessor/HkImage.h"
+#include "tests/pixels.h"
 
 /// The root object of the built library, reached through its entry point.
 HkFilterManipulatorPluginInterface& plugin();
@@ -54,6 +55,3 @@ std::unique_ptr<HkImage> testImage(int width, int height, int channels);
 /// Renders one frame: `image` gives way to what the filter makes of it. True when that is another
 /// object.
 bool process(HkImageFilter& filter, std::unique_ptr<HkImage>& image, qint64 frame = 0);
-
-/// The pixels of the region, row by row.
-QByteArray pixels(const HkImage& image);

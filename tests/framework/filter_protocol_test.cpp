@@ -125,7 +125,7 @@ TEST_P(FilterProtocol, PassesTheFrameThroughWhenThereIsNothingToDo) {
     EXPECT_EQ(stranger->processImage(nullptr, 0), nullptr);
 
     auto image = testImage(9, 7, 3);
-    const QByteArray before = pixels(*image);
+    const auto before = pixels(*image);
     EXPECT_FALSE(process(*stranger, image));
     EXPECT_EQ(pixels(*image), before);
     host.set(kEnabled, 0);

@@ -16,6 +16,7 @@
 
 #include "framework/contract/ImageProcessor/HkImageProcessor.h"
 #include "tests/host/imaging_oracle.h"
+#include "tests/pixels.h"
 
 namespace {
 
@@ -36,11 +37,8 @@ struct Shape {
 
 Samples samplesOf(const HkImage& image) {
     Samples result(image.roiWidth, image.roiHeight, image.channels);
-    auto out = result.values.begin();
-    for (int y = 0; y < image.roiHeight; ++y) {
-        const unsigned char* row = image.data + static_cast<std::ptrdiff_t>(image.step) * y;
-        out = std::copy_n(row, image.roiWidth * image.channels, out);
-    }
+    const std::vector<unsigned char> levels = pixels(image);
+    result.values.assign(levels.begin(), levels.end());
     return result;
 }
 

@@ -17,6 +17,7 @@
 #include "host/media/MediaSink.h"
 #include "host/media/MediaSource.h"
 #include "host/media/file_names.h"
+#include "tests/pixels.h"
 
 namespace fs = std::filesystem;
 using namespace media;
@@ -92,15 +93,6 @@ std::unique_ptr<HkImage> readOnly(const std::string& path,
     return MediaSource::open({path})->read(0, properties);
 }
 
-Bytes samplesOf(const HkImage& image) {
-    Bytes samples;
-    for (int y = 0; y < image.roiHeight; ++y) {
-        const unsigned char* row = image.data + y * image.step;
-        samples.insert(samples.end(), row, row + image.roiWidth * image.channels);
-    }
-    return samples;
-}
-
 std::string pathsOf(const MediaSource& source) {
     std::string list;
     for (const std::int64_t frame : source.frames())
@@ -144,8 +136,8 @@ TEST_F(Media, RoundTripsEveryFormatOrRefusesItUpFront) {
             const auto again = MediaSource::open({path});
             EXPECT_EQ(again->info(0).channels, c);
             EXPECT_EQ(again->info(0).width, 37);
-            const Bytes actual = samplesOf(*again->read(0));
-            const Bytes expected = samplesOf(image);
+            const Bytes actual = pixels(*again->read(0));
+            const Bytes expected = pixels(image);
             ASSERT_EQ(actual.size(), expected.size());
             for (std::size_t i = 0; i < actual.size(); ++i)
                 ASSERT_NEAR(actual[i], expected[i], tolerance) << i;
@@ -160,23 +152,22 @@ TEST_F(Media, SamplesAreScaledRoundedAndKeptApartFromAlpha) {
     std::vector<unsigned short> deep(65536);
     for (int i = 0; i < 65536; ++i) deep[i] = static_cast<unsigned short>(i);
     writePicture("deep.png", OIIO::ImageSpec(256, 256, 1, OIIO::TypeUInt16), deep.data());
-    const Bytes levels = samplesOf(*readOnly(in("deep.png")));
+    const Bytes levels = pixels(*readOnly(in("deep.png")));
     for (int i = 0; i < 65536; ++i) ASSERT_EQ(levels[i], (i + 128) / 257) << i;
 
     constexpr float inf = std::numeric_limits<float>::infinity();
     const float floats[] = {-1, 0, 0.5f / 255 * 0.99f, 0.6f, 1, 7, std::nanf(""), inf, -inf};
     writePicture("float.tif", OIIO::ImageSpec(9, 1, 1, OIIO::TypeFloat), floats);
-    EXPECT_THAT(samplesOf(*readOnly(in("float.tif"))),
-                ElementsAre(0, 0, 0, 153, 255, 255, 0, 255, 0));
+    EXPECT_THAT(pixels(*readOnly(in("float.tif"))), ElementsAre(0, 0, 0, 153, 255, 255, 0, 255, 0));
 
     writeBytes("bits.pbm", "P1\n4 1\n1 0 0 1\n");  // 1 is black
-    EXPECT_THAT(samplesOf(*readOnly(in("bits.pbm"))), ElementsAre(0, 255, 255, 0));
+    EXPECT_THAT(pixels(*readOnly(in("bits.pbm"))), ElementsAre(0, 255, 255, 0));
 
     // Half transparent, multiplied in these two files, and fully transparent.
     const float multiplied[] = {0.4f, 0.2f, 0.1f, 0.5f, 0, 0, 0, 0};
     for (const char* name : {"alpha.exr", "alpha.tif"}) {
         writePicture(name, OIIO::ImageSpec(2, 1, 4, OIIO::TypeFloat), multiplied);
-        EXPECT_THAT(samplesOf(*readOnly(in(name))), ElementsAre(204, 102, 51, 128, 0, 0, 0, 0))
+        EXPECT_THAT(pixels(*readOnly(in(name))), ElementsAre(204, 102, 51, 128, 0, 0, 0, 0))
             << name;
     }
     const unsigned char apart[] = {200, 100, 50, 0, 9, 8, 7, 1};  // colours under alpha 0 survive
@@ -184,14 +175,14 @@ TEST_F(Media, SamplesAreScaledRoundedAndKeptApartFromAlpha) {
     head.attribute("oiio:UnassociatedAlpha", 1);
     for (const char* name : {"apart.png", "apart.tif", "apart.tga"}) {
         writePicture(name, head, apart);
-        EXPECT_THAT(samplesOf(*readOnly(in(name))), testing::ElementsAreArray(apart)) << name;
+        EXPECT_THAT(pixels(*readOnly(in(name))), testing::ElementsAreArray(apart)) << name;
     }
     const unsigned char six[] = {1, 2, 3, 4, 5, 6};
     OIIO::ImageSpec many(1, 1, 6, OIIO::TypeUInt8);
     many.channelnames = {"R", "G", "B", "U", "V", "W"};
     many.alpha_channel = -1;
     writePicture("six.tif", many, six);
-    EXPECT_THAT(samplesOf(*readOnly(in("six.tif"))), ElementsAre(1, 2, 3));
+    EXPECT_THAT(pixels(*readOnly(in("six.tif"))), ElementsAre(1, 2, 3));
 }
 
 TEST_F(Media, OrientationIsAppliedAndPropertiesAreCarried) {
@@ -217,7 +208,7 @@ TEST_F(Media, OrientationIsAppliedAndPropertiesAreCarried) {
         const auto source = MediaSource::open({in("turned.tif")});
         PictureProperties properties;
         const std::unique_ptr<HkImage> image = source->read(0, &properties);
-        EXPECT_EQ(samplesOf(*image), standing[orientation - 1]);
+        EXPECT_EQ(pixels(*image), standing[orientation - 1]);
         EXPECT_EQ(image->width, orientation < 5 ? 3 : 2);
         EXPECT_EQ(source->info(0).width, image->width);
         EXPECT_EQ(properties.xResolution, 300);
@@ -271,7 +262,7 @@ TEST_F(Media, SourcesNumberTheirFrames) {
     EXPECT_EQ(pathsOf(*MediaSource::open({in(at + "s_####.png")})), pathsOf(*sequence));
     EXPECT_EQ(pathsOf(*MediaSource::open({in(at + "t#.pgm")})), "1:t1.pgm 2:t2.pgm 10:t10.pgm ");
     EXPECT_EQ(sequence->frameName(2), "s_0002");
-    EXPECT_EQ(samplesOf(*sequence->read(10)), Bytes{7});
+    EXPECT_EQ(pixels(*sequence->read(10)), Bytes{7});
     EXPECT_THAT(errorOf(kMissing, [&] { sequence->read(3); }),
                 AllOf(HasSubstr("frame 3"), HasSubstr("-3 to 10 with gaps")));
 
@@ -430,7 +421,7 @@ TEST_F(Media, WritingLeavesAWholeFileOrNone) {
 
     write("link.bmp", image);
     EXPECT_TRUE(fs::is_symlink(in("link.bmp")));
-    EXPECT_EQ(samplesOf(*readOnly(in("out.bmp"))), samplesOf(image));
+    EXPECT_EQ(pixels(*readOnly(in("out.bmp"))), pixels(image));
     EXPECT_THAT(names(), ElementsAre("in.png", "link.bmp", "out.bmp"));
 
     const auto late = MediaSink::open(in("sub/"), *source, {0});
@@ -459,8 +450,7 @@ TEST_F(Media, ThreadsReadAndWriteDifferentFrames) {
     sink->finish();
     const auto result = MediaSource::open({in("new/folder/f_%d.png")});
     ASSERT_EQ(result->frames().size(), static_cast<std::size_t>(kFrames));
-    for (int i = 0; i < kFrames; ++i)
-        EXPECT_THAT(samplesOf(*result->read(i)), ElementsAre(100 + i));
+    for (int i = 0; i < kFrames; ++i) EXPECT_THAT(pixels(*result->read(i)), ElementsAre(100 + i));
 }
 
 }  // namespace
