@@ -19,7 +19,7 @@ struct Frame {
     int width, height, channels;
 };
 const Frame kFrames[] = {{33, 20, 3}, {33, 20, 1}, {18, 27, 3}};
-const int kRounds = 20;
+const int kRounds = 100;
 
 Pixels rendered(HkImageFilter& filter, const Frame& frame) {
     auto image = testImage(frame.width, frame.height, frame.channels);
