@@ -76,6 +76,7 @@ TEST_F(FilterChain, NamesTheNearestFilterOrParameter) {
     expectRefused("Sepia", "there is no filter \"Sepia\"; valid: \"Channel separation\"");
     expectRefused(QString(1000000, 'x'), "x\"; valid: \"Channel separation\"");  // at once
     expectRefused("Channel separation:Chanel=1", "did you mean \"Channel\"?");
+    expectRefused("Object separator:Dte=1", "did you mean \"Det\"?");  // a swap is one slip
     expectRefused("Channel separation:Colour=1", "valid: \"Enabled\", \"Channel\", \"Invert\"");
     expectRefused("Dilate_Erode:Tdi=1", "; valid: \"Enabled\", \"Dilate\"");
 }
