@@ -4,9 +4,6 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QGridLayout>
-#include <QMetaEnum>
-#include <QMetaProperty>
 #include <QMouseEvent>
 #include <QSignalBlocker>
 #include <QSlider>
@@ -26,168 +23,31 @@ using testing::Pair;
 
 namespace {
 
-/// A page in words. The first line is the form, the second the group that holds the controls, with
-/// the spacing and the margin of its layout; then come the controls: class, place as "layout
-/// row,column rows x columns" or "layout index", and properties. An indented line continues the one
-/// before.
-struct PageRow {
-    const char* filter;
-    const char* manipulator;
-    const char* text;
-};
-
-const PageRow kPages[] = {
-    {"Channel separation", "FxFilterManipSep", R"(
-FxGuiChannelSepData
-theBGButtons 4 2
-theRBLightness QRadioButton gridLayout1 0,0 1x1 | text=L | checked=true
-theRBSaturation QRadioButton gridLayout1 0,1 1x1 | text=S | checked=false
-theRBHue QRadioButton gridLayout1 0,2 1x1 | text=H | checked=false
-theRBRed QRadioButton gridLayout1 1,0 1x1 | text=R | checked=false
-theRBGreen QRadioButton gridLayout1 1,1 1x1 | text=G | checked=false
-theRBBlue QRadioButton gridLayout1 1,2 1x1 | text=B | checked=false
-theChBInvert QCheckBox gridLayout1 0,4 2x1 | text=Invert | checked=false)"},
-
-    {"Blur and enhance", "FxFilterManipBlur", R"(
-FxGuiBlurData | sizePolicy=Preferred/Preferred | size=230x34
-theBGButtons 4 4 | sizePolicy=Preferred+2/Maximum
-textLabel1 QLabel hboxLayout 0 | text=Blur | alignment=Right VCenter | wordWrap=false
-  | minimumSize=0x0 | sizePolicy=Minimum/Preferred
-theSlBlur QSlider hboxLayout 1 | minimum=1 | maximum=13 | singleStep=1 | pageStep=1 | value=1
-  | orientation=Horizontal | tickPosition=TicksAbove | tickInterval=0 | minimumSize=100x21
-  | sizePolicy=MinimumExpanding/Maximum | toolTip=Blurs an image | whatsThis=Blurs an image
-theChbMaxFilter QCheckBox hboxLayout 2 | text=Enhance | checked=false | sizePolicy=Minimum/Fixed
-  | toolTip=Enhances an image | whatsThis=Enhances an image using a 'maximum' filter.)"},
-
-    {"Adaptive threshold", "FxFilterManipAdaptTresh", R"(
-FxGuiAdaptTresholdData | sizePolicy=Preferred/Minimum | size=238x87
-theBGAll 3 4
-textLabel1_2 QLabel gridLayout1 0,0 1x1 | text=Area size | alignment=Right VCenter | wordWrap=false
-  | minimumSize=0x0 | maximumSize=32767x32767
-theSlSize QSlider gridLayout1 0,1 1x1 | minimum=5 | maximum=50 | singleStep=1 | pageStep=5 | value=5
-  | orientation=Horizontal | tickPosition=TicksAbove | tickInterval=5 | minimumSize=0x21
-  | toolTip=Threshold neighbourhood size
-  | whatsThis=Sets the size of pixel neighbourhood used to calculate the threshold.
-textLabel1_2_2 QLabel gridLayout1 1,0 1x1 | text=Min value | alignment=Right VCenter
-  | wordWrap=false | minimumSize=0x0 | maximumSize=32767x32767
-theSlMin QSlider gridLayout1 1,1 1x1 | minimum=0 | maximum=255 | singleStep=1 | pageStep=10
-  | value=128 | orientation=Horizontal | tickPosition=TicksAbove | tickInterval=25
-  | minimumSize=0x21 | toolTip=Minimal value for threshold
-  | whatsThis=Sets the minimal pixel difference value used to calculate the threshold.)"},
-
-    {"Open_Close", "FxFilterManipOpen", R"(
-FxGuiOpenData | sizePolicy=Preferred/Preferred | size=238x58
-theBGButtons 4 4 | sizePolicy=Preferred+2/Maximum
-textLabel1_3 QLabel gridLayout1 0,0 1x1 | text=Open | alignment=Right VCenter | wordWrap=false
-  | minimumSize=34x0
-theSlOpen QSlider gridLayout1 0,1 1x1 | minimum=-13 | maximum=13 | singleStep=1 | pageStep=1
-  | value=0 | orientation=Horizontal | tickPosition=TicksAbove | tickInterval=1 | minimumSize=0x21
-  | sizePolicy=Minimum/Maximum | toolTip=Erodes and dilates an image
-  | whatsThis=Erodes and dilates an image to open or close areas
-textLabel1_3_2 QLabel gridLayout1 0,2 1x1 | text=Close | alignment=Left VCenter | wordWrap=false
-  | minimumSize=34x0)"},
-
-    {"Dilate_Erode", "FxFilterManipDilate", R"(
-FxGuiDilateData | sizePolicy=Preferred/Preferred | size=238x58
-theBGButtons 4 4 | sizePolicy=Preferred+2/Maximum
-textLabel1_3 QLabel gridLayout1 0,0 1x1 | text=Dilate | alignment=Right VCenter | wordWrap=false
-  | minimumSize=34x0
-theSlDilate QSlider gridLayout1 0,1 1x1 | minimum=-13 | maximum=13 | singleStep=1 | pageStep=1
-  | value=0 | orientation=Horizontal | tickPosition=TicksAbove | tickInterval=1 | minimumSize=0x21
-  | sizePolicy=Minimum/Maximum | toolTip=Erodes or dilates an image
-  | whatsThis=Erodes or dilates an image
-textLabel1_3_2 QLabel gridLayout1 0,2 1x1 | text=Erode | alignment=Left VCenter | wordWrap=false
-  | minimumSize=34x0)"},
-
-    {"Degauss", "FxFilterManipDegauss", R"(
-FxGuiDegaussData | toolTip=Sharpens an image | whatsThis=Sharpens an image by deconvolution.
-theBGButtons 4 4 | exclusive=false
-theRBMethodFFT QRadioButton gridLayout1 1,1 1x1 | text=FFT | checked=false
-  | toolTip=FFT deconvolution | whatsThis=Uses FFT deconvolution algorithm.
-theRBMethodLR QRadioButton gridLayout1 1,2 1x1 | text=LR | checked=true
-  | toolTip=Lucy-Richardson deconvolution | whatsThis=Uses Lucy-Richardson deconvolution algorithm.
-textLabel1 QLabel gridLayout1 0,0 1x1 | text=Amount | wordWrap=false
-textLabel1_2 QLabel gridLayout1 1,0 1x1 | text=Method:
-theSlThresh QSlider gridLayout1 0,1 1x3 | minimum=1 | maximum=15 | singleStep=1 | pageStep=2
-  | value=2 | tracking=false | orientation=Horizontal | tickPosition=TicksAbove
-  | minimumSize=100x21)"},
-
-    {"Object separator", "FxFilterManipDistance", R"(
-FxGuiDistanceData
-theBGButtons 4 4 | exclusive=true | selectedId=1
-theRbFilled QRadioButton gridLayout1 0,0 1x1 | text=Filled | checked=true
-  | toolTip=Creates filled areas | whatsThis=Separated areas will be filled white.
-theRbBorders QRadioButton gridLayout1 0,1 1x1 | text=Borders only | checked=false
-  | toolTip=Creates area borders only.
-  | whatsThis=Separated areas will be filled black with white borders.
-textLabel1_2 QLabel hboxLayout 0 | text=Details
-theSlDetails QSlider hboxLayout 1 | minimum=1 | maximum=100 | singleStep=2 | value=30
-  | orientation=Horizontal | tickPosition=TicksBelow | tickInterval=5
-  | toolTip=Level of segmentation.
-  | whatsThis=Controls segmentation intensity. Bigger the value, more subregions may be created.)"},
-};
-
-void PrintTo(const PageRow& row, std::ostream* out) {
-    *out << row.filter;
+void show(FilterHost& host) {
+    QApplication::setStyle("windows");  // others paint on threads of the toolkit's own
+    host.entry().resize(300, 160);
+    host.entry().show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&host.entry()));
 }
 
-/// The lines of a page's text, each split at its bars: what it is first, then name=value.
-std::vector<QStringList> linesOf(const PageRow& row) {
-    std::vector<QStringList> lines;
-    const QString text = QString::fromLatin1(row.text).trimmed().replace("\n  |", " |");
-    for (const QString& line : text.split('\n')) lines.push_back(line.split(" | "));
-    return lines;
-}
-
-QString policyName(QSizePolicy::Policy policy) {
-    return QMetaEnum::fromType<QSizePolicy::Policy>().valueToKey(policy);
-}
-
-QString propertyText(const QObject& object, const QString& name) {
-    const QVariant value = object.property(name.toLatin1());
-    const int index = object.metaObject()->indexOfProperty(name.toLatin1());
-    const QMetaProperty property = object.metaObject()->property(index);
-    if (property.isFlagType()) {
-        const QString side = value.toInt() & Qt::AlignRight ? "Right" : "Left";
-        return side + (value.toInt() & Qt::AlignVCenter ? " VCenter" : "");
+/// The texts on a page in reading order, a slash between lines.
+std::string textsOn(const QWidget& page) {
+    std::map<int, std::map<int, QString>> lines;  // by the places of their middles
+    for (const QWidget* widget : page.findChildren<QWidget*>()) {
+        const QString text = widget->property("text").toString();
+        if (text.isEmpty()) continue;
+        const QPoint middle = widget->mapTo(&page, widget->rect().center());
+        auto line = lines.lower_bound(middle.y() - 5);
+        if (line == lines.end() || line->first > middle.y() + 5)
+            line = lines.insert({middle.y(), {}}).first;
+        line->second[middle.x()] = text;
     }
-    if (property.isEnumType()) return property.enumerator().valueToKey(value.toInt());
-    if (value.userType() == QMetaType::QSize)
-        return QString("%1x%2").arg(value.toSize().width()).arg(value.toSize().height());
-    if (value.userType() != QMetaType::QSizePolicy) return value.toString();
-    const auto policy = value.value<QSizePolicy>();
-    const int stretch = policy.horizontalStretch();
-    return policyName(policy.horizontalPolicy()) + (stretch ? QString("+%1").arg(stretch) : "") +
-           "/" + policyName(policy.verticalPolicy());
-}
-
-/// The properties of `object` that the line names, written as the line writes them.
-std::string described(const QObject& object, const QStringList& line) {
-    QStringList text = line.mid(0, 1);
-    for (const QString& property : line.mid(1)) {
-        const QString name = property.section('=', 0, 0);
-        text.append(name + "=" + propertyText(object, name));
+    QStringList all;
+    for (const auto& [y, line] : lines) {
+        if (!all.isEmpty()) all.append("/");
+        for (const auto& [x, text] : line) all.append(text);
     }
-    return text.join(" | ").toStdString();
-}
-
-/// Where a widget stands in one of the page's layouts.
-QString placeOf(const QWidget& page, QWidget* widget) {
-    for (QLayout* layout : page.findChildren<QLayout*>()) {
-        const int index = layout->indexOf(widget);
-        if (index < 0) continue;
-        const auto* grid = qobject_cast<QGridLayout*>(layout);
-        if (!grid) return QString("%1 %2").arg(layout->objectName()).arg(index);
-        int row = 0, column = 0, rows = 0, columns = 0;
-        grid->getItemPosition(index, &row, &column, &rows, &columns);
-        return QString("%1 %2,%3 %4x%5")
-            .arg(layout->objectName())
-            .arg(row)
-            .arg(column)
-            .arg(rows)
-            .arg(columns);
-    }
-    return QString("nowhere");
+    return all.join(' ').toStdString();
 }
 
 /// Translates nothing and notes what was to be translated, by context.
@@ -206,60 +66,18 @@ public:
     mutable std::map<std::string, std::set<std::string>> noted;
 };
 
-class ControlPage : public testing::TestWithParam<PageRow> {};
+class ControlPage : public testing::TestWithParam<ExpectedFilter> {};
 
 }  // namespace
 
-TEST_P(ControlPage, IsBuiltAsItsUsersKnowIt) {
-    FilterHost host(GetParam().filter);
-    // Straight from the filter: the host has not shown values on it yet.
-    const QWidget* page = host.manipulator->createFilterGui(&host.entry());
-    const std::vector<QStringList> lines = linesOf(GetParam());
-    const QStringList& form = lines[0];
-    EXPECT_EQ(page->parentWidget(), &host.entry());
-    EXPECT_EQ(page->metaObject()->className() + QString("Data"), form[0]);
-    EXPECT_EQ(page->objectName(), form[0]);
-    EXPECT_EQ(page->windowTitle(), QString("Form2"));
-    EXPECT_EQ(described(*page, form), form.join(" | ").toStdString());
-    const auto* grid = qobject_cast<QGridLayout*>(page->layout());
-    ASSERT_NE(grid, nullptr);
-    EXPECT_EQ(grid->objectName(), QString("gridLayout"));
-    EXPECT_EQ(grid->spacing(), 2);
-    EXPECT_EQ(grid->contentsMargins(), QMargins());
-    EXPECT_NE(grid->itemAtPosition(1, 0)->spacerItem(), nullptr);
-
-    const QStringList groupLine = lines[1], groupFacts = groupLine[0].split(' ');
-    QWidget* group = grid->itemAtPosition(0, 0)->widget();
-    ASSERT_NE(group, nullptr);
-    EXPECT_TRUE(group->inherits("Q3ButtonGroup"));
-    EXPECT_EQ(group->objectName(), groupFacts[0]);
-    EXPECT_EQ(group->minimumSize(), QSize(230, 0));
-    EXPECT_EQ(group->property("title").toString(), QString());
-    EXPECT_EQ(described(*group, groupLine), groupLine.join(" | ").toStdString());
-    const auto* column = qobject_cast<QBoxLayout*>(group->layout());
-    ASSERT_NE(column, nullptr);
-    EXPECT_EQ(column->direction(), QBoxLayout::TopToBottom);
-    EXPECT_EQ(column->spacing(), groupFacts[1].toInt());
-    const int margin = groupFacts[2].toInt();
-    EXPECT_EQ(column->contentsMargins(), QMargins(margin, margin, margin, margin));
-    EXPECT_EQ(column->itemAt(0)->alignment(), Qt::AlignTop);
-
-    std::vector<std::string> expected, actual;
-    for (std::size_t i = 2; i < lines.size(); ++i) {
-        expected.push_back(lines[i].join(" | ").toStdString());
-        const QString name = lines[i][0].section(' ', 0, 0);
-        auto* widget = group->findChild<QWidget*>(name, Qt::FindDirectChildrenOnly);
-        ASSERT_NE(widget, nullptr) << name.toStdString();
-        QStringList line = lines[i];
-        line[0] = name + " " + widget->metaObject()->className() + " " + placeOf(*page, widget);
-        actual.push_back(described(*widget, line));
-    }
-    EXPECT_EQ(actual, expected);
-    EXPECT_EQ(page->findChildren<QWidget*>().size(), static_cast<int>(lines.size() - 1));
+TEST_P(ControlPage, ReadsAsItsUsersKnowIt) {
+    FilterHost host(GetParam().key);
+    show(host);
+    EXPECT_EQ(textsOn(host.page()), GetParam().pageTexts);
 }
 
 TEST_P(ControlPage, TranslatesItsTextsInTheContextOfItsForm) {
-    FilterHost host(GetParam().filter);
+    FilterHost host(GetParam().key);
     ContextRecorder recorder;
     const QWidget* page = host.manipulator->createFilterGui(&host.entry());
     std::set<std::string> texts = {"Form2"};
@@ -269,17 +87,17 @@ TEST_P(ControlPage, TranslatesItsTextsInTheContextOfItsForm) {
         for (const char* property : {"text", "toolTip", "whatsThis"})
             texts.insert(widget->property(property).toString().toStdString());
     texts.erase("");
-    const std::string context = linesOf(GetParam())[0][0].toStdString();
-    EXPECT_THAT(recorder.noted, ElementsAre(Pair(context, texts)));
+    const std::string form = page->metaObject()->className() + std::string("Data");
+    EXPECT_THAT(recorder.noted, ElementsAre(Pair(form, texts)));
 
     recorder.noted.clear();
     texts = {host.manipulator->filterTitle().toStdString(),
              host.manipulator->filterDescription().toStdString()};
-    EXPECT_THAT(recorder.noted, ElementsAre(Pair(GetParam().manipulator, texts)));
+    EXPECT_THAT(recorder.noted, ElementsAre(Pair(GetParam().className, texts)));
 }
 
 TEST_P(ControlPage, EverySliderPositionSurvivesStoringAndShowing) {
-    FilterHost host(GetParam().filter);
+    FilterHost host(GetParam().key);
     for (QSlider* control : host.page().findChildren<QSlider*>()) {
         for (int position = control->minimum(); position <= control->maximum(); ++position) {
             control->setValue(position);
@@ -321,11 +139,8 @@ void drag(QSlider* slider) {
 }
 
 TEST_P(ControlPage, OneGestureIsOneUndoStep) {
-    FilterHost host(GetParam().filter);
-    QApplication::setStyle("windows");  // others paint on threads of the toolkit's own
-    host.entry().resize(300, 160);
-    host.entry().show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&host.entry()));
+    FilterHost host(GetParam().key);
+    show(host);
     host.manipulator->commitGuiChanges(host.objectId);  // a default may lie off the page
     host.undo.clear();
     int edits = 0;
@@ -333,35 +148,27 @@ TEST_P(ControlPage, OneGestureIsOneUndoStep) {
                      host.manipulator.get(), [&edits] { ++edits; });
     int steps = 0;
     for (QSlider* control : host.page().findChildren<QSlider*>()) {
+        SCOPED_TRACE(control->objectName().toStdString());
         for (int i = 0; i < 2; ++i) {
             const int start = control->value();
             edits = 0;
             drag(control);
-            EXPECT_NE(control->value(), start) << control->objectName().toStdString();
-            if (control->hasTracking())
-                EXPECT_GT(edits, 1) << control->objectName().toStdString();
-            else
-                EXPECT_EQ(edits, 1) << control->objectName().toStdString();
-            EXPECT_EQ(host.undo.count(), ++steps) << control->objectName().toStdString();
+            EXPECT_NE(control->value(), start);
+            // Deconvolution is too slow to follow the mouse.
+            EXPECT_EQ(edits > 1, GetParam().key != std::string("Degauss"));
+            EXPECT_EQ(host.undo.count(), ++steps);
         }
         QTest::mouseClick(&host.entry(), Qt::LeftButton);  // ends the gesture
         const Qt::Key key = control->value() > control->minimum() ? Qt::Key_Left : Qt::Key_Right;
         edits = 0;
         for (int i = 0; i < 3; ++i) QTest::keyClick(control, key);
-        EXPECT_EQ(edits, 3) << control->objectName().toStdString();
-        EXPECT_EQ(host.undo.count(), ++steps) << control->objectName().toStdString();
+        EXPECT_EQ(edits, 3);
+        EXPECT_EQ(host.undo.count(), ++steps);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Filters, ControlPage, testing::ValuesIn(kPages),
-                         [](const auto& row) { return std::string(row.param.manipulator); });
-
-TEST(ControlPages, AreAllDescribedHere) {
-    std::set<std::string> described, offered;
-    for (const PageRow& row : kPages) described.insert(row.filter);
-    for (const ExpectedFilter& filter : expectedFilters()) offered.insert(filter.key);
-    EXPECT_EQ(described, offered);
-}
+INSTANTIATE_TEST_SUITE_P(Filters, ControlPage, testing::ValuesIn(expectedFilters()),
+                         [](const auto& row) { return std::string(row.param.className); });
 
 // What the pages show of stored values
 
@@ -384,16 +191,16 @@ const char kDistance[] = "Object separator";
 
 TEST(ControlPageValues, AreShownAsStored) {
     const ShownRow rows[] = {
-        {kSep, 1, 1, "theRBRed", 1},
-        {kSep, 1, 2, "theRBGreen", 1},
-        {kSep, 1, 3, "theRBBlue", 1},
-        {kSep, 1, 4, "theRBHue", 1},
-        {kSep, 1, 5, "theRBLightness", 1},
-        {kSep, 1, 6, "theRBSaturation", 1},
-        {kSep, 1, 0, "theRBLightness", 1},  // an unknown channel leaves the buttons as they are
-        {kSep, 1, 7, "theRBLightness", 1},
-        {kSep, 2, true, "theChBInvert", 1},
-        {"Blur and enhance", 1, true, "theChbMaxFilter", 1},
+        {kSep, 1, 1, "R", 1},
+        {kSep, 1, 2, "G", 1},
+        {kSep, 1, 3, "B", 1},
+        {kSep, 1, 4, "H", 1},
+        {kSep, 1, 5, "L", 1},
+        {kSep, 1, 6, "S", 1},
+        {kSep, 1, 0, "L", 1},  // an unknown channel leaves the buttons as they are
+        {kSep, 1, 7, "L", 1},
+        {kSep, 2, true, "Invert", 1},
+        {"Blur and enhance", 1, true, "Enhance", 1},
         {"Blur and enhance", 2, 13, "theSlBlur", 13},
         {"Blur and enhance", 2, 99, "theSlBlur", 13},
         {"Blur and enhance", 2, -4, "theSlBlur", 1},
@@ -409,14 +216,14 @@ TEST(ControlPageValues, AreShownAsStored) {
         {"Open_Close", 1, -14, "theSlOpen", -13},
         {"Dilate_Erode", 1, -7, "theSlDilate", -7},
         {kDegauss, 1, 16, "theSlThresh", 15},
-        {kDegauss, 2, 0, "theRBMethodFFT", 1},
-        {kDegauss, 2, 0, "theRBMethodLR", 0},
-        {kDegauss, 2, 1, "theRBMethodLR", 1},
-        {kDegauss, 2, 2, "theRBMethodLR", 1},  // an unknown method leaves the buttons as they are
-        {kDistance, 1, 0, "theRbFilled", 1},
-        {kDistance, 1, 1, "theRbBorders", 1},
-        {kDistance, 1, 3, "theRbBorders", 1},  // its lowest bit counts
-        {kDistance, 1, 2, "theRbFilled", 1},
+        {kDegauss, 2, 0, "FFT", 1},
+        {kDegauss, 2, 0, "LR", 0},
+        {kDegauss, 2, 1, "LR", 1},
+        {kDegauss, 2, 2, "LR", 1},  // an unknown method leaves the buttons as they are
+        {kDistance, 1, 0, "Filled", 1},
+        {kDistance, 1, 1, "Borders only", 1},
+        {kDistance, 1, 3, "Borders only", 1},  // its lowest bit counts
+        {kDistance, 1, 2, "Filled", 1},
         {kDistance, 2, 10, "theSlDetails", 10},
         {kDistance, 2, 101, "theSlDetails", 100},
     };
@@ -431,9 +238,8 @@ TEST(ControlPageValues, AreShownAsStored) {
 }
 
 TEST(ControlPageValues, GoBackToTheFirstChoice) {
-    const ShownRow rows[] = {{kSep, 1, 6, "theRBLightness", 0},
-                             {kDegauss, 2, 0, "theRBMethodLR", 0},
-                             {kDistance, 1, 1, "theRbFilled", 0}};
+    const ShownRow rows[] = {
+        {kSep, 1, 6, "L", 0}, {kDegauss, 2, 0, "LR", 0}, {kDistance, 1, 1, "Filled", 0}};
     for (const ShownRow& row : rows) {
         FilterHost host(row.filter);
         const QVariant fresh = host.value(row.parameter);
@@ -453,10 +259,10 @@ TEST(ControlPageValues, TouchingTheThresholdStoresASizeOfThePage) {
 
 TEST(ControlPageValues, NoChannelButtonCheckedIsChannel0) {
     FilterHost host(kSep);
-    auto* lightness = host.control<QAbstractButton>("theRBLightness");
-    lightness->setAutoExclusive(false);
-    lightness->setChecked(false);
-    host.edit("theChBInvert", 1);
+    auto& lightness = dynamic_cast<QAbstractButton&>(host.control("L"));
+    lightness.setAutoExclusive(false);
+    lightness.setChecked(false);
+    host.edit("Invert", 1);
     EXPECT_EQ(host.value(1), QVariant(0));
     EXPECT_EQ(host.value(2), QVariant(true));
 }

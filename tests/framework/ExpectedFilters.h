@@ -17,7 +17,8 @@ struct ExpectedParameter {
     QVariant defaultValue;
 };
 
-/// An edit on a fresh page: a slider is set to `position`, a button is clicked.
+/// An edit on a fresh page: a slider, given by its object name, is set to `position`; a button,
+/// given by its label, is clicked.
 struct ExpectedEdit {
     const char* control;
     int position;
@@ -32,7 +33,8 @@ struct ExpectedFilter {
     const char* title;
     const char* description;
     const char* icon;
-    bool merges;  ///< consecutive edits may become one undo step
+    const char* pageTexts;  ///< of its page, in reading order, lines between slashes
+    bool merges;            ///< consecutive edits may become one undo step
     std::vector<ExpectedParameter> parameters;
     std::vector<int> defaultsOrder;   ///< the order in which defaults are written
     std::vector<ExpectedEdit> edits;  ///< the first two change the same parameter

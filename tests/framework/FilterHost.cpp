@@ -32,12 +32,21 @@ FilterHost::FilterHost(const char* key)
     undo.clear();
 }
 
+QWidget& FilterHost::control(const char* name) {
+    const QString wanted = QString::fromLatin1(name);
+    for (QWidget* widget : page().findChildren<QWidget*>()) {
+        const auto* button = qobject_cast<QAbstractButton*>(widget);
+        if ((button ? button->text() : widget->objectName()) == wanted) return *widget;
+    }
+    throw std::runtime_error(std::string("the page has no ") + name);
+}
+
 void FilterHost::edit(const char* name, int position) {
-    auto* widget = control<QWidget>(name);
-    if (auto* slider = qobject_cast<QAbstractSlider*>(widget))
+    QWidget& widget = control(name);
+    if (auto* slider = qobject_cast<QAbstractSlider*>(&widget))
         slider->setValue(position);
-    else if (auto* button = qobject_cast<QAbstractButton*>(widget))
-        button->click();
+    else
+        dynamic_cast<QAbstractButton&>(widget).click();
 }
 
 void FilterHost::editUnnoticed(const char* name, int position) {
@@ -48,9 +57,9 @@ void FilterHost::editUnnoticed(const char* name, int position) {
 }
 
 int FilterHost::position(const char* name) {
-    auto* widget = control<QWidget>(name);
-    if (const auto* slider = qobject_cast<QAbstractSlider*>(widget)) return slider->value();
-    return control<QAbstractButton>(name)->isChecked();
+    QWidget& widget = control(name);
+    if (const auto* slider = qobject_cast<QAbstractSlider*>(&widget)) return slider->value();
+    return dynamic_cast<QAbstractButton&>(widget).isChecked();
 }
 
 QVariant FilterHost::value(int parameter, qint64 frame) const {
@@ -88,12 +97,4 @@ std::unique_ptr<HkImage> testImage(int width, int height, int channels) {
                 static_cast<unsigned char>(black ? 0 : (y * width * channels + i) * 37 + y);
         }
     return image;
-}
-
-QByteArray pixels(const HkImage& image) {
-    QByteArray bytes;
-    for (int y = 0; y < image.roiHeight; ++y)
-        bytes.append(reinterpret_cast<const char*>(image.data + y * image.step),
-                     image.roiWidth * image.channels);
-    return bytes;
 }

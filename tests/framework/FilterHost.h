@@ -5,14 +5,13 @@
 #include <QVariant>
 #include <QWidget>
 #include <memory>
-#include <stdexcept>
-#include <string>
 
 #include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulatorPluginInterface.h"
 #include "framework/contract/FxKernelApi/HkImageFilter.h"
 #include "framework/contract/ImageProcessor/HkImage.h"
+#include "tests/pixels.h"
 
 /// The root object of the built library, reached through its entry point.
 HkFilterManipulatorPluginInterface& plugin();
@@ -28,13 +27,8 @@ public:
     QWidget& page() { return *entry().controlPage; }
     FxGuiImageFilter& entry() { return *manipulator->getFilterGui(objectId); }
 
-    /// The named control of the page.
-    template <class Widget>
-    Widget* control(const char* name) {
-        auto* found = page().findChild<Widget*>(QString::fromLatin1(name));
-        if (!found) throw std::runtime_error(std::string("the page has no ") + name);
-        return found;
-    }
+    /// A control of the page: a slider by its object name, a button by its label.
+    QWidget& control(const char* name);
     /// What a user does to a control: a slider goes to `position`, a button is clicked.
     void edit(const char* name, int position);
     /// The same without any signal that tells of it.
@@ -61,6 +55,3 @@ std::unique_ptr<HkImage> testImage(int width, int height, int channels);
 /// Renders one frame: `image` gives way to what the filter makes of it. True when that is another
 /// object.
 bool process(HkImageFilter& filter, std::unique_ptr<HkImage>& image, qint64 frame = 0);
-
-/// The pixels of the region, row by row.
-QByteArray pixels(const HkImage& image);

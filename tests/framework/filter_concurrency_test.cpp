@@ -13,13 +13,15 @@
 
 namespace {
 
+using Pixels = std::vector<unsigned char>;
+
 struct Frame {
     int width, height, channels;
 };
 const Frame kFrames[] = {{33, 20, 3}, {33, 20, 1}, {18, 27, 3}};
-const int kRounds = 20;
+const int kRounds = 100;
 
-QByteArray rendered(HkImageFilter& filter, const Frame& frame) {
+Pixels rendered(HkImageFilter& filter, const Frame& frame) {
     auto image = testImage(frame.width, frame.height, frame.channels);
     process(filter, image);
     return pixels(*image);
@@ -40,7 +42,7 @@ TEST_P(FilterConcurrency, EachFrameComesOutAsItWouldAlone) {
     edited.params[static_cast<std::size_t>(edit.parameter)].base = edit.stored;
     for (const ExpectedEdit& other : GetParam().edits)
         changed.params[static_cast<std::size_t>(other.parameter)].base = other.stored;
-    std::vector<std::vector<QByteArray>> valid;
+    std::vector<std::vector<Pixels>> valid;
     for (const Frame& frame : kFrames) {
         valid.emplace_back();
         for (const InstanceState& state : {edited, changed, fresh}) {
@@ -59,7 +61,7 @@ TEST_P(FilterConcurrency, EachFrameComesOutAsItWouldAlone) {
         renderers.emplace_back([&, i] {
             for (int round = 0; round < kRounds; ++round) {
                 const std::size_t which = (i + static_cast<std::size_t>(round)) % valid.size();
-                const QByteArray result = rendered(*filter, kFrames[which]);
+                const Pixels result = rendered(*filter, kFrames[which]);
                 const auto& allowed = valid[which];
                 if (std::find(allowed.begin(), allowed.end(), result) == allowed.end()) ++strange;
             }

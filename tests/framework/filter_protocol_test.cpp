@@ -1,6 +1,6 @@
 // What every filter of the library owes its host.
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <QImage>
 #include <QImageReader>
@@ -13,8 +13,6 @@
 #include "host/kernel/KernelStore.h"
 #include "tests/framework/ExpectedFilters.h"
 #include "tests/framework/FilterHost.h"
-
-using testing::ElementsAreArray;
 
 namespace {
 
@@ -30,6 +28,7 @@ struct EditFlag : HkFilterManipulator {
 class FilterProtocol : public testing::TestWithParam<ExpectedFilter> {
 protected:
     const ExpectedFilter& expected() const { return GetParam(); }
+    const ExpectedEdit& firstEdit() const { return GetParam().edits.front(); }
 
     /// The filter's descriptor, as a host would declare it that lacks one parameter.
     std::unique_ptr<HkKernelObjectDataDescr> descriptorWithout(int missing) const {
@@ -56,17 +55,12 @@ TEST_P(FilterProtocol, SaysWhatItIs) {
     EXPECT_EQ(manipulator->filterDetailedDescription(), manipulator->filterDescription());
     const std::unique_ptr<HkImageFilter> filter(manipulator->createImageFilter(1));
     EXPECT_EQ(filter->filterTypeId(), expected().typeId);
-}
-
-TEST_P(FilterProtocol, MetaObjectFollowsTheHostsBaseClassDirectly) {
-    const auto manipulator = makeManipulator(expected().key);
+    // The meta-object follows the host's base class directly.
     EXPECT_STREQ(manipulator->metaObject()->className(), expected().className);
     EXPECT_STREQ(manipulator->metaObject()->superClass()->className(), "HkFilterManipulator");
     EXPECT_EQ(manipulator->qt_metacast(expected().className), manipulator.get());
     EXPECT_EQ(manipulator->qt_metacast("HkFilterManipulator"), manipulator.get());
-    EXPECT_EQ(manipulator->qt_metacast("QObject"), manipulator.get());
     EXPECT_EQ(manipulator->qt_metacast("FxFilterManipulator"), nullptr);
-    EXPECT_EQ(manipulator->qt_metacast("QWidget"), nullptr);
 }
 
 TEST_P(FilterProtocol, DeclaresItsParameters) {
@@ -131,7 +125,7 @@ TEST_P(FilterProtocol, PassesTheFrameThroughWhenThereIsNothingToDo) {
     EXPECT_EQ(stranger->processImage(nullptr, 0), nullptr);
 
     auto image = testImage(9, 7, 3);
-    const QByteArray before = pixels(*image);
+    const auto before = pixels(*image);
     EXPECT_FALSE(process(*stranger, image));
     EXPECT_EQ(pixels(*image), before);
     host.set(kEnabled, 0);
@@ -181,7 +175,7 @@ TEST_P(FilterProtocol, ConsecutiveEditsMergeWhereTheFilterSaysSo) {
 }
 
 TEST_P(FilterProtocol, AnEditOfAnAnimatedInstanceKeysTheCurrentFrame) {
-    const ExpectedEdit& edit = expected().edits.front();
+    const ExpectedEdit& edit = firstEdit();
     const auto parameter = static_cast<std::size_t>(edit.parameter);
     const quint32 frame = 0xf0000000u;  // must not turn negative on its way to 64 bits
     for (const bool animated : {false, true}) {
@@ -199,7 +193,7 @@ TEST_P(FilterProtocol, AnEditOfAnAnimatedInstanceKeysTheCurrentFrame) {
 }
 
 TEST_P(FilterProtocol, ThePageFollowsTheFrame) {
-    const ExpectedEdit& edit = expected().edits.front();
+    const ExpectedEdit& edit = firstEdit();
     FilterHost host(expected().key);
     KernelStore& store = KernelStore::instance();
     const int fresh = host.position(edit.control);
@@ -214,7 +208,7 @@ TEST_P(FilterProtocol, ThePageFollowsTheFrame) {
 }
 
 TEST_P(FilterProtocol, NewMediaRefreshThePage) {
-    const ExpectedEdit& edit = expected().edits.front();
+    const ExpectedEdit& edit = firstEdit();
     FilterHost host(expected().key);
     const int shown = host.position(edit.control);
     host.editUnnoticed(edit.control, edit.position);
@@ -225,7 +219,7 @@ TEST_P(FilterProtocol, NewMediaRefreshThePage) {
 }
 
 TEST_P(FilterProtocol, NothingHappensWithoutAPage) {
-    const ExpectedEdit& edit = expected().edits.front();
+    const ExpectedEdit& edit = firstEdit();
     FilterHost host(expected().key);
     const auto* object = HkFXKernelData::getInstance()->getObject(host.typeId, host.objectId);
     host.editUnnoticed(edit.control, edit.position);
@@ -253,7 +247,6 @@ TEST(FilterIcons, AreSmallPicturesThatDiffer) {
         EXPECT_EQ(QImageReader(resource).size(), QSize(22, 22)) << filter.icon;
         const QImage image = manipulator->filterIcon().pixmap(22, 22).toImage();
         EXPECT_EQ(image, QIcon(resource).pixmap(22, 22).toImage()) << filter.icon;
-        EXPECT_FALSE(image.isNull()) << filter.icon;
         for (const QImage& other : seen) EXPECT_NE(image, other) << filter.icon;
         seen.push_back(image);
     }
@@ -274,30 +267,27 @@ int slotOf(Operation operation) {
     return static_cast<int>(offset / static_cast<std::ptrdiff_t>(sizeof(void*)));
 }
 
+template <class... Operation>
+void expectSlots(int first, Operation... operations) {
+    for (const int slot : {slotOf(operations)...}) EXPECT_EQ(slot, first++);
+}
+
 }  // namespace
 
 TEST(BinaryInterface, OperationsStandInTheHostsOrder) {
-    using M = HkFilterManipulator;
-    // QObject comes first: metaObject, qt_metacast, qt_metacall, two destructors, event,
+    // After those of QObject: metaObject, qt_metacast, qt_metacall, two destructors, event,
     // eventFilter, timerEvent, childEvent, customEvent, connectNotify, disconnectNotify.
-    EXPECT_THAT(
-        (std::vector<int>{slotOf(&M::initManipulator), slotOf(&M::setUndoStack),
-                          slotOf(&M::setCvEditor), slotOf(&M::filterTitle), slotOf(&M::filterIcon),
-                          slotOf(&M::filterDescription), slotOf(&M::filterDetailedDescription),
-                          slotOf(&M::getFilterGui), slotOf(&M::commitGuiChanges),
-                          slotOf(&M::removeFilter), slotOf(&M::moveFilter),
-                          slotOf(&M::enableFilter), slotOf(&M::changeFilterAnimationState),
-                          slotOf(&M::constructDataObject), slotOf(&M::createImageFilter),
-                          slotOf(&M::createFilterGui), slotOf(&M::fillDefaultValues),
-                          slotOf(&M::updateGuiFromKernel)}),
-        ElementsAreArray({12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29}));
-
-    // After the two destructors.
-    EXPECT_EQ(slotOf(&HkImageFilter::filterTypeId), 2);
-    EXPECT_EQ(slotOf(&HkImageFilter::processImage), 3);
-    EXPECT_EQ(slotOf(&HkFilterManipulatorPluginInterface::keys), 2);
-    EXPECT_EQ(slotOf(&HkFilterManipulatorPluginInterface::create), 3);
+    using M = HkFilterManipulator;
+    expectSlots(12, &M::initManipulator, &M::setUndoStack, &M::setCvEditor, &M::filterTitle,
+                &M::filterIcon, &M::filterDescription, &M::filterDetailedDescription,
+                &M::getFilterGui, &M::commitGuiChanges, &M::removeFilter, &M::moveFilter,
+                &M::enableFilter, &M::changeFilterAnimationState, &M::constructDataObject,
+                &M::createImageFilter, &M::createFilterGui, &M::fillDefaultValues,
+                &M::updateGuiFromKernel);
+    // After two destructors.
+    expectSlots(2, &HkImageFilter::filterTypeId, &HkImageFilter::processImage);
+    expectSlots(2, &HkFilterManipulatorPluginInterface::keys,
+                &HkFilterManipulatorPluginInterface::create);
     // After QUndoCommand's undo, redo, id and mergeWith.
-    EXPECT_EQ(slotOf(&HkFXKernelCommand::mergeWith), 5);
-    EXPECT_EQ(slotOf(&HkFXKernelCommand::mergeMeWith), 6);
+    expectSlots(5, &HkFXKernelCommand::mergeWith, &HkFXKernelCommand::mergeMeWith);
 }

@@ -25,19 +25,15 @@ const char kInterface[] = "com.Quellophanica.plugin.FilterManipulatorPluginInter
 
 bool g_outOfMemory = false;
 
-void* allocate(std::size_t size) {
-    return g_outOfMemory ? nullptr : std::malloc(size ? size : 1);
-}
-
 }  // namespace
 
 // Memory runs out when a test says so, in the plug-in as well.
-void* operator new(std::size_t size) {
-    if (void* block = allocate(size)) return block;
-    throw std::bad_alloc();
-}
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return allocate(size);
+    return g_outOfMemory ? nullptr : std::malloc(size ? size : 1);
+}
+void* operator new(std::size_t size) {
+    if (void* block = operator new(size, std::nothrow)) return block;
+    throw std::bad_alloc();
 }
 void operator delete(void* block) noexcept {
     std::free(block);
@@ -83,14 +79,6 @@ protected:
 
 }  // namespace
 
-TEST_F(PluginShell, NamesTheToolkitItWasBuiltFor) {
-    const auto verify = library.symbol<const char* (*)()>("qt_plugin_query_verification_data");
-    ASSERT_NE(verify, nullptr);
-    EXPECT_STREQ(verify(),
-                 "pattern=QT_PLUGIN_VERIFICATION_DATA\nversion=4.7.1\ndebug=false\n"
-                 "buildkey=Windows msvc release full-config");
-}
-
 TEST_F(PluginShell, ExportsItsEntryPointsOnly) {
     QProcess nm;
     nm.start(QStringLiteral("nm"), {QStringLiteral("-D"), QStringLiteral("--defined-only"),
@@ -107,43 +95,37 @@ TEST_F(PluginShell, ExportsItsEntryPointsOnly) {
 }
 
 TEST_F(PluginShell, KeepsOneRootObjectWhileItLives) {
-    ASSERT_NE(root, nullptr);
-    EXPECT_EQ(library.root(), root.data());
-    EXPECT_EQ(root->parent(), nullptr);
-    delete root;
-    root = library.root();
-    ASSERT_NE(root, nullptr);
-    EXPECT_STREQ(root->metaObject()->className(), "FxFilterPluginBasic");
-    EXPECT_EQ(library.root(), root.data());
+    for (int life = 0; life < 2; ++life) {
+        ASSERT_NE(root, nullptr);
+        EXPECT_EQ(library.root(), root.data());
+        EXPECT_EQ(root->parent(), nullptr);
+        delete root;
+        root = library.root();
+    }
 }
 
 TEST_F(PluginShell, AnswersToItsNames) {
     ASSERT_NE(root, nullptr);
+    EXPECT_STREQ(root->metaObject()->className(), "FxFilterPluginBasic");
     EXPECT_EQ(root->qt_metacast("FxFilterPluginBasic"), root.data());
-    EXPECT_EQ(root->qt_metacast("QObject"), root.data());
     EXPECT_EQ(root->qt_metacast("HkFilterManipulatorPluginInterface"), plugin);
     EXPECT_EQ(root->qt_metacast(kInterface), plugin);
     EXPECT_EQ(root->qt_metacast("HkFilterManipulator"), nullptr);
 }
 
-TEST_F(PluginShell, OffersItsFiltersInOrder) {
+TEST_F(PluginShell, MakesTheFiltersItOffersInOrder) {
     ASSERT_NE(plugin, nullptr);
+    QObject parent;
     std::vector<std::string> keys, expected;
     for (const QString& key : plugin->keys()) keys.push_back(key.toStdString());
-    for (const ExpectedFilter& filter : expectedFilters()) expected.push_back(filter.key);
-    EXPECT_EQ(keys, expected);
-}
-
-TEST_F(PluginShell, MakesTheManipulatorOfEachKey) {
-    ASSERT_NE(plugin, nullptr);
     for (const ExpectedFilter& filter : expectedFilters()) {
-        QObject parent;
+        expected.push_back(filter.key);
         HkFilterManipulator* made = nullptr;
         ASSERT_TRUE(plugin->create(QString::fromLatin1(filter.key), made, &parent)) << filter.key;
-        ASSERT_NE(made, nullptr);
         EXPECT_STREQ(made->metaObject()->className(), filter.className);
         EXPECT_EQ(made->parent(), &parent);
     }
+    EXPECT_EQ(keys, expected);
 }
 
 TEST_F(PluginShell, RefusesKeysItDoesNotKnow) {

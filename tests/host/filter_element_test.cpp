@@ -40,12 +40,8 @@ protected:
 TEST_F(FilterElement, RoundTripIsExact) {
     std::mt19937_64 random(7);
     const int ints[] = {0, -1, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()};
-    const double doubles[] = {0.0,
-                              -0.0,
-                              0.1,
-                              1.0 / 3.0,
-                              std::numeric_limits<double>::denorm_min(),
-                              std::numeric_limits<double>::max()};
+    using Double = std::numeric_limits<double>;
+    const double doubles[] = {0.0, -0.0, 0.1, 1.0 / 3.0, Double::denorm_min(), Double::max()};
     const char* const texts[] = {"", " two  words ", "<&\"'>", "line\nbreak\ttab", "Grüße 画像"};
     const auto doubleValue = [&] {
         double value = 0;
@@ -100,12 +96,16 @@ TEST_F(FilterElement, WhatIsMissingHasDefaultsAndWhatIsUnknownIsKept) {
     const QByteArray future =
         "<parameter value=\"3\" name=\"Future\"><key frame=\"2\" value=\"&lt;4&gt;\"/></parameter>";
     const QByteArray note = "<note xml:lang=\"de\">für später &amp; <b>mehr</b></note>";
-    const QByteArray text = "<filter type=\"9001\"><parameter name=\"Size\" value=\"7\"/>" +
-                            future + note + "</filter>";
+    const QByteArray known =
+        "<parameter name='Size' value='7'><key frame='4' value='2'/></parameter>"
+        "<parameter name='Smooth' value='true'><key frame='-3' value='0'/></parameter>";
+    const QByteArray text = "<filter type='9001'>" + known + future + note + "</filter>";
     ASSERT_NE(filter.constructDataObject(parsed(text)), nullptr);
     const InstanceState state = *store.state(store.instances().back().objectId);
     EXPECT_EQ(state.params[TestManipulator::Size].base, QVariant(7));
     EXPECT_EQ(state.params[TestManipulator::Gain].base, QVariant(0.5));
+    EXPECT_FALSE(state.params[TestManipulator::Size].keys.at(4).held);
+    EXPECT_TRUE(state.params[TestManipulator::Smooth].keys.at(-3).held) << "a Stepped parameter";
     EXPECT_FALSE(state.animated);
     ASSERT_EQ(state.keptElements.size(), 2);
 
@@ -116,17 +116,6 @@ TEST_F(FilterElement, WhatIsMissingHasDefaultsAndWhatIsUnknownIsKept) {
     EXPECT_EQ(saved.firstChildElement("note").text(), QString::fromUtf8("für später & mehr"));
     EXPECT_EQ(saved.lastChildElement("parameter").firstChildElement("key").attribute("value"),
               "<4>");
-}
-
-TEST_F(FilterElement, SteppedKeysAreHeldAndHeldMayBeLeftOut) {
-    ASSERT_NE(filter.constructDataObject(parsed(
-                  "<filter type='9001'><parameter name='Smooth' value='true'><key frame='-3' "
-                  "value='0'/></parameter><parameter name='Size' value='1'><key frame='4' "
-                  "value='2'/></parameter></filter>")),
-              nullptr);
-    const InstanceState state = *store.state(store.instances().back().objectId);
-    EXPECT_TRUE(state.params[TestManipulator::Smooth].keys.at(-3).held);
-    EXPECT_FALSE(state.params[TestManipulator::Size].keys.at(4).held);
 }
 
 TEST_F(FilterElement, MalformedElementsMakeNothing) {

@@ -16,6 +16,7 @@
 
 #include "framework/contract/ImageProcessor/HkImageProcessor.h"
 #include "tests/host/imaging_oracle.h"
+#include "tests/pixels.h"
 
 namespace {
 
@@ -33,6 +34,13 @@ struct Shape {
     int roiHeight = 1;
     int padding = 0;  ///< bytes after each row
 };
+
+Samples samplesOf(const HkImage& image) {
+    Samples result(image.roiWidth, image.roiHeight, image.channels);
+    const std::vector<unsigned char> levels = pixels(image);
+    result.values.assign(levels.begin(), levels.end());
+    return result;
+}
 
 /// A picture on bytes of the test's own, at an odd address: rows with padding, and bytes before and
 /// after, all of them noise that must survive.
@@ -55,28 +63,15 @@ public:
         before = bytes;
     }
 
-    /// Offsets, in bytes, of the samples of the region.
-    std::vector<std::size_t> region() const {
-        std::vector<std::size_t> offsets;
-        for (int y = 0; y < image.roiHeight; ++y)
-            for (int i = 0; i < image.roiWidth * image.channels; ++i)
-                offsets.push_back(kMargin + static_cast<std::size_t>(image.step) * y + i);
-        return offsets;
-    }
-
-    Samples samples() const {
-        Samples result(image.roiWidth, image.roiHeight, image.channels);
-        std::size_t i = 0;
-        for (const std::size_t offset : region()) result.values[i++] = before[offset];
-        return result;
-    }
-
     bool untouched() const { return bytes == before; }
 
     /// Everything outside the region is as it was.
     bool onlyRegionTouched() const {
         std::vector<unsigned char> expected = before;
-        for (const std::size_t offset : region()) expected[offset] = bytes[offset];
+        for (int y = 0; y < image.roiHeight; ++y) {
+            const std::size_t row = kMargin + static_cast<std::size_t>(image.step) * y;
+            std::copy_n(&bytes[row], image.roiWidth * image.channels, &expected[row]);
+        }
         return expected == bytes;
     }
 
@@ -85,15 +80,6 @@ public:
     std::vector<unsigned char> before;
     HkImage image;
 };
-
-Samples samplesOf(const HkImage& image) {
-    Samples result(image.roiWidth, image.roiHeight, image.channels);
-    for (int y = 0; y < image.roiHeight; ++y)
-        for (int i = 0; i < image.roiWidth * image.channels; ++i)
-            result.values[static_cast<std::size_t>(y) * image.roiWidth * image.channels + i] =
-                image.data[static_cast<std::size_t>(image.step) * y + i];
-    return result;
-}
 
 struct Operation {
     std::string name;
@@ -109,51 +95,53 @@ struct Operation {
 constexpr double kRounded = 1.0;
 
 std::vector<Operation> operations() {
+    using namespace oracle;
     HkImageProcessor* p = &processor();
     std::vector<Operation> list = {
         {"RGBtoYUV", 3, 4, kRounded, [p](auto s, auto d) { return p->RGBtoYUV(s, d); },
-         [](const Samples& in) { return coloured(in, oracle::rgbToYuv); }},
+         [](const Samples& in) { return coloured(in, rgbToYuv); }},
         {"YUVtoRGB", 3, 4, kRounded, [p](auto s, auto d) { return p->YUVtoRGB(s, d); },
-         [](const Samples& in) { return coloured(in, oracle::yuvToRgb); }},
+         [](const Samples& in) { return coloured(in, yuvToRgb); }},
         {"RGBtoHLS", 3, 4, kRounded, [p](auto s, auto d) { return p->RGBtoHLS(s, d); },
-         [](const Samples& in) { return coloured(in, oracle::rgbToHls); }, true},
-        {"invert", 1, 4, 0, [p](auto s, auto d) { return p->invert(s, d); }, oracle::inverted},
+         [](const Samples& in) { return coloured(in, rgbToHls); }, true},
+        {"invert", 1, 4, 0, [p](auto s, auto d) { return p->invert(s, d); }, inverted},
+    };
+    const auto add = [&list](const std::string& name, int value, int mostChannels, double tolerance,
+                             const auto& run, const auto& expected) {
+        list.push_back(
+            {name + ' ' + std::to_string(value), 1, mostChannels, tolerance, run, expected});
     };
     for (const int n : {1, 2, 3, 4, 5, 16, 17, 40})
-        list.push_back({"blur " + std::to_string(n), 1, 4, n > 4 && n <= 16 ? 3 : kRounded,
-                        [=](auto s, auto d) { return p->blur(s, n, d); },
-                        [=](const Samples& in) { return oracle::blurred(in, n); }});
+        add(
+            "blur", n, 4, n > 4 && n <= 16 ? 3 : kRounded,
+            [=](auto s, auto d) { return p->blur(s, n, d); },
+            [=](const Samples& in) { return blurred(in, n); });
     for (const int n : {1, 2, 3, 4, 9, 98, 131, 32768})
-        list.push_back({"maxFilter " + std::to_string(n), 1, 4, 0,
-                        [=](auto s, auto d) { return p->maxFilter(s, n, d); },
-                        [=](const Samples& in) {
-                            return oracle::largest(in, std::min(n / 2, 80),
-                                                   std::min((n - 1) / 2, 80));
-                        }});
+        add(
+            "maxFilter", n, 4, 0, [=](auto s, auto d) { return p->maxFilter(s, n, d); },
+            [=](const Samples& in) {
+                return largest(in, std::min(n / 2, 80), std::min((n - 1) / 2, 80));
+            });
     for (const int n : {1, 2, 13, 55}) {
-        list.push_back(
-            {"open " + std::to_string(n), 1, 4, 0, [=](auto s, auto d) { return p->open(s, n, d); },
-             [=](const Samples& in) { return oracle::morphed(oracle::morphed(in, -n), n); }});
-        list.push_back(
-            {"close " + std::to_string(n), 1, 4, 0,
-             [=](auto s, auto d) { return p->close(s, n, d); },
-             [=](const Samples& in) { return oracle::morphed(oracle::morphed(in, n), -n); }});
+        add(
+            "open", n, 4, 0, [=](auto s, auto d) { return p->open(s, n, d); },
+            [=](const Samples& in) { return morphed(morphed(in, -n), n); });
+        add(
+            "close", n, 4, 0, [=](auto s, auto d) { return p->close(s, n, d); },
+            [=](const Samples& in) { return morphed(morphed(in, n), -n); });
     }
     for (const int v : {0, 1, -1, 5, -13, 61, -61, 32768})
-        list.push_back(
-            {"dilate_erode " + std::to_string(v), 1, 4, 0,
-             [=](auto s, auto d) { return p->dilate_erode(s, v, d); },
-             [=](const Samples& in) { return oracle::morphed(in, std::clamp(-v, -80, 80)); }});
-    const std::pair<int, double> thresholds[] = {{5, 13},   {-7, 0},    {0, 2.5}, {4, -3.25},
-                                                 {11, 500}, {12, -500}, {301, 1}};
-    for (const auto& [size, min] : thresholds)
-        list.push_back({"adaptTreshold " + std::to_string(size), 1, 1, 0,
-                        [=, size = size, min = min](auto s, auto d) {
-                            return p->adaptTreshold(s, d, size, min);
-                        },
-                        [size = size, min = min](const Samples& in) {
-                            return oracle::thresholded(in, std::max(size, 3) | 1, min);
-                        }});
+        add(
+            "dilate_erode", v, 4, 0, [=](auto s, auto d) { return p->dilate_erode(s, v, d); },
+            [=](const Samples& in) { return morphed(in, std::clamp(-v, -80, 80)); });
+    for (const auto& [size, min] :
+         {std::pair(5, 13.0), {-7, 0}, {0, 2.5}, {4, -3.25}, {11, 500}, {12, -500}, {301, 1}})
+        add(
+            "adaptTreshold", size, 1, 0,
+            [=, n = size, m = min](auto s, auto d) { return p->adaptTreshold(s, d, n, m); },
+            [n = size, m = min](const Samples& in) {
+                return thresholded(in, std::max(n, 3) | 1, m);
+            });
     return list;
 }
 
@@ -196,7 +184,7 @@ TEST_P(ImagingOperation, EqualsThePlainLoopsAndStaysInItsRegion) {
             static_cast<int>(trial) % (operation.mostChannels - operation.leastChannels + 1);
         shape.padding = static_cast<int>(random() % 19);
         Canvas source(shape, trial);
-        const Samples in = source.samples();
+        const Samples in = samplesOf(source.image);
         SCOPED_TRACE("trial " + std::to_string(trial));
 
         const auto kind = static_cast<Destination>(trial % Count);

@@ -4,7 +4,7 @@
 #include <QApplication>
 #include <QMouseEvent>
 #include <QUndoStack>
-#include <memory>
+#include <utility>
 
 #include "framework/contract/FxKernelApi/CmdChangeObject.h"
 #include "host/kernel/KernelStore.h"
@@ -33,21 +33,15 @@ protected:
     }
 
     void push(const Values& values, qint64 frame = kNoFrame, bool merge = true) {
-        push(object, values, frame, merge);
-    }
-    void push(int objectId, const Values& values, qint64 frame, bool merge) {
         const HkKernelObjectDataDescr* descr =
             HkFXKernelData::getInstance()->getDataDescriptor(kType);
         HkParamKeyframeVector vector = descr->createKeyframeVector();
         for (const auto& [name, value] : values) ASSERT_TRUE(descr->setValue(vector, name, value));
         vector.setFrameNumber(frame);
-        stack.push(new CmdChangeObject(kType, objectId, vector, merge));
+        stack.push(new CmdChangeObject(kType, object, vector, merge));
     }
     InstanceState state() { return *store.state(object); }
-    const InstanceParam& size() {
-        shown = state();
-        return shown.params[TestManipulator::Size];
-    }
+    InstanceParam size() { return state().params[TestManipulator::Size]; }
     QString text() { return stack.undoText(); }
 
     KernelStore& store = KernelStore::instance();
@@ -55,7 +49,6 @@ protected:
     QUndoStack stack;
     int object = 0;
     InstanceState start;
-    InstanceState shown;
 };
 
 TEST_F(ChangeObject, WritesOnlyWhatWasAssignedAndDiffers) {
@@ -133,7 +126,6 @@ TEST_F(ChangeObject, StepsOfOneGestureMerge) {
     for (const int value : {2, 3, 4, 5}) push({{"Size", value}});
     EXPECT_EQ(stack.count(), 1);
     EXPECT_EQ(text(), QString::fromUtf8("Test & try: Size 1 → 5"));
-    EXPECT_EQ(size().base, QVariant(5));
     stack.undo();
     EXPECT_TRUE(state() == start);
     stack.redo();
@@ -150,7 +142,9 @@ TEST_F(ChangeObject, WhatDiffersDoesNotMerge) {
     EXPECT_EQ(stack.count(), 4) << "merge = false";
     push({{"Gain", 1}, {"Size", 5}});
     EXPECT_EQ(stack.count(), 5) << "never merges into one with merge = false";
-    push(store.add(kType), {{"Gain", 2}, {"Size", 6}}, kNoFrame, true);
+    const int first = std::exchange(object, store.add(kType));
+    push({{"Gain", 2}, {"Size", 6}});
+    object = first;
     EXPECT_EQ(stack.count(), 6) << "another instance";
     store.setAnimated(object, true);
     push({{"Size", 7}}, 1);

@@ -64,7 +64,7 @@ TEST(KernelThreads, ReadersSeeWholeEditsOfLivingObjects) {
     std::vector<std::thread> threads;
     for (Reader& reader : readers) threads.emplace_back(&Reader::run, &reader);
 
-    for (int round = 0; round < 500 || framesDone < 100; ++round) {
+    for (int round = 0; round < 5000 || framesDone < 1000; ++round) {
         const std::vector<InstanceId> ids = store.instances();
         const InstanceId id = ids[static_cast<std::size_t>(round) % ids.size()];
         editBoth(id.objectId, round, std::nullopt);

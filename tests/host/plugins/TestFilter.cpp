@@ -1,14 +1,13 @@
 #include "tests/host/plugins/TestFilter.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
-#include <QPainter>
 #include <QSignalBlocker>
 #include <QUndoStack>
 
 #include "framework/contract/FxKernelApi/CmdChangeObject.h"
 #include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
 #include "framework/contract/FxKernelApi/HkFXKernelData.h"
+#include "host/kernel/KernelStore.h"
 
 namespace {
 
@@ -24,15 +23,8 @@ private:
 
 }  // namespace
 
-TestPage::TestPage(QWidget* parent)
-    : QWidget(parent),
-      size(new QSlider(Qt::Horizontal, this)),
-      smooth(new QCheckBox("Smooth", this)) {
-    auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(new QLabel("Size", this));
-    layout->addWidget(size);
-    layout->addWidget(smooth);
+TestPage::TestPage(QWidget* parent) : QWidget(parent), size(new QSlider(Qt::Horizontal, this)) {
+    (new QHBoxLayout(this))->addWidget(size);
     size->setRange(1, 13);
 }
 
@@ -57,11 +49,7 @@ void TestManipulator::initManipulator(QToolBox* toolBox) {
 
 QIcon TestManipulator::filterIcon() {
     QPixmap pixmap(22, 22);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setBrush(QColor(70, 130, 180));
-    painter.drawEllipse(3, 3, 16, 16);
+    pixmap.fill(Qt::blue);
     return QIcon(pixmap);
 }
 
@@ -72,7 +60,6 @@ void TestManipulator::commitGuiChanges(int objectId) {
     if (!shown || !object) return;
     HkParamKeyframeVector values = descr->createKeyframeVector();
     descr->setValue(values, "Size", shown->size->value());
-    descr->setValue(values, "Smooth", shown->smooth->isChecked());
     if (object->animated) values.setFrameNumber(kernelData->currentFrame);
     editInProgress = true;
     undoStack->push(new CmdChangeObject(filterType, objectId, values, true));
@@ -86,7 +73,6 @@ HkImageFilter* TestManipulator::createImageFilter(int objectId) {
 QWidget* TestManipulator::createFilterGui(QWidget* parent) {
     auto* made = new TestPage(parent);
     connect(made->size, SIGNAL(valueChanged(int)), parent, SLOT(slotGuiControlsChanged()));
-    connect(made->smooth, SIGNAL(toggled(bool)), parent, SLOT(slotGuiControlsChanged()));
     return made;
 }
 
@@ -103,12 +89,24 @@ void TestManipulator::updateGuiFromKernel(int objectId, const HkKernelObjectData
     ++refreshes;
     const HkParamKeyframeVector values = object->getKeyframesAt(kernelData->currentFrame);
     const QSignalBlocker blockSize(shown->size);
-    const QSignalBlocker blockSmooth(shown->smooth);
     shown->size->setValue(values.at(Size).getValue().toInt());
-    shown->smooth->setChecked(values.at(Smooth).getValue().toBool());
 }
 
 TestPage* TestManipulator::page(int objectId) {
     const FxGuiImageFilter* entry = getFilterGui(objectId);
     return entry ? dynamic_cast<TestPage*>(entry->controlPage) : nullptr;
+}
+
+QVariant valueAt(int objectId, TestManipulator::Parameter parameter, qint64 frame) {
+    return HkFXKernelData::getInstance()
+        ->getObject(TestManipulator::kTypeId, objectId)
+        ->getKeyframesAt(frame)
+        .at(parameter)
+        .getValue();
+}
+
+std::vector<int> renderingOrder() {
+    std::vector<int> ids;
+    for (const InstanceId& id : KernelStore::instance().instances()) ids.push_back(id.objectId);
+    return ids;
 }

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QCheckBox>
 #include <QSlider>
 #include <QWidget>
+#include <vector>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "framework/contract/FxKernelApi/HkImageFilter.h"
@@ -14,10 +14,9 @@ public:
     explicit TestPage(QWidget* parent);
 
     QSlider* size;
-    QCheckBox* smooth;
 };
 
-/// A small filter with parameters of every type and kind, and a page for two of them. It follows
+/// A small filter with parameters of every type and kind, and a page for one of them. It follows
 /// the common steps of a manipulator by itself, so that the host is tested without the plug-in's
 /// code.
 class TestManipulator : public HkFilterManipulator {
@@ -47,3 +46,9 @@ public:
 protected:
     QString m_title;
 };
+
+/// The value in force of an instance of the test filter.
+QVariant valueAt(int objectId, TestManipulator::Parameter parameter, qint64 frame = 0);
+
+/// The ids of all instances, in rendering order.
+std::vector<int> renderingOrder();

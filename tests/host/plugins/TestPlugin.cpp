@@ -1,29 +1,42 @@
-// A plug-in library with one good filter, or with the fault that kFault names.
+// A plug-in library with one good filter, or with the fault that its file name names.
+#include <dlfcn.h>
+
+#include <QFileInfo>
 #include <QObject>
 #include <cstring>
 #include <stdexcept>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulatorPluginInterface.h"
-#include "tests/host/plugins/Fault.h"
 #include "tests/host/plugins/TestFilter.h"
 
 namespace {
 
-const char kIdentifier[] = "com.Quellophanica.plugin.FilterManipulatorPluginInterface/1.0";
-const char kNextIdentifier[] = "com.Quellophanica.plugin.FilterManipulatorPluginInterface/2.0";
+/// Whether the library that this code was loaded from is called so.
+bool isCalled(const char* fault) {
+    static const QString name = [] {
+        Dl_info library;
+        dladdr(reinterpret_cast<void*>(&isCalled), &library);
+        return QFileInfo(QFile::decodeName(library.dli_fname)).baseName();
+    }();
+    return name == QLatin1String(fault);
+}
+
+void throwIfCalled(const char* fault) {
+    if (isCalled(fault)) throw std::runtime_error(std::string(fault) + " went wrong");
+}
 
 class FaultyManipulator : public TestManipulator {
 public:
     explicit FaultyManipulator(int typeId) : TestManipulator(typeId, "From a library") {}
 
     void initManipulator(QToolBox* toolBox) override {
-        if (kFault == Fault::NeverRegisters) return;
+        if (isCalled("NeverRegisters")) return;
         TestManipulator::initManipulator(toolBox);
-        if (kFault == Fault::InitThrows) throw std::runtime_error("init went wrong");
+        throwIfCalled("InitThrows");
     }
     bool fillDefaultValues(const HkKernelObjectDataDescr* descr, HkParamKeyframeVector& values,
                            int reserved) override {
-        return kFault != Fault::DefaultsFail &&
+        return !isCalled("DefaultsFail") &&
                TestManipulator::fillDefaultValues(descr, values, reserved);
     }
 };
@@ -31,56 +44,32 @@ public:
 class Root : public QObject, public HkFilterManipulatorPluginInterface {
 public:
     void* qt_metacast(const char* name) override {
-        const char* const offered =
-            kFault == Fault::OtherInterfaceVersion ? kNextIdentifier : kIdentifier;
-        if (kFault != Fault::NoInterface && std::strcmp(name, offered) == 0)
+        const std::string version = isCalled("OtherInterfaceVersion") ? "2.0" : "1.0";
+        if (!isCalled("NoInterface") &&
+            name == "com.Quellophanica.plugin.FilterManipulatorPluginInterface/" + version)
             return static_cast<HkFilterManipulatorPluginInterface*>(this);
         return QObject::qt_metacast(name);
     }
 
     QStringList keys() override {
-        switch (kFault) {
-            case Fault::KeysThrow:
-                throw std::runtime_error("keys went wrong");
-            case Fault::NoKeys:
-                return {};
-            case Fault::EmptyKey:
-                return {"First", ""};
-            case Fault::SameKeyTwice:
-                return {"First", "First"};
-            case Fault::SecondCreateFails:
-            case Fault::SameManipulatorTwice:
-            case Fault::SameTypeIdTwice:
-                return {"First", "Second"};
-            default:
-                return {"First"};
-        }
+        throwIfCalled("KeysThrow");
+        if (isCalled("NoKeys")) return {};
+        if (isCalled("EmptyKey")) return {"First", ""};
+        if (isCalled("SameKeyTwice")) return {"First", "First"};
+        for (const char* fault : {"SecondCreateFails", "SameManipulatorTwice", "SameTypeIdTwice"})
+            if (isCalled(fault)) return {"First", "Second"};
+        return {"First"};
     }
 
     bool create(const QString& key, HkFilterManipulator*& manipulator, QObject*) override {
+        throwIfCalled("CreateThrows");
+        if (isCalled("CreateThrowsNumber")) throw 17;
         manipulator = nullptr;
-        switch (kFault) {
-            case Fault::CreateFails:
-                return false;
-            case Fault::CreateGivesNull:
-                return true;
-            case Fault::CreateThrows:
-                throw std::runtime_error("create went wrong");
-            case Fault::CreateThrowsNumber:
-                throw 17;
-            case Fault::SecondCreateFails:
-                if (key == "Second") return false;
-                break;
-            case Fault::SameManipulatorTwice:
-                if (key == "Second") {
-                    manipulator = m_last;
-                    return true;
-                }
-                break;
-            default:
-                break;
-        }
-        m_last = new FaultyManipulator(kFault == Fault::TypeIdZero ? 0 : 9101);
+        if (isCalled("CreateFails") || (isCalled("SecondCreateFails") && key == "Second"))
+            return false;
+        if (isCalled("CreateGivesNull")) return true;
+        if (!isCalled("SameManipulatorTwice") || key == "First")
+            m_last = new FaultyManipulator(isCalled("TypeIdZero") ? 0 : 9101);
         manipulator = m_last;
         return true;
     }
@@ -92,28 +81,20 @@ private:
 }  // namespace
 
 const char* verificationText() {
-    switch (kFault) {
-        case Fault::NullText:
-            return nullptr;
-        case Fault::EmptyText:
-            return "";
-        case Fault::TextThrows:
-            throw std::runtime_error("text went wrong");
-        case Fault::WrongText:
-            return "pattern=QT_PLUGIN_VERIFICATION_DATA\nversion=4.8.0\ndebug=false\n"
-                   "buildkey=Windows msvc release full-config";
-        case Fault::LongerText:
-            return "pattern=QT_PLUGIN_VERIFICATION_DATA\nversion=4.7.1\ndebug=false\n"
-                   "buildkey=Windows msvc release full-config\n";
-        default:
-            return "pattern=QT_PLUGIN_VERIFICATION_DATA\nversion=4.7.1\ndebug=false\n"
-                   "buildkey=Windows msvc release full-config";
-    }
+    throwIfCalled("TextThrows");
+    if (isCalled("NullText")) return nullptr;
+    if (isCalled("EmptyText")) return "";
+    static std::string text =
+        "pattern=QT_PLUGIN_VERIFICATION_DATA\nversion=4.7.1\ndebug=false\n"
+        "buildkey=Windows msvc release full-config";
+    if (isCalled("WrongText")) text.replace(text.find("4.7.1"), 5, "4.8.0");
+    if (isCalled("LongerText")) text += '\n';
+    return text.c_str();
 }
 
 QObject* rootObject() {
-    if (kFault == Fault::NullInstance) return nullptr;
-    if (kFault == Fault::InstanceThrows) throw std::runtime_error("instance went wrong");
+    throwIfCalled("InstanceThrows");
+    if (isCalled("NullInstance")) return nullptr;
     static Root root;
     return &root;
 }

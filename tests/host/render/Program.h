@@ -6,8 +6,12 @@
 #include <QDir>
 #include <QImage>
 #include <QTemporaryDir>
+#include <functional>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
+
+using Arguments = std::vector<std::string>;
 
 /// What a program left behind when it ended.
 struct ProgramResult {
@@ -16,11 +20,13 @@ struct ProgramResult {
     std::string err;    ///< standard error
 };
 
-/// A program that runs beside the test.
+/// A program that runs beside the test, in a process and a folder of its own.
 class RunningProgram {
 public:
-    RunningProgram(const std::string& program, const std::vector<std::string>& arguments,
-                   const QString& workingFolder);
+    /// main becomes the child's main function.
+    RunningProgram(const std::function<int()>& main, const QString& workingFolder);
+    /// The child becomes the program whose file is the first argument.
+    RunningProgram(const Arguments& commandLine, const QString& workingFolder);
     void send(int signalNumber);
     ProgramResult wait();
 
@@ -32,12 +38,16 @@ private:
 /// Tests of fxrender: an empty folder for each, in which the program runs.
 class FxrenderTest : public testing::Test {
 protected:
-    ProgramResult fxrender(const std::vector<std::string>& arguments);
+    /// Runs the program. Its main function is forked off the test: loading the libraries it needs
+    /// takes longer than most of what it does here.
+    ProgramResult fxrender(const Arguments& arguments);
 
-    /// The same, and the test fails unless the program ends with this code and, when it is not 0,
-    /// one line on standard error that holds `message`.
-    void expectRefusal(const std::vector<std::string>& arguments, int exitCode,
-                       const std::string& message);
+    /// fxrender apply, which must end with this code.
+    ProgramResult apply(Arguments arguments, int expectedExitCode = 0);
+
+    /// The test fails unless the program ends with this code and one line on standard error that
+    /// holds `message`.
+    void expectRefusal(const Arguments& arguments, int exitCode, const std::string& message);
 
     QString path(const QString& name) const { return m_folder.filePath(name); }
     QString folder() const { return m_folder.path(); }
@@ -46,7 +56,8 @@ protected:
     QStringList files() const;
 
     void write(const QString& name, const QByteArray& contents) const;
-    QByteArray contents(const QString& name) const;
+    std::string contents(const QString& name) const;
+    nlohmann::json jsonIn(const QString& name) const;
     void save(const QImage& image, const QString& name) const;
     QImage load(const QString& name) const;
 
@@ -60,5 +71,10 @@ private:
     QTemporaryDir m_folder;
 };
 
-/// The pixels of a picture as grey levels, row by row.
-std::vector<int> greyLevels(const QImage& image);
+/// "shot_0007.png" for frame 7.
+QString shot(int frame);
+
+using SampleOf = int (*)(QRgb);
+
+/// One number for each pixel, row by row: its grey level, or what else is asked for.
+std::vector<int> samples(const QImage& image, SampleOf sampleOf = qGray);

@@ -46,15 +46,19 @@ std::unique_ptr<render::PluginSession> FilterChain::s_session;
 
 TEST_F(FilterChain, HoldsDefaultsValuesAndKeys) {
     set({"Blur and enhance:Blur=7", "Channel separation:Channel=0=1;9=6,Invert=0|=true;3=0",
-         "Blur and enhance:Blur=5|=3;8=4"});
-    ASSERT_EQ(KernelStore::instance().instances().size(), 3u);
+         " Blur and enhance : Blur = 8 = 4 ; -5 |= 3 , Enhance = 1 ", "Channel separation",
+         "Dilate_Erode:Dilate=7=-1.2e1"});
+    ASSERT_EQ(KernelStore::instance().instances().size(), 5u);
     EXPECT_EQ(param(0, 0).base, QVariant(1));
     EXPECT_EQ(param(0, 1).base, QVariant(false));
     EXPECT_EQ(param(0, 2).base, QVariant(7));
     // A stepped parameter holds every key, however it was written.
     EXPECT_EQ(param(1, 1).keys, (ParamTrack{{0, {1, true}}, {9, {6, true}}}));
     EXPECT_EQ(param(1, 2).keys, (ParamTrack{{0, {true, true}}, {3, {false, true}}}));
-    EXPECT_EQ(param(2, 2).keys, (ParamTrack{{5, {3, true}}, {8, {4, false}}}));
+    EXPECT_EQ(param(2, 1).base, QVariant(true));
+    EXPECT_EQ(param(2, 2).keys, (ParamTrack{{-5, {3, true}}, {8, {4, false}}}));
+    EXPECT_EQ(param(3, 1).base, QVariant(5));
+    EXPECT_EQ(param(4, 1).keys, (ParamTrack{{7, {-12, false}}}));
 }
 
 TEST_F(FilterChain, ARefusedOneLeavesTheStoreAsItWas) {
@@ -65,25 +69,49 @@ TEST_F(FilterChain, ARefusedOneLeavesTheStoreAsItWas) {
 }
 
 TEST_F(FilterChain, NamesTheNearestFilterOrParameter) {
-    expectRefused("Chanel separation", "did you mean \"Channel separation\"?");
+    for (const char* slip : {"blur AND enhance", "Blur and enhence", "Blur and enhnace",
+                             "Blr and enhace", "Bluur and enhanced"})
+        expectRefused(slip, "did you mean \"Blur and enhance\"? valid: \"Channel separation\", ");
+    expectRefused("OPEN_COLSE", "did you mean \"Open_Close\"?");
     expectRefused("Sepia", "there is no filter \"Sepia\"; valid: \"Channel separation\"");
+    expectRefused(QString(1000000, 'x'), "x\"; valid: \"Channel separation\"");  // at once
     expectRefused("Channel separation:Chanel=1", "did you mean \"Channel\"?");
+    expectRefused("Object separator:Dte=1", "did you mean \"Det\"?");  // a swap is one slip
     expectRefused("Channel separation:Colour=1", "valid: \"Enabled\", \"Channel\", \"Invert\"");
+    expectRefused("Dilate_Erode:Tdi=1", "; valid: \"Enabled\", \"Dilate\"");
 }
 
-TEST_F(FilterChain, ChecksTypesAndRanges) {
-    expectRefused("Channel separation:Channel=red", "is not a number; valid: 1 to 6");
-    expectRefused("Channel separation:Channel=1.5", "is not a whole number; valid: 1 to 6");
-    expectRefused("Channel separation:Channel=0", "is out of range; valid: 1 to 6");
-    expectRefused("Channel separation:Channel=0=1;5=7", "is out of range; valid: 1 to 6");
-    expectRefused("Channel separation:Channel=99999999999", "is out of range; valid: 1 to 6");
-    expectRefused("Channel separation:Invert=yes", "valid: true, false");
-    expectRefused("Channel separation:Enabled=2", "valid: true, false");
-    expectRefused("Channel separation:Enabled=0=1;5=0", "has one value for all frames");
-    expectRefused("Blur and enhance:Blur=14", "is out of range; valid: 1 to 13");
-    expectRefused("Adaptive threshold:Min=nan", "is not a number; valid: 0 to 25.5");
-    expectRefused("Adaptive threshold:Min=25.6", "is out of range; valid: 0 to 25.5");
-    expectRefused("Adaptive threshold:Size=6", "is out of range; valid: 11 to 101");
+TEST_F(FilterChain, NamesThePieceThatCannotBeRead) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"", "names no filter"},
+        {":Blur=1", "names no filter"},
+        {"F:", "name is missing"},
+        {"F:A=1,", "name is missing"},
+        {"F:=3", "name is missing"},
+        {"F:A", "F: A: no value"},
+        {"F:A=", "F: A: no value"},
+        {"F:A=1,A=2", "A is given twice"},
+        {"F:A=1;2", "\"1\" is no key"},
+        {"F:A=0=1;", "\"\" is no key"},
+        {"F:A=x=1", "\"x\" is no frame number"},
+        {"F:A=1.5=1", "\"1.5\" is no frame number"},
+        {"F:A=99999999999999999999=1", "is no frame number"},
+        {"F:A=0=1;5=", "no value after \"5=\""},
+        {"F:A=0=1;0=2", "frame 0 has two values"},
+        {"Channel separation:Channel=red", "is not a number; valid: 1 to 6"},
+        {"Channel separation:Channel=1.5", "is not a whole number; valid: 1 to 6"},
+        {"Channel separation:Channel=0", "is out of range; valid: 1 to 6"},
+        {"Channel separation:Channel=0=1;5=7", "is out of range; valid: 1 to 6"},
+        {"Channel separation:Channel=99999999999", "is out of range; valid: 1 to 6"},
+        {"Channel separation:Invert=yes", "valid: true, false"},
+        {"Channel separation:Enabled=2", "valid: true, false"},
+        {"Channel separation:Enabled=0=1;5=0", "has one value for all frames"},
+        {"Blur and enhance:Blur=14", "is out of range; valid: 1 to 13"},
+        {"Adaptive threshold:Min=nan", "is not a number; valid: 0 to 25.5"},
+        {"Adaptive threshold:Min=25.6", "is out of range; valid: 0 to 25.5"},
+        {"Adaptive threshold:Size=6", "is out of range; valid: 11 to 101"},
+    };
+    for (const auto& [text, message] : rows) expectRefused(text, message);
 }
 
 TEST_F(FilterChain, AcceptsTheEndsOfRangesAndDefaultsOutsideThem) {

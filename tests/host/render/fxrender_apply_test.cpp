@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <nlohmann/json.hpp>
 #include <opencv2/imgproc.hpp>
 #include <sstream>
 
@@ -11,31 +10,19 @@
 namespace {
 
 using nlohmann::json;
+using testing::ElementsAre;
 using testing::HasSubstr;
 
-std::vector<int> samples(const QImage& image, int (*sampleOf)(QRgb)) {
-    std::vector<int> result;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x) result.push_back(sampleOf(image.pixel(x, y)));
-    return result;
+int invertedRed(QRgb pixel) {
+    return 255 - qRed(pixel);
 }
-
+int invertedGreen(QRgb pixel) {
+    return 255 - qGreen(pixel);
+}
 /// BT.601 luma of full range samples, rounded to nearest.
 int luma(QRgb pixel) {
     return static_cast<int>(
         std::floor(0.299 * qRed(pixel) + 0.587 * qGreen(pixel) + 0.114 * qBlue(pixel) + 0.5));
-}
-int red(QRgb pixel) {
-    return qRed(pixel);
-}
-int green(QRgb pixel) {
-    return qGreen(pixel);
-}
-int blue(QRgb pixel) {
-    return qBlue(pixel);
-}
-int invertedRed(QRgb pixel) {
-    return 255 - qRed(pixel);
 }
 
 /// A blur of width 2 * size - 1 as the imaging library describes it, on every channel.
@@ -52,94 +39,82 @@ QImage blurred(const QImage& image, int size) {
 
 class FxrenderApply : public FxrenderTest {
 protected:
-    ProgramResult apply(std::vector<std::string> arguments, int expectedExitCode = 0) {
-        arguments.insert(arguments.begin(), "apply");
-        const ProgramResult result = fxrender(arguments);
-        EXPECT_EQ(result.exitCode, expectedExitCode) << result.err;
-        return result;
+    /// What the filters make of the picture.
+    QImage applied(const QImage& image, const Arguments& filters) {
+        save(image, "in.png");
+        Arguments arguments = {"in.png", "-o", "out.png"};
+        for (const std::string& filter : filters) arguments.insert(arguments.end(), {"-f", filter});
+        apply(arguments);
+        return load("out.png");
     }
-    json report() const { return json::parse(contents("report.json").toStdString()); }
+    QImage colours(const QString& name) const {
+        return load(name).convertToFormat(QImage::Format_RGB888);
+    }
+    QStringList written(const QString& name) const {
+        return QDir(path(name)).entryList(QDir::Files | QDir::Hidden);
+    }
 };
 
 TEST_F(FxrenderApply, SeparatesTheChannelAskedFor) {
     const QImage input = picture(3);
-    save(input, "in.png");
-    const auto separated = [this](const std::string& settings) {
-        apply({"in.png", "-o", "out.png", "-f", "Channel separation" + settings});
-        const QImage output = load("out.png");
-        EXPECT_TRUE(output.isGrayscale());
-        return greyLevels(output);
+    const QImage grey = input.convertToFormat(QImage::Format_Grayscale8);
+    const struct {
+        const QImage& input;
+        const char* settings;
+        SampleOf expected;
+        int tolerance;
+    } rows[] = {
+        {input, ":Channel=1", qRed, 0},
+        {input, ":Channel=3", qBlue, 0},
+        {input, ":Channel=1,Invert=true", invertedRed, 0},
+        {input, "", luma, 1},  // the default; fixed point against floating point
+        {grey, ":Channel=1,Invert=true", invertedRed, 0},
     };
-    EXPECT_EQ(separated(":Channel=1"), samples(input, red));
-    EXPECT_EQ(separated(":Channel=3"), samples(input, blue));
-    EXPECT_EQ(separated(":Channel=1,Invert=true"), samples(input, invertedRed));
-
-    const std::vector<int> levels = separated("");  // the default is lightness
-    const std::vector<int> expected = samples(input, luma);
-    for (std::size_t i = 0; i < expected.size(); ++i)
-        ASSERT_LE(std::abs(levels[i] - expected[i]), 1) << i;  // fixed point against floating point
-}
-
-TEST_F(FxrenderApply, RunsTheChainInOrder) {
-    const QImage input = picture(4);
-    save(input, "in.png");
-    apply({"in.png", "-o", "out.png", "-f", "Blur and enhance:Blur=4", "-f",
-           "Channel separation:Channel=2", "-f", "Channel separation:Invert=1"});
-    std::vector<int> expected = samples(blurred(input, 4), green);
-    for (int& level : expected) level = 255 - level;
-    EXPECT_EQ(greyLevels(load("out.png")), expected);
-}
-
-TEST_F(FxrenderApply, AFilterSwitchedOffPassesThePictureThrough) {
-    save(picture(4), "in.png");
-    apply({"in.png", "-o", "out.png", "-f", "Blur and enhance:Blur=9,Enabled=false"});
-    EXPECT_EQ(load("out.png").convertToFormat(QImage::Format_RGB888), picture(4));
-}
-
-TEST_F(FxrenderApply, AGreyInputStaysGrey) {
-    const QImage grey = picture(5).convertToFormat(QImage::Format_Grayscale8);
-    save(grey, "in.png");
-    apply({"in.png", "-o", "out.png", "-f", "Channel separation:Channel=1,Invert=true"});
-    std::vector<int> expected = greyLevels(grey);
-    for (int& level : expected) level = 255 - level;
-    EXPECT_EQ(greyLevels(load("out.png")), expected);
-}
-
-TEST_F(FxrenderApply, KeysMoveAlongASequence) {
-    saveSequence(21);
-    ASSERT_TRUE(QDir(folder()).mkdir("out"));
-    apply({"shot_####.png", "-o", "out/o_%03d.png", "-f", "Blur and enhance:Blur=0=1;20=13",
-           "--jobs", "3"});
-    for (int frame = 0; frame <= 20; ++frame) {
-        const int size = static_cast<int>(std::floor(1 + 12 * frame / 20.0 + 0.5));
-        const QString name = QStringLiteral("out/o_%1.png").arg(frame, 3, 10, QChar('0'));
-        ASSERT_EQ(load(name).convertToFormat(QImage::Format_RGB888), blurred(picture(frame), size))
-            << frame;
+    for (const auto& row : rows) {
+        const QImage output =
+            applied(row.input, {std::string("Channel separation") + row.settings});
+        EXPECT_TRUE(output.isGrayscale());
+        const std::vector<int> levels = samples(output);
+        const std::vector<int> expected = samples(row.input, row.expected);
+        ASSERT_EQ(levels.size(), expected.size());
+        for (std::size_t i = 0; i < expected.size(); ++i)
+            ASSERT_LE(std::abs(levels[i] - expected[i]), row.tolerance) << row.settings << i;
     }
 }
 
-TEST_F(FxrenderApply, SteppedAndHeldKeysJump) {
-    saveSequence(9);
-    apply({"shot_%04d.png", "-o", "out/", "-f", "Channel separation:Channel=2=1;5=3"});
-    const auto name = [](int frame) { return QStringLiteral("out/shot_000%1.png").arg(frame); };
-    for (int frame = 0; frame < 9; ++frame)
-        EXPECT_EQ(greyLevels(load(name(frame))), samples(picture(frame), frame < 5 ? red : blue))
-            << frame;
+TEST_F(FxrenderApply, RunsTheChainInOrderWithoutWhatIsSwitchedOff) {
+    const QImage output = applied(
+        picture(4), {"Blur and enhance:Blur=4", "Channel separation:Channel=2",
+                     "Blur and enhance:Blur=9,Enabled=false", "Channel separation:Invert=1"});
+    EXPECT_EQ(samples(output), samples(blurred(picture(4), 4), invertedGreen));
+}
 
-    apply({"shot_%04d.png", "-o", "held/", "-f", "Blur and enhance:Blur=0|=3;4=7;8=5"});
-    const int sizes[] = {3, 3, 3, 3, 7, 7, 6, 6, 5};  // halves are rounded upwards
+TEST_F(FxrenderApply, KeysRunOrJumpAlongASequence) {
+    saveSequence(9);
+    const struct {
+        const char* keys;
+        std::vector<int> sizes;  // halves are rounded upwards
+    } rows[] = {{"0=1;8=13", {1, 3, 4, 6, 7, 9, 10, 12, 13}},
+                {"0|=3;4=7;8=5", {3, 3, 3, 3, 7, 7, 6, 6, 5}}};
+    for (const auto& row : rows) {
+        apply({"shot_####.png", "-o", "o_%03d.png", "-f",
+               std::string("Blur and enhance:Blur=") + row.keys, "--jobs", "3"});
+        for (int frame = 0; frame < 9; ++frame)
+            EXPECT_EQ(colours(QStringLiteral("o_00%1.png").arg(frame)),
+                      blurred(picture(frame), row.sizes[static_cast<std::size_t>(frame)]))
+                << row.keys << " at " << frame;
+    }
+    apply({"shot_%04d.png", "-o", "out/", "-f", "Channel separation:Channel=2=1;5=3"});
     for (int frame = 0; frame < 9; ++frame)
-        EXPECT_EQ(load(QStringLiteral("held/shot_000%1.png").arg(frame))
-                      .convertToFormat(QImage::Format_RGB888),
-                  blurred(picture(frame), sizes[frame]))
+        EXPECT_EQ(samples(load("out/" + shot(frame))),
+                  samples(picture(frame), frame < 5 ? SampleOf(qRed) : SampleOf(qBlue)))
             << frame;
 }
 
 TEST_F(FxrenderApply, ChoosesFrames) {
     saveSequence(12);
     apply({"shot_####.png", "-o", "out/", "-f", "Channel separation", "--frames", "1,4-10:3"});
-    EXPECT_EQ(QDir(path("out")).entryList(QDir::Files),
-              (QStringList{"shot_0001.png", "shot_0004.png", "shot_0007.png", "shot_0010.png"}));
+    EXPECT_EQ(written("out"), (QStringList{shot(1), shot(4), shot(7), shot(10)}));
 }
 
 TEST_F(FxrenderApply, SeveralPicturesAndFoldersInBrackets) {
@@ -147,24 +122,20 @@ TEST_F(FxrenderApply, SeveralPicturesAndFoldersInBrackets) {
     save(picture(1), "[new]/a.png");
     save(picture(2), "[new]/b.png");
     apply({"[new]/b.png", "[new]/a.png", "-o", "two/", "-f", "Channel separation:Channel=1"});
-    EXPECT_EQ(greyLevels(load("two/a.png")), samples(picture(1), red));
-    EXPECT_EQ(greyLevels(load("two/b.png")), samples(picture(2), red));
+    EXPECT_EQ(samples(load("two/a.png")), samples(picture(1), qRed));
+    EXPECT_EQ(samples(load("two/b.png")), samples(picture(2), qRed));
     apply({"[new]", "-o", "all/", "-f", "Channel separation:Channel=2"});
-    EXPECT_EQ(greyLevels(load("all/b.png")), samples(picture(2), green));
+    EXPECT_EQ(samples(load("all/b.png")), samples(picture(2), qGreen));
 }
 
 TEST_F(FxrenderApply, ResultsDoNotDependOnTheNumberOfJobs) {
     saveSequence(16, 61, 47);
-    const std::vector<std::string> filters = {"-f", "Blur and enhance:Blur=0=1;15=13,Enhance=true",
-                                              "-f", "Channel separation:Channel=0=1;8=5",
-                                              "-f", "Adaptive threshold:Size=0=11;15=51,Min=2"};
-    for (const std::string jobs : {"1", "2", "7"}) {
-        std::vector<std::string> arguments = {"shot_####.png", "-o", "jobs" + jobs + "/", "-j",
-                                              jobs};
-        arguments.insert(arguments.end(), filters.begin(), filters.end());
-        apply(arguments);
-    }
-    for (const QString& name : QDir(path("jobs1")).entryList(QDir::Files)) {
+    for (const std::string jobs : {"1", "2", "7"})
+        apply({"shot_####.png", "-o", "jobs" + jobs + "/", "-j", jobs, "-f",
+               "Blur and enhance:Blur=0=1;15=13,Enhance=true", "-f",
+               "Channel separation:Channel=0=1;8=5", "-f",
+               "Adaptive threshold:Size=0=11;15=51,Min=2"});
+    for (const QString& name : written("jobs1")) {
         EXPECT_EQ(contents("jobs1/" + name), contents("jobs2/" + name)) << name.toStdString();
         EXPECT_EQ(contents("jobs1/" + name), contents("jobs7/" + name)) << name.toStdString();
     }
@@ -172,38 +143,35 @@ TEST_F(FxrenderApply, ResultsDoNotDependOnTheNumberOfJobs) {
 
 TEST_F(FxrenderApply, KeepGoingRendersAllButTheBadFrame) {
     saveSequence(6);
-    write("shot_0003.png", "This is no picture.\n");
+    write(shot(3), "This is no picture.\n");
     const ProgramResult result = apply({"shot_####.png", "-o", "out/", "-f", "Channel separation",
                                         "--keep-going", "-j", "2", "--report", "report.json"},
                                        1);
     EXPECT_THAT(result.err, HasSubstr("shot_0003.png"));
     EXPECT_THAT(result.err, HasSubstr("5 of 6 frames done, 1 failed"));
-    EXPECT_EQ(QDir(path("out")).entryList(QDir::Files | QDir::Hidden).size(), 5);
-    const json written = report();
-    EXPECT_EQ(written["exitCode"], 1);
-    for (const json& frame : written["frames"]) {
+    EXPECT_EQ(written("out").size(), 5);
+    const json report = jsonIn("report.json");
+    EXPECT_EQ(report["exitCode"], 1);
+    for (const json& frame : report["frames"]) {
         const bool isBad = frame["frame"] == 3;
         EXPECT_EQ(frame["status"], isBad ? "failed" : "done");
         EXPECT_EQ(frame.contains("error"), isBad);
         EXPECT_GE(frame["seconds"].get<double>(), 0);
-        const std::string name = frame["input"];
-        EXPECT_EQ(frame["output"], "out/" + name);
+        EXPECT_EQ(frame["output"], "out/" + frame["input"].get<std::string>());
     }
 }
 
 TEST_F(FxrenderApply, ABadFrameEndsTheRunWithItsError) {
     saveSequence(6);
-    write("shot_0002.png", "This is no picture.\n");
-    const ProgramResult result = apply({"shot_####.png", "-o", "out/", "-f", "Channel separation",
-                                        "-j", "1", "--report", "report.json"},
-                                       65);
-    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
-    EXPECT_THAT(result.err, HasSubstr("shot_0002.png"));
+    write(shot(2), "This is no picture.\n");
+    expectRefusal({"apply", "shot_####.png", "-o", "out/", "-f", "Channel separation", "-j", "1",
+                   "--report", "report.json"},
+                  65, "shot_0002.png");
     std::vector<std::string> statuses;
-    const json written = report();
-    for (const json& frame : written["frames"]) statuses.push_back(frame["status"]);
-    EXPECT_THAT(statuses, testing::ElementsAre("done", "done", "failed", "not started",
-                                               "not started", "not started"));
+    const json report = jsonIn("report.json");
+    for (const json& frame : report["frames"]) statuses.push_back(frame["status"]);
+    EXPECT_THAT(statuses,
+                ElementsAre("done", "done", "failed", "not started", "not started", "not started"));
 }
 
 TEST_F(FxrenderApply, ADryRunSaysWhatItWouldWriteAndWritesNothing) {
@@ -220,9 +188,8 @@ TEST_F(FxrenderApply, ADryRunSaysWhatItWouldWriteAndWritesNothing) {
 
 TEST_F(FxrenderApply, StandardOutputStaysFreeAndProgressObeys) {
     saveSequence(4);
-    const auto progress = [this](const std::vector<std::string>& how) {
-        std::vector<std::string> arguments = {"shot_####.png", "-o", "out/", "-f",
-                                              "Channel separation"};
+    const auto progress = [this](const Arguments& how) {
+        Arguments arguments = {"shot_####.png", "-o", "out/", "-f", "Channel separation"};
         arguments.insert(arguments.end(), how.begin(), how.end());
         const ProgramResult result = apply(arguments);
         EXPECT_EQ(result.out, "");

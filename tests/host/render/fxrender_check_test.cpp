@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <nlohmann/json.hpp>
 #include <numeric>
 
 #include "tests/host/render/Program.h"
@@ -29,8 +28,12 @@ protected:
                         image.bits()[y * image.bytesPerLine() + x] = 255;
         return image;
     }
-    double meanOf(const QString& name) const {
-        const std::vector<int> levels = greyLevels(load(name));
+    /// The grey levels of what the filter makes of in.png.
+    std::vector<int> applied(const std::string& filter) {
+        apply({"in.png", "-o", "out.png", "-q", "-f", filter});
+        return samples(load("out.png"));
+    }
+    static double mean(const std::vector<int>& levels) {
         return std::accumulate(levels.begin(), levels.end(), 0.0) / levels.size();
     }
     /// Whether check objects with these words; its exit code must agree.
@@ -48,8 +51,7 @@ TEST_F(FxrenderCheck, KnowsTheSizesThatTheTransformRefuses) {
     for (const auto& [width, height] : sizes) {
         save(grey(width, height, 120), "in.png");
         const std::string filter = "Degauss:Method=0,Threshold=4";
-        EXPECT_EQ(fxrender({"apply", "in.png", "-o", "out.png", "-q", "-f", filter}).exitCode, 0);
-        const bool black = meanOf("out.png") == 0;
+        const bool black = mean(applied(filter)) == 0;
         EXPECT_EQ(objects(filter, "cannot take"), black) << width << " x " << height;
     }
     EXPECT_FALSE(objects("Degauss:Method=1", "cannot take"));
@@ -59,11 +61,10 @@ TEST_F(FxrenderCheck, KnowsTheAmountsThatBrighten) {
     save(grey(200, 200, 40), "in.png");
     for (int amount : {1, 2, 3, 4}) {
         const std::string filter = "Degauss:Method=0,Threshold=" + std::to_string(amount);
-        const ProgramResult result = fxrender({"apply", "in.png", "-o", "out.png", "-f", filter});
-        const bool brighter = meanOf("out.png") > 1.1 * 40;
+        const std::string said = apply({"in.png", "-o", "out.png", "-f", filter}).err;
+        const bool brighter = mean(samples(load("out.png"))) > 1.1 * 40;
         EXPECT_EQ(objects(filter, "bright"), brighter) << "amount " << amount;
-        EXPECT_EQ(result.err.find("fxrender: warning: ") != std::string::npos, brighter)
-            << result.err;
+        EXPECT_EQ(said.find("fxrender: warning: ") != std::string::npos, brighter) << said;
     }
 }
 
@@ -71,8 +72,7 @@ TEST_F(FxrenderCheck, KnowsWhatTheSeparatorNeeds) {
     save(discs(), "in.png");
     for (int details : {1, 2, 3, 10}) {
         const std::string filter = "Object separator:Det=" + std::to_string(details);
-        EXPECT_EQ(fxrender({"apply", "in.png", "-o", "out.png", "-q", "-f", filter}).exitCode, 0);
-        const bool untouched = greyLevels(load("in.png")) == greyLevels(load("out.png"));
+        const bool untouched = applied(filter) == samples(discs());
         EXPECT_EQ(objects(filter, "nothing is separated"), untouched) << filter;
     }
     EXPECT_FALSE(objects("Object separator", "black and white"));
@@ -87,12 +87,11 @@ TEST_F(FxrenderCheck, KnowsWhatTheSeparatorNeeds) {
 
 TEST_F(FxrenderCheck, ReportsHowManyObjectsAreSeparated) {
     save(discs(), "in.png");
-    const auto reported = [&](const std::vector<std::string>& filters) {
-        std::vector<std::string> arguments = {"apply",    "in.png", "-o", "out.png",
-                                              "--report", "r.json", "-q"};
+    const auto reported = [&](const Arguments& filters) {
+        Arguments arguments = {"in.png", "-o", "out.png", "--report", "r.json", "-q"};
         for (const std::string& filter : filters) arguments.insert(arguments.end(), {"-f", filter});
-        EXPECT_EQ(fxrender(arguments).exitCode, 0);
-        return nlohmann::json::parse(contents("r.json").toStdString())["frames"][0];
+        apply(arguments);
+        return jsonIn("r.json")["frames"][0];
     };
     EXPECT_EQ(reported({"Object separator:Det=20"})["objects"], 3) << "the two that touch are two";
     EXPECT_FALSE(reported({"Object separator:Type=1"}).contains("objects"))
@@ -103,7 +102,7 @@ TEST_F(FxrenderCheck, ReportsHowManyObjectsAreSeparated) {
 
 TEST_F(FxrenderCheck, NamesFramesAndDamagedFilesAndWritesNothing) {
     saveSequence(3, 1023, 8);
-    write("shot_0001.png", "no picture");
+    write(shot(1), "no picture");
     const QStringList before = files();
     const ProgramResult result =
         fxrender({"check", "shot_####.png", "-f", "Degauss:Method=0=1;2|=0,Threshold=4"});
@@ -111,8 +110,6 @@ TEST_F(FxrenderCheck, NamesFramesAndDamagedFilesAndWritesNothing) {
     EXPECT_THAT(result.out, HasSubstr("(frame 2)"));
     EXPECT_THAT(result.out, HasSubstr("shot_0001.png"));
     EXPECT_EQ(files(), before);
-    expectRefusal({"check", "shot_####.png"}, 2, "--filter");
-    expectRefusal({"check", "missing.png", "-f", "Degauss"}, 66, "missing.png");
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include <nlohmann/json.hpp>
+#include <map>
 
 #include "tests/host/render/Program.h"
 
@@ -11,66 +11,50 @@ using testing::HasSubstr;
 
 class FxrenderList : public FxrenderTest {
 protected:
-    /// The declaration of a parameter, as `list --json` gives it.
-    json parameter(const std::string& filter, const std::string& name) {
-        if (m_list.is_null()) m_list = json::parse(fxrender({"list", "--json"}).out);
-        for (const json& entry : m_list["filters"])
-            if (entry["key"] == filter)
-                for (const json& declared : entry["parameters"])
-                    if (declared["name"] == name) return declared;
-        ADD_FAILURE() << filter << " has no " << name;
-        return json();
-    }
-
-private:
-    json m_list;
+    json filters() { return json::parse(fxrender({"list", "--json"}).out)["filters"]; }
 };
 
-TEST_F(FxrenderList, TellsTypesKindsAndDefaults) {
-    EXPECT_EQ(parameter("Channel separation", "Channel"), (json{{"name", "Channel"},
-                                                                {"type", "int"},
-                                                                {"kind", "stepped"},
-                                                                {"default", 5},
-                                                                {"min", 1},
-                                                                {"max", 6}}));
-    EXPECT_EQ(
-        parameter("Channel separation", "Invert"),
-        (json{{"name", "Invert"}, {"type", "bool"}, {"kind", "stepped"}, {"default", false}}));
-    EXPECT_EQ(parameter("Channel separation", "Enabled"), (json{{"name", "Enabled"},
-                                                                {"type", "int"},
-                                                                {"kind", "constant"},
-                                                                {"default", 1},
-                                                                {"min", 0},
-                                                                {"max", 1}}));
-}
-
-TEST_F(FxrenderList, FindsTheRangesOfSlidersAndButtons) {
-    const auto expectRange = [this](const char* filter, const char* name, double min, double max) {
-        const json declared = parameter(filter, name);
-        EXPECT_EQ(declared.value("min", -999.0), min) << filter << ' ' << name;
-        EXPECT_EQ(declared.value("max", -999.0), max) << filter << ' ' << name;
+TEST_F(FxrenderList, TellsTypesKindsDefaultsAndRanges) {
+    // What a slider or a row of buttons can store, and what becomes of it on the way.
+    std::map<std::string, json> expected = {
+        {"Channel separation/Enabled",
+         {{"type", "int"}, {"kind", "constant"}, {"default", 1}, {"min", 0}, {"max", 1}}},
+        {"Channel separation/Channel",
+         {{"type", "int"}, {"kind", "stepped"}, {"default", 5}, {"min", 1}, {"max", 6}}},
+        {"Channel separation/Invert", {{"type", "bool"}, {"kind", "stepped"}, {"default", false}}},
+        {"Blur and enhance/Blur", {{"kind", "interpolated"}, {"min", 1}, {"max", 13}}},
+        {"Adaptive threshold/Size", {{"min", 11}, {"max", 101}}},  // stored as 2 x slider + 1
+        {"Adaptive threshold/Min",                                 // stored as slider / 10
+         {{"type", "double"}, {"default", 12.8}, {"min", 0.0}, {"max", 25.5}}},
+        {"Dilate_Erode/Dilate", {{"min", -13}, {"max", 13}}},
+        {"Open_Close/Dilate", {{"min", -13}, {"max", 13}}},
+        {"Degauss/Threshold", {{"min", 1}, {"max", 15}}},
+        {"Degauss/Method", {{"min", 0}, {"max", 1}}},         // two buttons
+        {"Object separator/Type", {{"min", 0}, {"max", 1}}},  // of which one bit is stored
+        {"Object separator/Det", {{"min", 1}, {"max", 100}}},
     };
-    expectRange("Blur and enhance", "Blur", 1, 13);
-    expectRange("Adaptive threshold", "Size", 11, 101);  // stored as 2 x slider + 1
-    expectRange("Adaptive threshold", "Min", 0, 25.5);   // stored as slider / 10
-    expectRange("Dilate_Erode", "Dilate", -13, 13);
-    expectRange("Open_Close", "Dilate", -13, 13);
-    expectRange("Degauss", "Threshold", 1, 15);
-    expectRange("Degauss", "Method", 0, 1);         // two buttons
-    expectRange("Object separator", "Type", 0, 1);  // two buttons, of which one bit is stored
-    expectRange("Object separator", "Det", 1, 100);
+    for (const json& filter : filters())
+        for (const json& parameter : filter["parameters"]) {
+            const std::string name =
+                filter["key"].get<std::string>() + "/" + parameter["name"].get<std::string>();
+            for (const auto& [fact, value] : expected[name].items())
+                EXPECT_EQ(parameter.value(fact, json()), value) << name << ' ' << fact;
+            EXPECT_EQ(parameter.contains("min"), parameter["type"] != "bool") << name;
+            expected.erase(name);
+        }
+    EXPECT_THAT(expected, testing::IsEmpty());
 }
 
 TEST_F(FxrenderList, TableNamesEveryFilterAndParameter) {
     const ProgramResult table = fxrender({"list"});
     EXPECT_EQ(table.exitCode, 0);
     EXPECT_EQ(table.err, "");
-    const json list = json::parse(fxrender({"list", "--json"}).out);
-    ASSERT_EQ(list["filters"].size(), 7u);
-    for (const json& filter : list["filters"]) {
+    const json listed = filters();
+    ASSERT_EQ(listed.size(), 7u);
+    for (const json& filter : listed) {
         EXPECT_THAT(table.out, HasSubstr(filter["key"].get<std::string>()));
-        for (const json& declared : filter["parameters"])
-            EXPECT_THAT(table.out, HasSubstr("  " + declared["name"].get<std::string>()));
+        for (const json& parameter : filter["parameters"])
+            EXPECT_THAT(table.out, HasSubstr("  " + parameter["name"].get<std::string>()));
     }
     EXPECT_THAT(table.out, HasSubstr("11 to 101"));
 }
