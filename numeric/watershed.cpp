@@ -6,6 +6,7 @@
 #include "numeric/flood.h"
 #include "numeric/flood_sweeps.h"
 #include "numeric/scratch.h"
+#include "numeric/step_sweeps.h"
 #include "numeric/watershed_rows.h"
 
 namespace numeric {
@@ -89,13 +90,11 @@ KernelStatus watershed(const unsigned char* relief, int reliefStep, unsigned cha
     const bool isMarching = norm >= kEuclidean && (flags & kByDistanceFlag) != 0;
     const bool sidesOnly = norm == kCityBlock;
     const SweepRows& sweeps = kSweepRows.selected();
-    const SweepOrder& order = isMarching  ? sweeps.byMarching
-                              : sidesOnly ? sweeps.bySideSteps
-                                          : sweeps.bySteps;
-    if (!floodBySweeps(planes, sweeps, order, scratch, size)) {
-        if (isMarching)
+    if (isMarching) {
+        if (!floodBySweeps(planes, sweeps, sweeps.byMarching, scratch, size))
             floodByMarching(planes, scratch);
-        else
+    } else {
+        if (!floodByStepSweeps(planes, sidesOnly, scratch, size))
             floodBySteps(planes, sidesOnly, scratch);
     }
 
