@@ -63,11 +63,13 @@ HWY_INLINE void relaxAlong(const GroupRow& row, const Rule& rule) {
 ///
 /// The rule has across(x), along<Direction>(x) for the group that starts at x, both returning
 /// whether anything changed, arrives(from, to) for two pixels beside each other, and kLanes.
+/// Returns the number of groups visited across.
 template <class Rule>
-HWY_INLINE void relax(const GroupRow& row, const Rule& rule) {
+HWY_INLINE int relax(const GroupRow& row, const Rule& rule) {
+    int visited = 0;
     for (int word = 0; word < row.words; ++word) {
         GroupBits changed = 0;
-        for (GroupBits bits = row.visits[word]; bits != 0; bits &= bits - 1)
+        for (GroupBits bits = row.visits[word]; bits != 0; bits &= bits - 1, ++visited)
             if (rule.across((word * kBitsPerWord + lowestBit(bits)) * Rule::kLanes))
                 changed |= bits & -bits;
         row.changed[word] = changed;
@@ -76,6 +78,7 @@ HWY_INLINE void relax(const GroupRow& row, const Rule& rule) {
     relaxAlong<Right>(row, rule);
     relaxAlong<Left>(row, rule);
     for (int word = 0; word < row.words; ++word) row.visits[word] = 0;
+    return visited;
 }
 
 /// The bytes of a group. Behind the end of the row there is `fill`.

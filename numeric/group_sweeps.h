@@ -30,11 +30,13 @@ private:
 class GroupSweeps {
 public:
     /// reach: how far a change reaches into the rows above and below, 1 if over corners, or 0.
-    GroupSweeps(int groups, int height, int reach, ScratchLayout& layout)
+    /// visits: how often a group may be visited on the average.
+    GroupSweeps(int groups, int height, int reach, int visits, ScratchLayout& layout)
         : m_groups(groups),
           m_words((groups + kBitsPerWord - 1) / kBitsPerWord),
           m_height(height),
           m_reach(reach),
+          m_visits(visits),
           m_free(m_words, height, layout),
           m_fromAbove(m_words, height, layout),
           m_fromBelow(m_words, height, layout),
@@ -63,9 +65,11 @@ public:
     }
 
     /// prepare(y) makes a row ready, with its free groups; false ends it all. relax(groups, y,
-    /// neighbour) visits groups of row y from the row above or below.
+    /// neighbour) visits groups of row y from the row above or below and returns how many. Returns
+    /// false as well if that takes too many visits: the ways are too winding for sweeps.
     template <class Prepare, class Relax>
-    bool converge(Prepare prepare, Relax relax) const {
+    bool converge(Prepare prepare, Relax relax) {
+        m_visitsLeft = 0;
         int prepared = 0;
         for (int begin = 0; begin < m_height; begin = bandEnd(begin)) {
             const int needed = std::min(bandEnd(begin) + 1, m_height);
@@ -77,15 +81,16 @@ public:
             sweepDown(begin, true, relax);
             sweepUp(begin, relax);
             settle(begin, relax);
+            if (m_visitsLeft < 0) return false;
         }
         // What a band has changed in the one above it.
         const int last = (m_height - 1) / kBandRows * kBandRows;
-        for (bool any = true; any;) {
+        for (bool any = true; any && m_visitsLeft >= 0;) {
             any = false;
             for (int begin = last; begin >= 0; begin -= kBandRows) any |= settle(begin, relax);
             for (int begin = 0; begin <= last; begin += kBandRows) any |= settle(begin, relax);
         }
-        return true;
+        return m_visitsLeft >= 0;
     }
 
 private:
@@ -108,16 +113,18 @@ private:
     }
 
     template <class Relax>
-    bool settle(int begin, Relax relax) const {
-        bool any = false;
-        while (static_cast<int>(sweepDown(begin, false, relax)) |
-               static_cast<int>(sweepUp(begin, relax)))
-            any = true;
-        return any;
+    bool settle(int begin, Relax relax) {
+        bool anyEver = false;
+        for (bool any = true; any && m_visitsLeft >= 0;) {
+            any = sweepDown(begin, false, relax);
+            any |= sweepUp(begin, relax);
+            anyEver |= any;
+        }
+        return anyEver;
     }
 
     template <class Relax>
-    bool sweepDown(int begin, bool isFirst, Relax relax) const {
+    bool sweepDown(int begin, bool isFirst, Relax relax) {
         bool any = false;
         for (int y = begin; y < bandEnd(begin); ++y)
             any |= visit(m_fromAbove, y, y - 1, isFirst, relax);
@@ -125,7 +132,7 @@ private:
     }
 
     template <class Relax>
-    bool sweepUp(int begin, Relax relax) const {
+    bool sweepUp(int begin, Relax relax) {
         bool any = false;
         for (int y = bandEnd(begin) - 1; y >= begin; --y)
             any |= visit(m_fromBelow, y, y + 1, false, relax);
@@ -133,11 +140,13 @@ private:
     }
 
     template <class Relax>
-    bool visit(const GroupBitRows& visits, int y, int neighbour, bool isFirst, Relax relax) const {
+    bool visit(const GroupBitRows& visits, int y, int neighbour, bool isFirst, Relax relax) {
         GroupBits* const groups = visits.row(y);
         if (std::all_of(groups, groups + m_words, [](GroupBits bits) { return bits == 0; }))
             return false;
-        relax(GroupRow{m_free.row(y), groups, m_line, m_words, isFirst}, y, neighbour);
+        const std::int64_t visited =
+            relax(GroupRow{m_free.row(y), groups, m_line, m_words, isFirst}, y, neighbour);
+        m_visitsLeft += isFirst ? visited * m_visits : -visited;
         spread(
             m_reach, [&](int word) { return m_line[word]; },
             [&](int word, GroupBits bits) {
@@ -151,10 +160,12 @@ private:
     int m_words;
     int m_height;
     int m_reach;
+    int m_visits;
     GroupBitRows m_free;
     GroupBitRows m_fromAbove;
     GroupBitRows m_fromBelow;
     GroupBits* m_line;
+    std::int64_t m_visitsLeft = 0;
 };
 
 }  // namespace numeric

@@ -118,8 +118,8 @@ struct KeyRule {
 };
 
 template <class Key, Neighbours kNeighbours>
-void relaxKeys(const GroupRow& groups, const KeyRow<Key>& row) {
-    relax(groups, KeyRule<Key, kNeighbours>(row));
+int relaxKeys(const GroupRow& groups, const KeyRow<Key>& row) {
+    return relax(groups, KeyRule<Key, kNeighbours>(row));
 }
 
 template <class Key>
@@ -201,18 +201,21 @@ void prepare(const PreparedRow<Key>& row) {
 }
 
 template <class Key>
-bool areStepsLong(const Key* keys, const Key* floors, const GroupBits* free, int words) {
+void addReach(const Key* keys, const Key* floors, const GroupBits* free, int words, Reach* reach) {
     const KeyTag<Key> d;
     const auto far = hn::Set(d, kFar<Key>);
     auto longest = hn::Zero(d);
     forEachGroup(free, words, [&](int group) {
         const int x = group * kLanesOf<Key>;
         const auto key = hn::LoadU(d, keys + x);
-        const auto ofFree = hn::IfThenZeroElse(hn::Eq(hn::LoadU(d, floors + x), far), key);
-        longest = hn::Max(longest, hn::IfThenZeroElse(hn::Eq(key, far), ofFree));
+        const auto isFree = hn::Ne(hn::LoadU(d, floors + x), far);
+        const auto isFar = hn::Eq(key, far);
+        longest = hn::Max(longest, hn::IfThenElseZero(isFree, hn::IfThenZeroElse(isFar, key)));
+        reach->free += static_cast<std::int64_t>(hn::CountTrue(d, isFree));
+        reach->far += static_cast<std::int64_t>(hn::CountTrue(d, hn::And(isFree, isFar)));
     });
     const auto limit = hn::Set(d, static_cast<Key>(KeyFormat<Key>::kLongSteps << kStepShift));
-    return !hn::AllFalse(d, hn::Eq(hn::Min(longest, limit), limit));
+    reach->isLong |= !hn::AllFalse(d, hn::Eq(hn::Min(longest, limit), limit));
 }
 
 template <class Key>
@@ -234,7 +237,7 @@ void readLabels(const Key* keys, unsigned char highLabel, const GroupBits* free,
 template <class Key>
 constexpr StepKeyRows<Key> makeRows() {
     return {kLanesOf<Key>,         findFree<Key>,        prepareTwoLevels<Key>, prepare<Key>,
-            relaxKeys<Key, Eight>, relaxKeys<Key, Four>, areStepsLong<Key>,     readLabels<Key>};
+            relaxKeys<Key, Eight>, relaxKeys<Key, Four>, addReach<Key>,         readLabels<Key>};
 }
 
 }  // namespace

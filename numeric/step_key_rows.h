@@ -48,6 +48,13 @@ struct LevelKinds {
     unsigned char largestHigh;
 };
 
+/// How far the flood of a plane of two levels has come, in pixels.
+struct Reach {
+    bool isLong = false;  // more steps somewhere than the keys can count
+    std::int64_t free = 0;
+    std::int64_t far = 0;
+};
+
 /// A row of the picture, and where its keys and floors go.
 template <class Key>
 struct PreparedRow {
@@ -70,11 +77,12 @@ struct StepKeyRows {
                              LevelKinds* kinds);
     void (*prepare)(const PreparedRow<Key>& row);
     /// Lower keys to what arrives from the neighbouring row, to 8 or to 4 neighbours, then along
-    /// the row both ways.
-    void (*relax8)(const GroupRow& groups, const KeyRow<Key>& row);
-    void (*relax4)(const GroupRow& groups, const KeyRow<Key>& row);
-    /// Whether the steps to any free pixel are more than keys of two levels can count.
-    bool (*areStepsLong)(const Key* keys, const Key* floors, const GroupBits* free, int words);
+    /// the row both ways. Return the number of groups visited.
+    int (*relax8)(const GroupRow& groups, const KeyRow<Key>& row);
+    int (*relax4)(const GroupRow& groups, const KeyRow<Key>& row);
+    /// Adds what a row of final keys tells.
+    void (*addReach)(const Key* keys, const Key* floors, const GroupBits* free, int words,
+                     Reach* reach);
     /// Writes the labels of the free pixels, highLabel where none has arrived.
     void (*readLabels)(const Key* keys, unsigned char highLabel, const GroupBits* free, int words,
                        unsigned char* marker, int width);

@@ -155,8 +155,8 @@ struct LabelRule {
 };
 
 template <Neighbours kNeighbours>
-void relaxLabels(const GroupRow& groups, const LabelRow& row) {
-    relax(groups, LabelRule<kNeighbours>(row));
+int relaxLabels(const GroupRow& groups, const LabelRow& row) {
+    return relax(groups, LabelRule<kNeighbours>(row));
 }
 
 }  // namespace

@@ -52,8 +52,9 @@ struct StepLabelRows {
     /// Fills a row of labels, 255 where there is no seed.
     void (*prepare)(const unsigned char* marker, int width, unsigned char* labels);
     /// Lower labels to those that come from the neighbouring row, then along the row both ways.
-    void (*relax8)(const GroupRow& groups, const LabelRow& row);
-    void (*relax4)(const GroupRow& groups, const LabelRow& row);
+    /// Return the number of groups visited.
+    int (*relax8)(const GroupRow& groups, const LabelRow& row);
+    int (*relax4)(const GroupRow& groups, const LabelRow& row);
 };
 
 extern const RowBuilds<StepLabelRows> kStepLabelBuilds;

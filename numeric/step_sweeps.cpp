@@ -16,6 +16,10 @@ const SlotTable<StepKeyRows<std::uint16_t>> kKeyRows16(kStepKey16Builds);
 const SlotTable<StepKeyRows<std::int32_t>> kKeyRows32(kStepKey32Builds);
 const SlotTable<StepLabelRows> kLabelRows(kStepLabelBuilds);
 
+// More visits on the average, and the queue is faster.
+constexpr int kVisitsForKeys = 6;
+constexpr int kVisitsForLabels = 12;
+
 constexpr int kLineBytes = 64;
 
 struct alignas(kLineBytes) CacheLine {
@@ -45,7 +49,7 @@ int groupsOf(int width, int lanes) {
     return (width + lanes - 1) / lanes;
 }
 
-enum class TwoLevels { Done, Winding, OtherRelief };
+enum class TwoLevels { Done, OtherRelief, Winding, Long };
 
 /// The keys of a plane. They only ever get smaller, until each is what arrives from its neighbours;
 /// that state is unique, so it is the flood's.
@@ -58,7 +62,7 @@ public:
           m_rows(rows),
           m_relax(sidesOnly ? rows.relax4 : rows.relax8),
           m_sweeps(groupsOf(planes.width(), rows.lanes), planes.height(), sidesOnly ? 0 : 1,
-                   layout),
+                   kVisitsForKeys, layout),
           m_keys(strideOf(planes, rows), planes.height(), layout),
           m_floors(strideOf(planes, rows), planes.height(), layout) {}
 
@@ -68,7 +72,7 @@ public:
     int words() const { return m_sweeps.words(); }
 
     /// Floods a plane of two levels.
-    TwoLevels floodTwoLevels() const {
+    TwoLevels floodTwoLevels() {
         int freeLevel = -1;
         LevelKinds kinds{false, 255, 0};
         start();
@@ -76,12 +80,16 @@ public:
             const PreparedRow<Key> row = startRow(y);
             if (freeLevel < 0) freeLevel = levelOfFirstFree(y);
             m_rows.prepareTwoLevels(row, static_cast<unsigned char>(freeLevel), &kinds);
-            return !kinds.otherLevels && kinds.smallestHigh >= kinds.largestHigh;
+            return isTwoLevels(kinds);
         };
-        if (!converge(prepare, Key{1} << kStepShift)) return TwoLevels::OtherRelief;
+        const bool isSettled = converge(prepare, Key{1} << kStepShift);
+        if (!isTwoLevels(kinds)) return TwoLevels::OtherRelief;
+        if (!isSettled) return TwoLevels::Winding;
+        Reach reach;
         for (int y = 0; y < m_planes.height(); ++y)
-            if (m_rows.areStepsLong(keys(y), floors(y), free(y), words()))
-                return TwoLevels::Winding;
+            m_rows.addReach(keys(y), floors(y), free(y), words(), &reach);
+        // A corridor's pixels are nearly all beyond the steps that narrow keys can count.
+        if (reach.isLong) return 2 * reach.far > reach.free ? TwoLevels::Winding : TwoLevels::Long;
         for (int y = 0; y < m_planes.height(); ++y)
             m_rows.readLabels(keys(y), kinds.largestHigh, free(y), words(), m_planes.marker.row(y),
                               m_planes.width());
@@ -89,7 +97,7 @@ public:
     }
 
     /// Makes the keys of any relief.
-    bool sweep() const {
+    bool sweep() {
         start();
         const auto prepare = [&](int y) {
             m_rows.prepare(startRow(y));
@@ -99,6 +107,10 @@ public:
     }
 
 private:
+    static bool isTwoLevels(const LevelKinds& kinds) {
+        return !kinds.otherLevels && kinds.smallestHigh >= kinds.largestHigh;
+    }
+
     static std::int64_t strideOf(const FloodPlanes& planes, const StepKeyRows<Key>& rows) {
         return (std::int64_t{groupsOf(planes.width(), rows.lanes)} + 1) * rows.lanes;
     }
@@ -138,15 +150,15 @@ private:
     }
 
     template <class Prepare>
-    bool converge(Prepare prepare, Key step) const {
+    bool converge(Prepare prepare, Key step) {
         return m_sweeps.converge(prepare, [&](const GroupRow& groups, int y, int neighbour) {
-            m_relax(groups, {keys(neighbour), m_keys.row(y), floors(y), step});
+            return m_relax(groups, {keys(neighbour), m_keys.row(y), floors(y), step});
         });
     }
 
     FloodPlanes m_planes;
     const StepKeyRows<Key>& m_rows;
-    void (*m_relax)(const GroupRow& groups, const KeyRow<Key>& row);
+    int (*m_relax)(const GroupRow& groups, const KeyRow<Key>& row);
     GroupSweeps m_sweeps;
     StepPlane<Key> m_keys;
     StepPlane<Key> m_floors;
@@ -162,11 +174,11 @@ public:
           m_findSources(sidesOnly ? rows.findSources4 : rows.findSources8),
           m_relax(sidesOnly ? rows.relax4 : rows.relax8),
           m_sweeps(groupsOf(planes.width(), rows.lanes), planes.height(), sidesOnly ? 0 : 1,
-                   layout),
+                   kVisitsForLabels, layout),
           m_labels(strideOf(planes, rows), planes.height(), layout),
           m_sources(strideOf(planes, rows), planes.height(), layout) {}
 
-    bool flood(const KeySweeps<std::int32_t>& keys) const {
+    bool flood(const KeySweeps<std::int32_t>& keys) {
         m_sweeps.clear();
         const auto prepare = [&](int y) {
             unsigned char* sources = m_sources.row(y);
@@ -179,8 +191,8 @@ public:
             return true;
         };
         const auto relax = [&](const GroupRow& groups, int y, int neighbour) {
-            m_relax(groups,
-                    {m_labels.row(neighbour), m_labels.row(y), m_sources.row(y), neighbour < y});
+            return m_relax(groups, {m_labels.row(neighbour), m_labels.row(y), m_sources.row(y),
+                                    neighbour < y});
         };
         if (!m_sweeps.converge(prepare, relax)) return false;
         for (int y = 0; y < m_planes.height(); ++y)
@@ -196,7 +208,7 @@ private:
     FloodPlanes m_planes;
     const StepLabelRows& m_rows;
     bool (*m_findSources)(const SourceRow& row);
-    void (*m_relax)(const GroupRow& groups, const LabelRow& row);
+    int (*m_relax)(const GroupRow& groups, const LabelRow& row);
     GroupSweeps m_sweeps;
     StepPlane<unsigned char> m_labels;
     StepPlane<unsigned char> m_sources;
@@ -216,8 +228,9 @@ bool sweepInScratch(unsigned char* scratch, int scratchSize, Make make, Sweep sw
 
 bool floodByStepSweeps(const FloodPlanes& planes, bool sidesOnly, unsigned char* scratch,
                        int scratchSize) {
-    TwoLevels outcome = TwoLevels::Winding;
-    const auto floodTwoLevels = [&](const auto& keys) {
+    // A narrow plane fits where a wide one does not; without room for it, the relief counts as any.
+    TwoLevels outcome = TwoLevels::OtherRelief;
+    const auto floodTwoLevels = [&](auto keys) {
         outcome = keys.floodTwoLevels();
         return outcome == TwoLevels::Done;
     };
@@ -225,17 +238,18 @@ bool floodByStepSweeps(const FloodPlanes& planes, bool sidesOnly, unsigned char*
         return KeySweeps<std::uint16_t>(planes, sidesOnly, kKeyRows16.selected(), layout);
     };
     if (sweepInScratch(scratch, scratchSize, makeNarrow, floodTwoLevels)) return true;
+    if (outcome == TwoLevels::Winding) return false;
     const auto makeWide = [&](ScratchLayout& layout) {
         return KeySweeps<std::int32_t>(planes, sidesOnly, kKeyRows32.selected(), layout);
     };
-    if (outcome == TwoLevels::Winding)
+    if (outcome == TwoLevels::Long)
         return sweepInScratch(scratch, scratchSize, makeWide, floodTwoLevels);
     const auto makeBoth = [&](ScratchLayout& layout) {
         const auto keys = makeWide(layout);
         return std::pair(keys, LabelSweeps(planes, sidesOnly, kLabelRows.selected(), layout));
     };
-    return sweepInScratch(scratch, scratchSize, makeBoth, [](const auto& both) {
-        const auto& [keys, labels] = both;
+    return sweepInScratch(scratch, scratchSize, makeBoth, [](auto both) {
+        auto& [keys, labels] = both;
         return keys.sweep() && labels.flood(keys);
     });
 }
