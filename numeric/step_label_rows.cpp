@@ -83,9 +83,9 @@ struct LabelRule {
     static constexpr int kLanes = static_cast<int>(hn::MaxLanes(LabelTag()));
 
     explicit LabelRule(const LabelRow& labelRow) : row(labelRow) {
-        atLeft = hn::Set(d, row.isFromAbove ? UpperLeft : LowerLeft);
-        across0 = hn::Set(d, row.isFromAbove ? Upper : Lower);
-        atRight = hn::Set(d, row.isFromAbove ? UpperRight : LowerRight);
+        fromLeft = hn::Set(d, row.isFromAbove ? UpperLeft : LowerLeft);
+        straight = hn::Set(d, row.isFromAbove ? Upper : Lower);
+        fromRight = hn::Set(d, row.isFromAbove ? UpperRight : LowerRight);
     }
 
     HWY_INLINE Labels labelFrom(const unsigned char* label, Labels sources, Labels bit) const {
@@ -95,10 +95,10 @@ struct LabelRule {
 
     HWY_INLINE bool across(int x) const {
         const auto sources = hn::LoadU(d, row.sources + x);
-        auto label = labelFrom(row.neighbours + x, sources, across0);
+        auto label = labelFrom(row.neighbours + x, sources, straight);
         if (kNeighbours == Eight) {
-            label = hn::Min(label, labelFrom(row.neighbours + x - 1, sources, atLeft));
-            label = hn::Min(label, labelFrom(row.neighbours + x + 1, sources, atRight));
+            label = hn::Min(label, labelFrom(row.neighbours + x - 1, sources, fromLeft));
+            label = hn::Min(label, labelFrom(row.neighbours + x + 1, sources, fromRight));
         }
         const auto old = hn::LoadU(d, row.labels + x);
         const auto smaller = hn::Min(old, label);
@@ -149,9 +149,9 @@ struct LabelRule {
 
     const LabelRow& row;
     LabelTag d;
-    Labels atLeft;
-    Labels across0;
-    Labels atRight;
+    Labels fromLeft;
+    Labels straight;
+    Labels fromRight;
 };
 
 template <Neighbours kNeighbours>

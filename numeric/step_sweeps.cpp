@@ -32,15 +32,16 @@ template <class T>
 class StepPlane {
 public:
     StepPlane(std::int64_t stride, int height, ScratchLayout& layout) : m_stride(stride) {
-        constexpr std::int64_t kPerLine = kLineBytes / sizeof(T);
         const std::int64_t lines = (stride * (std::int64_t{height} + 2) + kPerLine - 1) / kPerLine;
-        m_values = reinterpret_cast<T*>(layout.take<CacheLine>(lines + 2)) + kPerLine;
+        m_values = reinterpret_cast<T*>(layout.take<CacheLine>(lines + 2));
     }
 
     std::int64_t stride() const { return m_stride; }
-    T* row(int y) const { return m_values + m_stride * (std::int64_t{y} + 1); }
+    T* row(int y) const { return m_values + kPerLine + m_stride * (std::int64_t{y} + 1); }
 
 private:
+    static constexpr std::int64_t kPerLine = kLineBytes / sizeof(T);
+
     std::int64_t m_stride;
     T* m_values;
 };
@@ -49,7 +50,13 @@ int groupsOf(int width, int lanes) {
     return (width + lanes - 1) / lanes;
 }
 
-enum class TwoLevels { Done, OtherRelief, Winding, Long };
+/// What came of flooding a plane as one of two levels.
+enum class TwoLevels {
+    Done,
+    OtherRelief,
+    Winding,  // better left to the queue
+    Long,     // more steps than the keys can count
+};
 
 /// The keys of a plane. They only ever get smaller, until each is what arrives from its neighbours;
 /// that state is unique, so it is the flood's.
@@ -71,14 +78,17 @@ public:
     const GroupBits* free(int y) const { return m_sweeps.free(y); }
     int words() const { return m_sweeps.words(); }
 
-    /// Floods a plane of two levels.
+    /// Floods a plane whose free pixels are all of one level, and whose seeds above it are all of
+    /// one label as far as they touch free pixels.
     TwoLevels floodTwoLevels() {
         int freeLevel = -1;
         LevelKinds kinds{false, 255, 0};
         start();
         const auto prepare = [&](int y) {
             const PreparedRow<Key> row = startRow(y);
-            if (freeLevel < 0) freeLevel = levelOfFirstFree(y);
+            const auto isEmpty = [](GroupBits bits) { return bits == 0; };
+            if (freeLevel < 0 && !std::all_of(row.needed, row.needed + row.words, isEmpty))
+                freeLevel = levelOfFirstFree(y);
             m_rows.prepareTwoLevels(row, static_cast<unsigned char>(freeLevel), &kinds);
             return isTwoLevels(kinds);
         };
@@ -96,7 +106,7 @@ public:
         return TwoLevels::Done;
     }
 
-    /// Makes the keys of any relief.
+    /// Makes the keys of any relief. False if its ways are too winding.
     bool sweep() {
         start();
         const auto prepare = [&](int y) {
@@ -126,7 +136,6 @@ private:
         m_rows.findFree(m_planes.marker.row(y), m_planes.width(), m_sweeps.free(y));
     }
 
-    /// Prepares what a row needs to be filled.
     PreparedRow<Key> startRow(int y) const {
         if (y + 1 < m_planes.height()) findFree(y + 1);
         m_keys.row(y)[-1] = KeyFormat<Key>::kFar;
@@ -140,6 +149,7 @@ private:
     }
 
     int levelOfFirstFree(int y) const {
+        // The first row that needs keys may need them for free pixels below it.
         for (const int row : {y, std::min(y + 1, m_planes.height() - 1)}) {
             const unsigned char* marker = m_planes.marker.row(row);
             const unsigned char* end = marker + m_planes.width();
@@ -228,7 +238,6 @@ bool sweepInScratch(unsigned char* scratch, int scratchSize, Make make, Sweep sw
 
 bool floodByStepSweeps(const FloodPlanes& planes, bool sidesOnly, unsigned char* scratch,
                        int scratchSize) {
-    // A narrow plane fits where a wide one does not; without room for it, the relief counts as any.
     TwoLevels outcome = TwoLevels::OtherRelief;
     const auto floodTwoLevels = [&](auto keys) {
         outcome = keys.floodTwoLevels();
