@@ -153,6 +153,18 @@ TEST(Watershed, MatchesPlainPriorityFloodWhereTheBackgroundHasSeveralSeeds) {
     expectLikeOracle(picture.relief, picture.marker);
 }
 
+TEST(Watershed, FillsObjectsWithoutSeedsFromTheirOwnSideOfTheBackground) {
+    const auto isObject = [](int x, int y) { return x % 20 > 4 && y % 30 > 6; };
+    for (const unsigned seedEvery : {900u, 1u << 30}) {
+        Picture picture = twoLevelPicture(170, 150, seedEvery, 6, isObject);
+        expectStepsLikeOracle(picture.relief, picture.marker);
+        for (int y = 0; y < 150; ++y)
+            for (int x = 0; x < 170; ++x)
+                if (!isObject(x, y) && (x / 10 + y) % 160 > 70) picture.marker.at(x, y) = 9;
+        expectStepsLikeOracle(picture.relief, picture.marker);
+    }
+}
+
 TEST(Watershed, FollowsWaysTooLongForOneCount) {
     // 52,000 pixels of corridor: the distances overrun what sweeps and marching count in.
     const auto isObject = [](int x, int y) { return y % 2 == 0 || x == (y % 4 == 1 ? 399 : 0); };
@@ -218,7 +230,7 @@ TEST(Watershed, TakesTheLabelOfAShorterWayThatIsFoundLater) {
     // to the far side comes the label of the ground behind it, whatever a short way over high
     // ground has brought there before.
     std::mt19937 random(8);
-    for (int round = 0; round < 30; ++round) {
+    for (int round = 0; round < 12; ++round) {
         Picture picture = randomPicture(220, 150, {}, 2 + round % 3, 1u << 30, random());
         for (int i = 0; i < 2 + round % 5; ++i)
             picture.marker.at(random() % 220, random() % 150) =
