@@ -27,24 +27,6 @@ HWY_INLINE int keyLanes() {
 // The orders: the key that arrives over a side neighbour and the smaller of the corners beside it.
 // No arrival is below kFarKey if neither key is.
 
-struct Steps {
-    static HWY_INLINE Keys arrive(Keys side, Keys corner) {
-        const KeyTag d;
-        return hn::Add(hn::Min(side, corner), hn::Set(d, 1 << kLabelBits));
-    }
-    static HWY_INLINE SweepKey arrive(SweepKey side, SweepKey corner) {
-        return (side < corner ? side : corner) + (1 << kLabelBits);
-    }
-};
-
-struct SideSteps {
-    static HWY_INLINE Keys arrive(Keys side, Keys) {
-        const KeyTag d;
-        return hn::Add(side, hn::Set(d, 1 << kLabelBits));
-    }
-    static HWY_INLINE SweepKey arrive(SweepKey side, SweepKey) { return side + (1 << kLabelBits); }
-};
-
 struct Marching {
     static HWY_INLINE Keys arrive(Keys side, Keys corner) {
         const KeyTag d;
@@ -267,8 +249,7 @@ void readLabels(const SweepKey* keys, unsigned char highLabel, unsigned char* ma
 
 }  // namespace
 
-constexpr SweepRows kRows = {makeOrder<Steps>(), makeOrder<SideSteps>(), makeOrder<Marching>(),
-                             prepare, readLabels};
+constexpr SweepRows kRows = {makeOrder<Marching>(), prepare, readLabels};
 
 }  // namespace HWY_NAMESPACE
 }  // namespace numeric

@@ -46,9 +46,7 @@ struct SweepOrder {
 };
 
 struct SweepRows {
-    SweepOrder bySteps;      // to 8 neighbours
-    SweepOrder bySideSteps;  // to 4 neighbours
-    SweepOrder byMarching;   // distances of arrival.h
+    SweepOrder byMarching;  // distances of arrival.h
     /// Fills a row of keys and free flags, without the margins, and extends *kinds.
     void (*prepare)(const unsigned char* relief, const unsigned char* marker, int width,
                     unsigned char freeLevel, SweepKey* keys, unsigned char* free,
