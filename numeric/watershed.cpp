@@ -4,17 +4,16 @@
 
 #include "numeric/checks.h"
 #include "numeric/flood.h"
-#include "numeric/flood_sweeps.h"
 #include "numeric/flood_tiles.h"
 #include "numeric/free_rows.h"
 #include "numeric/scratch.h"
+#include "numeric/step_sweeps.h"
 #include "numeric/watershed_rows.h"
 
 namespace numeric {
 namespace {
 
 const SlotTable<FloodRows> kFloodRows(kFloodBuilds);
-const SlotTable<SweepRows> kSweepRows(kSweepBuilds);
 const SlotTable<FreeRows> kFreeRows(kFreeBuilds);
 const SlotTable<TileRows> kTileRows(kTileBuilds);
 const SlotTable<WatershedRows> kWatershedRows(kWatershedBuilds);
@@ -97,9 +96,7 @@ KernelStatus watershed(const unsigned char* relief, int reliefStep, unsigned cha
             floodByMarching(planes, kFloodRows.selected(), scratch);
     } else {
         const bool sidesOnly = norm == kCityBlock;
-        const SweepRows& sweeps = kSweepRows.selected();
-        const SweepOrder& order = sidesOnly ? sweeps.bySideSteps : sweeps.bySteps;
-        if (!floodBySweeps(planes, sweeps, order, scratch, size))
+        if (!floodByStepSweeps(planes, sidesOnly, scratch, size))
             floodBySteps(planes, kFloodRows.selected(), sidesOnly, scratch);
     }
 

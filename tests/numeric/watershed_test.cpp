@@ -64,6 +64,19 @@ void expectLikeOracle(const BytePlane& relief, const BytePlane& marker) {
         }
 }
 
+/// Compares the floods by steps in all slots with the plain priority flood.
+void expectStepsLikeOracle(const BytePlane& relief, const BytePlane& marker) {
+    for (const int norm : {0, 1}) {
+        SCOPED_TRACE("norm " + std::to_string(norm));
+        const BytePlane expected = FloodOracle(relief, marker, norm, true).labels();
+        forEachSlot([&] {
+            BytePlane actual = marker;
+            ASSERT_NO_FATAL_FAILURE(flood(relief, actual, norm, kBySteps));
+            ASSERT_TRUE(samePixels(expected, actual));
+        });
+    }
+}
+
 struct Picture {
     BytePlane relief;
     BytePlane marker;
@@ -155,6 +168,18 @@ TEST(Watershed, MatchesPlainPriorityFloodWhereTheBackgroundHasSeveralSeeds) {
     Picture picture = randomPicture(90, 70, {}, 1, 300, 4);
     picture.relief.set([](int x, int y) { return (x / 9 + y / 7) % 3 == 0 ? 200 : 50; });
     expectLikeOracle(picture.relief, picture.marker);
+}
+
+TEST(Watershed, FillsObjectsWithoutSeedsFromTheirOwnSideOfTheBackground) {
+    const auto isObject = [](int x, int y) { return x % 20 > 4 && y % 30 > 6; };
+    for (const unsigned seedEvery : {900u, 1u << 30}) {
+        Picture picture = twoLevelPicture(170, 150, seedEvery, 6, isObject);
+        expectStepsLikeOracle(picture.relief, picture.marker);
+        for (int y = 0; y < 150; ++y)
+            for (int x = 0; x < 170; ++x)
+                if (!isObject(x, y) && (x / 10 + y) % 160 > 70) picture.marker.at(x, y) = 9;
+        expectStepsLikeOracle(picture.relief, picture.marker);
+    }
 }
 
 TEST(Watershed, FollowsWaysTooLongForOneCount) {
@@ -264,6 +289,70 @@ TEST(Watershed, MatchesPlainPriorityFloodWhereTheEndOfThePlaneMatters) {
             for (int x = 20; x < 400; x += 60) picture.marker.at(x, y) = 2 + x / 60;
         picture.marker.at(0, 304) = 3;
         expectMarchingLikeOracle(picture);
+    }
+}
+
+/// Smooth hills of so many levels.
+void makeHills(BytePlane& relief, int levels, double wavelength) {
+    relief.set([=](int x, int y) {
+        const double height = std::sin(x / wavelength) + std::sin(y / wavelength * 1.3) +
+                              std::sin((x + 2.0 * y) / wavelength * 0.7) / 2;
+        return static_cast<unsigned char>(std::lround((height / 5 + 0.5) * (levels - 1)) * 255 /
+                                          (levels - 1));
+    });
+}
+
+TEST(Watershed, MatchesPlainPriorityFloodOnHillsAndPlateaus) {
+    // Higher than two bands of rows, and wider than a word of groups where vectors are short.
+    unsigned seed = 40;
+    for (const auto& [width, height] : {std::pair{255, 140}, {256, 65}, {641, 70}, {64, 300}})
+        for (const auto& [levels, wavelength] : {std::pair{256, 9.0}, {7, 9.0}, {3, 40.0}})
+            for (const unsigned seedEvery : {30u, 3000u, 30000u}) {
+                Picture picture = randomPicture(width, height, {}, 1, seedEvery, ++seed);
+                makeHills(picture.relief, levels, wavelength);
+                picture.marker.at(seed % width, height - 1) = 255;
+                picture.marker.at(width - 1, seed % height) = 1;
+                expectStepsLikeOracle(picture.relief, picture.marker);
+            }
+}
+
+TEST(Watershed, FollowsManyStepsWithinALevel) {
+    // One count of eight bits ends within a plateau. Labels of the two ends and of a seed above
+    // meet in its middle.
+    for (const auto& [width, height] : {std::pair{700, 30}, {70, 560}})
+        for (const int level : {0, 254, 255}) {
+            Picture picture{{width, height}, {width, height}};
+            picture.relief.fill(static_cast<unsigned char>(level));
+            picture.marker.at(0, 0) = 255;
+            picture.marker.at(width - 1, height - 1) = 1;
+            expectStepsLikeOracle(picture.relief, picture.marker);
+            // A basin behind a ridge is filled from where the flood comes over it.
+            picture.relief.set([&](int x, int y) {
+                const bool isRidge = x + y == 20 && y > 3;
+                return static_cast<unsigned char>(isRidge ? 200 : x + y < 20 ? 100 : level / 3);
+            });
+            picture.marker.at(width - 1, height - 1) = 0;
+            picture.marker.at(1, height - 1) = 7;
+            expectStepsLikeOracle(picture.relief, picture.marker);
+        }
+}
+
+TEST(Watershed, TakesTheLabelOfAShorterWayThatIsFoundLater) {
+    // Sweeps meet the ways in another order than the flood: from the low corridor that winds round
+    // to the far side comes the label of the ground behind it, whatever a short way over high
+    // ground has brought there before.
+    std::mt19937 random(8);
+    for (int round = 0; round < 12; ++round) {
+        Picture picture = randomPicture(220, 150, {}, 2 + round % 3, 1u << 30, random());
+        for (int i = 0; i < 2 + round % 5; ++i)
+            picture.marker.at(random() % 220, random() % 150) =
+                static_cast<unsigned char>(1 + random() % 255);
+        picture.relief.set([&](int x, int y) {
+            const bool isCorridor = y % 14 < 5 || (x < 6 ? y % 28 < 14 : x > 213 && y % 28 >= 14);
+            const int noise = picture.relief.at(x, y) / (2 + round % 7);
+            return static_cast<unsigned char>(isCorridor ? noise / 8 : 60 + noise);
+        });
+        expectStepsLikeOracle(picture.relief, picture.marker);
     }
 }
 
