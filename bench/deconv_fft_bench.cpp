@@ -1,15 +1,18 @@
-#include <benchmark/benchmark.h>
 #include <fftw3.h>
 
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <memory>
 #include <opencv2/imgproc.hpp>
 #include <string>
 
+#include "bench/series.h"
 #include "numeric/owned.h"
 
 namespace {
+
+using namespace benchmarks;
 
 constexpr int kKernelSize = 3;
 constexpr float kKernel[kKernelSize * kKernelSize] = {0.0625F, 0.125F,  0.0625F, 0.125F, 0.25F,
@@ -29,19 +32,9 @@ int orderOf(cv::Size size) {
     return order;
 }
 
-/// Measures work as it goes from frame to frame: its memory has been touched before.
-template <class Work>
-void measure(benchmark::State& state, const Work& work) {
-    work();
-    for (auto _ : state) {
-        work();
-        benchmark::ClobberMemory();
-    }
-}
-
 /// processorCode: one that selects the build to measure.
 void runNumeric(benchmark::State& state, cv::Size size, int processorCode) {
-    const cv::Mat source = picture(size);
+    const std::array sources{picture(size)};
     cv::Mat result(size, CV_32F);
     numeric::DeconvFFTState* deconvolution = nullptr;
     if (numeric::deconvFFTInit(&deconvolution, kKernel, kKernelSize, orderOf(size), kThreshold) !=
@@ -49,7 +42,7 @@ void runNumeric(benchmark::State& state, cv::Size size, int processorCode) {
         state.SkipWithError("no state");
     const numeric::OwnedDeconvFFT owned(deconvolution);
     numeric::selectVariant(processorCode);
-    measure(state, [&] {
+    measure(state, sources, [&](const cv::Mat& source) {
         const auto status = numeric::deconvFFT(source.ptr<float>(), static_cast<int>(source.step),
                                                result.ptr<float>(), static_cast<int>(result.step),
                                                size.width, size.height, deconvolution);
@@ -152,20 +145,20 @@ private:
 };
 
 void runFftw(benchmark::State& state, cv::Size size) {
-    const cv::Mat source = picture(size);
+    const std::array sources{picture(size)};
     cv::Mat result(size, CV_32F);
     FftwDeconvolution deconvolve(size);
-    measure(state, [&] { deconvolve(source, result); });
+    measure(state, sources, [&](const cv::Mat& source) { deconvolve(source, result); });
 }
 
 void runOpenCV(benchmark::State& state, cv::Size size) {
     const int length = 1 << orderOf(size), rowsIn = size.height + kKernelSize - 1;
-    const cv::Mat source = picture(size);
+    const std::array sources{picture(size)};
     cv::Mat padded(length, length, CV_32F), spectrum, result(size, CV_32F);
     // The packed format's scale of the filter; its values do not change the time.
     const cv::Mat filter(length, length, CV_32F,
                          cv::Scalar(1.0 / (static_cast<double>(length) * length)));
-    measure(state, [&] {
+    measure(state, sources, [&](const cv::Mat& source) {
         padded = 0;
         source.copyTo(padded(cv::Rect({1, 1}, size)));
         cv::dft(padded, spectrum, 0, rowsIn);
@@ -176,26 +169,23 @@ void runOpenCV(benchmark::State& state, cv::Size size) {
 }
 
 /// build: empty for the one that adapts to the processor.
-void add(cv::Size size, const std::string& build, int processorCode) {
-    const std::string name = "deconvFFT/3x3" + build + "/" + std::to_string(size.width) + "x" +
-                             std::to_string(size.height) + "/";
+void addBuild(cv::Size size, const std::string& build, int processorCode) {
     const auto addOne = [&](const char* library, auto run) {
-        benchmark::RegisterBenchmark((name + library).c_str(), run)->Unit(benchmark::kMillisecond);
+        add("deconvFFT", "3x3" + build, {size.width, size.height}, library, run);
     };
     addOne("numeric", [=](benchmark::State& state) { runNumeric(state, size, processorCode); });
     addOne("FFTW", [=](benchmark::State& state) { runFftw(state, size); });
     addOne("OpenCV", [=](benchmark::State& state) { runOpenCV(state, size); });
 }
 
-const bool kAdded = [] {
-    constexpr int kAdapting = -1, kPortable = 6, kSse4 = 33, kAvx2 = 35;
-    add({1920, 1080}, "", kAdapting);
-    add({1920, 1080}, ", AVX2", kAvx2);
-    add({1920, 1080}, ", SSE4", kSse4);
-    add({1920, 1080}, ", portable", kPortable);
-    add({640, 480}, "", kAdapting);
-    add({3840, 2160}, "", kAdapting);
-    return true;
-}();
-
 }  // namespace
+
+void benchmarks::addDeconvFft() {
+    constexpr int kAdapting = -1, kPortable = 6, kSse4 = 33, kAvx2 = 35;
+    addBuild({1920, 1080}, "", kAdapting);
+    addBuild({1920, 1080}, ", AVX2", kAvx2);
+    addBuild({1920, 1080}, ", SSE4", kSse4);
+    addBuild({1920, 1080}, ", portable", kPortable);
+    addBuild({640, 480}, "", kAdapting);
+    addBuild({3840, 2160}, "", kAdapting);
+}

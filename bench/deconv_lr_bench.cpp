@@ -1,11 +1,13 @@
-#include <benchmark/benchmark.h>
-
+#include <array>
 #include <opencv2/imgproc.hpp>
 #include <string>
 
+#include "bench/series.h"
 #include "numeric/owned.h"
 
 namespace {
+
+using namespace benchmarks;
 
 constexpr int kKernelSize = 5;
 constexpr float kThreshold = 1e-4F;
@@ -26,19 +28,10 @@ cv::Mat picture(cv::Size size) {
     return noise;
 }
 
-/// Measures work as it goes from frame to frame: its memory has been touched before.
-template <class Work>
-void measure(benchmark::State& state, const Work& work) {
-    work();
-    for (auto _ : state) {
-        work();
-        benchmark::ClobberMemory();
-    }
-}
-
 /// processorCode: one that selects the build to measure.
 void runNumeric(benchmark::State& state, cv::Size size, int iterations, int processorCode) {
-    const cv::Mat weights = kernel(), source = picture(size);
+    const cv::Mat weights = kernel();
+    const std::array sources{picture(size)};
     cv::Mat result(size, CV_32F);
     numeric::DeconvLRState* deconvolution = nullptr;
     if (numeric::deconvLRInit(&deconvolution, weights.ptr<float>(), kKernelSize,
@@ -47,7 +40,7 @@ void runNumeric(benchmark::State& state, cv::Size size, int iterations, int proc
         state.SkipWithError("no state");
     const numeric::OwnedDeconvLR owned(deconvolution);
     numeric::selectVariant(processorCode);
-    measure(state, [&] {
+    measure(state, sources, [&](const cv::Mat& source) {
         const auto status = numeric::deconvLR(source.ptr<float>(), static_cast<int>(source.step),
                                               result.ptr<float>(), static_cast<int>(result.step),
                                               size.width, size.height, iterations, deconvolution);
@@ -60,12 +53,13 @@ enum class Guards { None, RatioAndResult };
 
 void runOpenCV(benchmark::State& state, cv::Size size, int iterations, Guards guards) {
     const bool guarded = guards == Guards::RatioAndResult;
-    const cv::Mat weights = kernel(), source = picture(size);
+    const cv::Mat weights = kernel();
+    const std::array sources{picture(size)};
     cv::Mat estimate(size, CV_32F), ratio(size, CV_32F), correction(size, CV_32F), small;
     const auto blur = [&weights](const cv::Mat& from, cv::Mat& to) {
         cv::filter2D(from, to, CV_32F, weights, {-1, -1}, 0, cv::BORDER_CONSTANT);
     };
-    measure(state, [&] {
+    measure(state, sources, [&](const cv::Mat& source) {
         source.copyTo(estimate);
         for (int i = 0; i < iterations; ++i) {
             blur(estimate, ratio);
@@ -80,12 +74,10 @@ void runOpenCV(benchmark::State& state, cv::Size size, int iterations, Guards gu
 }
 
 /// build: empty for the one that adapts to the processor.
-void add(cv::Size size, int iterations, const std::string& build, int processorCode) {
-    const std::string name = "deconvLR/" + std::to_string(iterations) + " iterations" + build +
-                             "/" + std::to_string(size.width) + "x" + std::to_string(size.height) +
-                             "/";
+void addBuild(cv::Size size, int iterations, const std::string& build, int processorCode) {
     const auto addOne = [&](const char* library, auto run) {
-        benchmark::RegisterBenchmark((name + library).c_str(), run)->Unit(benchmark::kMillisecond);
+        add("deconvLR", std::to_string(iterations) + " iterations" + build,
+            {size.width, size.height}, library, run);
     };
     addOne("numeric",
            [=](benchmark::State& state) { runNumeric(state, size, iterations, processorCode); });
@@ -96,16 +88,15 @@ void add(cv::Size size, int iterations, const std::string& build, int processorC
     });
 }
 
-const bool kAdded = [] {
+}  // namespace
+
+void benchmarks::addDeconvLr() {
     constexpr int kAdapting = -1, kSse4 = 33, kAvx2 = 35;
     for (const int iterations : {4, 30}) {
-        add({1920, 1080}, iterations, "", kAdapting);
-        add({1920, 1080}, iterations, ", AVX2", kAvx2);
-        add({1920, 1080}, iterations, ", SSE4", kSse4);
+        addBuild({1920, 1080}, iterations, "", kAdapting);
+        addBuild({1920, 1080}, iterations, ", AVX2", kAvx2);
+        addBuild({1920, 1080}, iterations, ", SSE4", kSse4);
     }
-    add({640, 480}, 4, "", kAdapting);
-    add({3840, 2160}, 4, "", kAdapting);
-    return true;
-}();
-
-}  // namespace
+    addBuild({640, 480}, 4, "", kAdapting);
+    addBuild({3840, 2160}, 4, "", kAdapting);
+}

@@ -1,52 +1,47 @@
-#include <benchmark/benchmark.h>
-
-#include <memory>
 #include <opencv2/imgproc.hpp>
 #include <string>
+#include <vector>
 
-#include "bench/benchmarks.h"
 #include "bench/scenes.h"
+#include "bench/series.h"
 #include "numeric/numeric.h"
 #include "numeric/owned.h"
 
 namespace {
 
+using namespace benchmarks;
 using scenes::Scene;
+using Scenes = std::vector<Scene>;
 
-void runNumeric(benchmark::State& state, const Scene& scene) {
+void runNumeric(benchmark::State& state, const Scenes& scenes) {
+    const int width = scenes.front().width;
+    const int height = scenes.front().height;
     int step = 0;
-    const auto distances = numeric::makeZeroPlane(scene.width, scene.height, &step);
+    const auto distances = numeric::makeZeroPlane(width, height, &step);
     int scratchSize = 0;
-    numeric::distanceTransformScratchSize(scene.width, scene.height, &scratchSize);
+    numeric::distanceTransformScratchSize(width, height, &scratchSize);
     const auto scratch = numeric::makeScratch(scratchSize);
-    for (auto _ : state) {
-        const auto status =
-            numeric::distanceTransform(scene.pixels.data(), scene.width, distances.get(), step,
-                                       scene.width, scene.height, scratch.get());
+    measure(state, scenes, [&](const Scene& scene) {
+        const auto status = numeric::distanceTransform(scene.pixels.data(), width, distances.get(),
+                                                       step, width, height, scratch.get());
         if (status != numeric::Success) state.SkipWithError("the transform failed");
         benchmark::DoNotOptimize(distances.get());
-        benchmark::ClobberMemory();
-    }
+    });
 }
 
-void runOpenCV(benchmark::State& state, const Scene& scene) {
-    const cv::Mat source(scene.height, scene.width, CV_8U,
-                         const_cast<unsigned char*>(scene.pixels.data()));
-    cv::Mat distances(scene.height, scene.width, CV_32F);
-    for (auto _ : state) {
+void runOpenCV(benchmark::State& state, const Scenes& scenes) {
+    cv::Mat distances;
+    measure(state, scenes, [&](const Scene& scene) {
+        const cv::Mat source(scene.height, scene.width, CV_8U,
+                             const_cast<unsigned char*>(scene.pixels.data()));
         cv::distanceTransform(source, distances, cv::DIST_L2, cv::DIST_MASK_PRECISE);
-        benchmark::ClobberMemory();
-    }
+    });
 }
 
-void add(Scene scene) {
-    const auto shared = std::make_shared<const Scene>(std::move(scene));
-    const std::string name = "distance/" + shared->name + "/" + std::to_string(shared->width) +
-                             "x" + std::to_string(shared->height) + "/";
-    const auto addOne = [&](const char* library, void (*run)(benchmark::State&, const Scene&)) {
-        benchmark::RegisterBenchmark((name + library).c_str(), [=](benchmark::State& state) {
-            run(state, *shared);
-        })->Unit(benchmark::kMillisecond);
+void addSeries(const SharedSeries<Scene>& series) {
+    const auto addOne = [&](const char* library, void (*run)(benchmark::State&, const Scenes&)) {
+        add("distance", series->name, series->size, library,
+            [=](benchmark::State& state) { run(state, series->inputs()); });
     };
     addOne("numeric", runNumeric);
     addOne("OpenCV", runOpenCV);
@@ -55,17 +50,20 @@ void add(Scene scene) {
 }  // namespace
 
 void benchmarks::addDistance() {
-    constexpr int kSizes[][2] = {{1920, 1080}, {512, 512}, {3840, 2160}};
-    for (const auto& [width, height] : kSizes) {
-        add(scenes::denseDiscs(width, height));
-        add(scenes::sparseDiscs(width, height));
-        add(scenes::noise(width, height));
-        add(scenes::zeroBorder(width, height));
+    for (const Size size : kSizes) {
+        addSeries(differing<Scene>("dense discs", size, scenes::denseDiscs));
+        addSeries(differing<Scene>("sparse discs", size, scenes::sparseDiscs));
+        addSeries(differing<Scene>("noise", size, [](int width, int height, unsigned seed) {
+            return scenes::noise(width, height, seed);
+        }));
+        addSeries(single<Scene>("zero border", size, scenes::zeroBorder));
     }
-    constexpr int kWidth = 1920, kHeight = 1080;
-    add(scenes::spiral(kWidth, kHeight));
-    add(scenes::serpentine(kWidth, kHeight));
-    add(scenes::comb(kWidth, kHeight));
-    add(scenes::oneZeroPixel(kWidth, kHeight));
-    for (const int spacing : {40, 260, 1900}) add(scenes::diagonalLines(kWidth, kHeight, spacing));
+    addSeries(single<Scene>("spiral", kFullHd, scenes::spiral));
+    addSeries(single<Scene>("serpentine", kFullHd, scenes::serpentine));
+    addSeries(single<Scene>("comb", kFullHd, scenes::comb));
+    addSeries(single<Scene>("one zero pixel", kFullHd, scenes::oneZeroPixel));
+    for (const int spacing : {40, 260, 1900})
+        addSeries(single<Scene>(
+            "diagonal lines " + std::to_string(spacing), kFullHd,
+            [=](int width, int height) { return scenes::diagonalLines(width, height, spacing); }));
 }

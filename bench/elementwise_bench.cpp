@@ -1,5 +1,4 @@
-#include <benchmark/benchmark.h>
-
+#include <array>
 #include <cstdlib>
 #include <functional>
 #include <opencv2/imgproc.hpp>
@@ -7,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "bench/benchmarks.h"
+#include "bench/series.h"
 #include "numeric/numeric.h"
 #include "numeric/owned.h"
 
@@ -16,6 +15,8 @@
 // be repeated: it changes nothing the second time, or its time does not depend on the values.
 
 namespace {
+
+using namespace benchmarks;
 
 constexpr float kLevel = 12.5F;
 
@@ -224,26 +225,15 @@ Case thresholdBothSides() {
 }  // namespace
 
 void benchmarks::addElementwise() {
-    constexpr int kSizes[][2] = {{1920, 1080}, {512, 512}, {3840, 2160}};
     const Case cases[] = {floatMaximum(),      floatThreshold(),      scalarSubtraction(),
                           subtraction(),       bitwiseOr(),           thresholdToWhite(),
                           thresholdAboveAll(), thresholdBelowWhite(), thresholdBothSides()};
     for (const Case& operation : cases)
-        for (const auto& size : kSizes)
-            for (const auto& [library, run] : operation.ways) {
-                const int width = size[0];
-                const int height = size[1];
-                const std::string name = "elementwise/" + operation.name + "/" +
-                                         std::to_string(width) + "x" + std::to_string(height) +
-                                         "/" + library;
-                benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-                    Planes planes(width, height);
-                    Operation once = run;
-                    once(planes);  // what a call keeps for the next is in place
-                    for (auto _ : state) {
-                        once(planes);
-                        benchmark::ClobberMemory();
-                    }
-                })->Unit(benchmark::kMillisecond);
-            }
+        for (const Size size : kSizes)
+            for (const auto& [library, run] : operation.ways)
+                add("elementwise", operation.name, size, library,
+                    [size, once = run](benchmark::State& state) {
+                        std::array<Planes, 1> planes{Planes(size.width, size.height)};
+                        measure(state, planes, once);
+                    });
 }

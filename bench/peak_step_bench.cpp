@@ -1,9 +1,7 @@
-#include <benchmark/benchmark.h>
-
 #include <algorithm>
-#include <cstring>
-#include <memory>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #ifdef BENCH_ITK
@@ -11,15 +9,17 @@
 #include <itkReconstructionByDilationImageFilter.h>
 #endif
 
-#include "bench/benchmarks.h"
 #include "bench/scenes.h"
+#include "bench/series.h"
 #include "numeric/numeric.h"
 #include "numeric/owned.h"
 
 namespace {
 
+using namespace benchmarks;
 using scenes::MarkerAndMask;
 using scenes::Scene;
+using Planes = std::vector<MarkerAndMask>;
 
 constexpr int kChessboard = 0;
 constexpr int kCityBlock = 1;
@@ -30,7 +30,7 @@ MarkerAndMask separationPlanes(const Scene& scene, float levels) {
     const int width = scene.width;
     const int height = scene.height;
     const int step = 4 * width;
-    MarkerAndMask planes{scene.name, width, height, std::vector<float>(scene.pixels.size()),
+    MarkerAndMask planes{width, height, std::vector<float>(scene.pixels.size()),
                          std::vector<float>(scene.pixels.size())};
     int scratchSize = 0;
     numeric::distanceTransformScratchSize(width, height, &scratchSize);
@@ -46,25 +46,26 @@ MarkerAndMask separationPlanes(const Scene& scene, float levels) {
     return planes;
 }
 
-void runNumeric(benchmark::State& state, const MarkerAndMask& planes, int mode) {
-    std::vector<float> plane(planes.marker.size());
+void runNumeric(benchmark::State& state, const Planes& inputs, int mode) {
+    const int width = inputs.front().width;
+    const int height = inputs.front().height;
+    const int step = 4 * width;
+    std::vector<float> plane;
     int scratchSize = 0;
-    numeric::peakStepScratchSize(planes.width, planes.height, &scratchSize);
+    numeric::peakStepScratchSize(width, height, &scratchSize);
     const auto scratch = numeric::makeScratch(scratchSize);
-    const int step = 4 * planes.width;
-    for (auto _ : state) {
-        state.PauseTiming();
-        std::copy(planes.marker.begin(), planes.marker.end(), plane.begin());
-        state.ResumeTiming();
-        const auto status = numeric::peakStep(planes.mask.data(), step, plane.data(), step,
-                                              planes.width, planes.height, scratch.get(), mode);
-        if (status != numeric::Success) state.SkipWithError("the peak step failed");
-        benchmark::ClobberMemory();
-    }
+    measure(
+        state, inputs, [&](const MarkerAndMask& planes) { plane = planes.marker; },
+        [&](const MarkerAndMask& planes) {
+            const auto status = numeric::peakStep(planes.mask.data(), step, plane.data(), step,
+                                                  width, height, scratch.get(), mode);
+            if (status != numeric::Success) state.SkipWithError("the peak step failed");
+        });
 }
 
 #ifdef BENCH_ITK
 using ItkImage = itk::Image<float, 2>;
+using ItkFilter = itk::ReconstructionByDilationImageFilter<ItkImage, ItkImage>;
 
 ItkImage::Pointer toItk(const std::vector<float>& pixels, int width, int height) {
     const auto image = ItkImage::New();
@@ -76,40 +77,43 @@ ItkImage::Pointer toItk(const std::vector<float>& pixels, int width, int height)
     return image;
 }
 
-void runItk(benchmark::State& state, const MarkerAndMask& planes, int mode) {
-    const auto filter = itk::ReconstructionByDilationImageFilter<ItkImage, ItkImage>::New();
+ItkFilter::Pointer itkFilter(const MarkerAndMask& planes, int mode) {
+    const auto filter = ItkFilter::New();
     filter->SetMarkerImage(toItk(planes.marker, planes.width, planes.height));
     filter->SetMaskImage(toItk(planes.mask, planes.width, planes.height));
     filter->SetFullyConnected(mode == kChessboard);
     filter->SetNumberOfWorkUnits(1);
-    for (auto _ : state) {
+    return filter;
+}
+
+void runItk(benchmark::State& state, const Planes& inputs, int mode) {
+    std::vector<ItkFilter::Pointer> filters;
+    for (const MarkerAndMask& planes : inputs) filters.push_back(itkFilter(planes, mode));
+    measure(state, filters, [](ItkFilter::Pointer& filter) {
         filter->Modified();
         filter->Update();
-        benchmark::ClobberMemory();
-    }
-    std::vector<float> plane = planes.marker;
+    });
+    const auto& [width, height, marker, mask] = inputs.back();
+    std::vector<float> plane = marker;
     int scratchSize = 0;
-    numeric::peakStepScratchSize(planes.width, planes.height, &scratchSize);
+    numeric::peakStepScratchSize(width, height, &scratchSize);
     const auto scratch = numeric::makeScratch(scratchSize);
-    const int step = 4 * planes.width;
-    numeric::peakStep(planes.mask.data(), step, plane.data(), step, planes.width, planes.height,
-                      scratch.get(), mode);
-    if (!std::equal(plane.begin(), plane.end(), filter->GetOutput()->GetBufferPointer()))
-        state.SkipWithError("the results differ");
+    numeric::peakStep(mask.data(), 4 * width, plane.data(), 4 * width, width, height, scratch.get(),
+                      mode);
+    const float* const theirs = filters.back()->GetOutput()->GetBufferPointer();
+    if (!std::equal(plane.begin(), plane.end(), theirs)) state.SkipWithError("the results differ");
 }
 #endif
 
 enum class Peer { No, Yes };
 
-void add(MarkerAndMask made, Peer peer = Peer::Yes, int mode = kChessboard) {
-    const auto planes = std::make_shared<const MarkerAndMask>(std::move(made));
-    const std::string name =
-        "peak step/" + planes->name + (mode == kCityBlock ? ", 4 neighbours/" : "/") +
-        std::to_string(planes->width) + "x" + std::to_string(planes->height) + "/";
-    const auto addOne = [&](const char* library, auto* run) {
-        benchmark::RegisterBenchmark((name + library).c_str(), [=](benchmark::State& state) {
-            run(state, *planes, mode);
-        })->Unit(benchmark::kMillisecond);
+void addSeries(const SharedSeries<MarkerAndMask>& series, Peer peer = Peer::Yes,
+               int mode = kChessboard) {
+    const std::string scene = series->name + (mode == kCityBlock ? ", 4 neighbours" : "");
+    const auto addOne = [&](const char* library,
+                            void (*run)(benchmark::State&, const Planes&, int)) {
+        add("peak step", scene, series->size, library,
+            [=](benchmark::State& state) { run(state, series->inputs(), mode); });
     };
     addOne("numeric", runNumeric);
 #ifdef BENCH_ITK
@@ -119,26 +123,43 @@ void add(MarkerAndMask made, Peer peer = Peer::Yes, int mode = kChessboard) {
 #endif
 }
 
+SharedSeries<MarkerAndMask> separations(std::string name, Size size,
+                                        Scene (*make)(int width, int height, unsigned seed)) {
+    // The initial "Details" of a separation, 10, asks for a third of them.
+    constexpr float kLevels = 10.0F / 3;
+    return differing<MarkerAndMask>(std::move(name), size,
+                                    [make](int width, int height, unsigned seed) {
+                                        return separationPlanes(make(width, height, seed), kLevels);
+                                    });
+}
+
 }  // namespace
 
 void benchmarks::addPeakStep() {
-    // The initial "Details" of a separation, 10, asks for a third of them.
-    constexpr float kLevels = 10.0F / 3;
-    constexpr int kWidth = 1920, kHeight = 1080;
-    constexpr int kSizes[][2] = {{kWidth, kHeight}, {512, 512}, {3840, 2160}};
-    for (const auto& [width, height] : kSizes) {
-        const Peer peer = width > kWidth ? Peer::No : Peer::Yes;
-        for (const int mode : {kChessboard, kCityBlock}) {
-            add(separationPlanes(scenes::denseDiscs(width, height), kLevels), peer, mode);
-            add(separationPlanes(scenes::sparseDiscs(width, height), kLevels), peer, mode);
-            add(separationPlanes(scenes::noise(width, height, 0.97), kLevels), peer, mode);
-        }
+    for (const Size size : kSizes) {
+        // The peer takes seconds here and for the mazes and the comb.
+        const Peer peer = size.width > kFullHd.width ? Peer::No : Peer::Yes;
+        const SharedSeries<MarkerAndMask> all[] = {
+            separations("dense discs", size, scenes::denseDiscs),
+            separations("sparse discs", size, scenes::sparseDiscs),
+            separations("noise", size, [](int width, int height, unsigned seed) {
+                return scenes::noise(width, height, seed, 0.97);
+            })};
+        for (const auto& series : all)
+            for (const int mode : {kChessboard, kCityBlock}) addSeries(series, peer, mode);
     }
-    add(separationPlanes(scenes::zeroBorder(kWidth, kHeight), kLevels));
-    // The mazes and the comb take the peer seconds.
-    add(scenes::floodFromFirstPixel(scenes::spiral(kWidth, kHeight)), Peer::No);
-    add(scenes::floodFromFirstPixel(scenes::serpentine(kWidth, kHeight)), Peer::No);
-    add(scenes::floodFromFirstPixel(scenes::transposed(scenes::serpentine(kHeight, kWidth))),
-        Peer::No);
-    add(scenes::combInflows(kWidth, kHeight), Peer::No);
+    addSeries(separations("zero border", kFullHd, [](int width, int height, unsigned) {
+        return scenes::zeroBorder(width, height);
+    }));
+    using scenes::floodFromFirstPixel;
+    const auto addCorridor = [](const char* name, std::function<MarkerAndMask(int, int)> make) {
+        addSeries(single<MarkerAndMask>(name, kFullHd, std::move(make)), Peer::No);
+    };
+    addCorridor("spiral", [](int w, int h) { return floodFromFirstPixel(scenes::spiral(w, h)); });
+    addCorridor("serpentine",
+                [](int w, int h) { return floodFromFirstPixel(scenes::serpentine(w, h)); });
+    addCorridor("transposed serpentine", [](int w, int h) {
+        return floodFromFirstPixel(scenes::transposed(scenes::serpentine(h, w)));
+    });
+    addCorridor("comb", scenes::combInflows);
 }

@@ -25,9 +25,9 @@ private:
     std::uint64_t m_state;
 };
 
-Scene filled(std::string name, int width, int height, unsigned char value) {
+Scene filled(int width, int height, unsigned char value) {
     const std::size_t count = static_cast<std::size_t>(width) * height;
-    return {std::move(name), width, height, std::vector<unsigned char>(count, value)};
+    return {width, height, std::vector<unsigned char>(count, value)};
 }
 
 void drawDisc(Scene& scene, double centreX, double centreY, double radius) {
@@ -43,10 +43,9 @@ void drawDisc(Scene& scene, double centreX, double centreY, double radius) {
 }
 
 /// Discs on a jittered hexagonal grid.
-Scene discs(std::string name, int width, int height, double pitch, double smallest,
-            double largest) {
-    Scene scene = filled(std::move(name), width, height, 0);
-    Random random(1);
+Scene discs(int width, int height, double pitch, double smallest, double largest, unsigned seed) {
+    Scene scene = filled(width, height, 0);
+    Random random(seed);
     const double rowPitch = pitch * 0.866;
     int row = 0;
     for (double y = 0; y < height + rowPitch; y += rowPitch, ++row)
@@ -60,23 +59,23 @@ Scene discs(std::string name, int width, int height, double pitch, double smalle
 
 }  // namespace
 
-Scene denseDiscs(int width, int height) {
-    return discs("dense discs", width, height, 40, 15, 22);
+Scene denseDiscs(int width, int height, unsigned seed) {
+    return discs(width, height, 40, 15, 22, seed);
 }
 
-Scene sparseDiscs(int width, int height) {
-    return discs("sparse discs", width, height, 82, 8, 24);
+Scene sparseDiscs(int width, int height, unsigned seed) {
+    return discs(width, height, 82, 8, 24, seed);
 }
 
-Scene noise(int width, int height, double objectShare) {
-    Scene scene = filled("noise", width, height, 0);
-    Random random(2);
+Scene noise(int width, int height, unsigned seed, double objectShare) {
+    Scene scene = filled(width, height, 0);
+    Random random(seed);
     for (unsigned char& pixel : scene.pixels) pixel = random.next() < objectShare ? 255 : 0;
     return scene;
 }
 
 Scene spiral(int width, int height) {
-    Scene scene = filled("spiral", width, height, 0);
+    Scene scene = filled(width, height, 0);
     const int stepX[] = {1, 0, -1, 0}, stepY[] = {0, 1, 0, -1};
     const auto isFree = [&scene](int x, int y) {
         const bool inside = x >= 0 && y >= 0 && x < scene.width && y < scene.height;
@@ -106,7 +105,7 @@ Scene spiral(int width, int height) {
 }
 
 Scene serpentine(int width, int height) {
-    Scene scene = filled("serpentine", width, height, 0);
+    Scene scene = filled(width, height, 0);
     for (int y = 0; y < height; ++y) {
         if (y % 2 == 0)
             for (int x = 0; x < width; ++x) scene.at(x, y) = 255;
@@ -117,14 +116,14 @@ Scene serpentine(int width, int height) {
 }
 
 Scene transposed(const Scene& scene) {
-    Scene result = filled("transposed " + scene.name, scene.height, scene.width, 0);
+    Scene result = filled(scene.height, scene.width, 0);
     for (int y = 0; y < scene.height; ++y)
         for (int x = 0; x < scene.width; ++x) result.at(y, x) = scene.at(x, y);
     return result;
 }
 
 Scene comb(int width, int height) {
-    Scene scene = filled("comb", width, height, 0);
+    Scene scene = filled(width, height, 0);
     const int basinTop = height / 2;
     for (int y = basinTop; y < height; ++y)
         for (int x = 0; x < width; ++x) scene.at(x, y) = 255;
@@ -145,20 +144,20 @@ Scene comb(int width, int height) {
 }
 
 Scene oneZeroPixel(int width, int height) {
-    Scene scene = filled("one zero pixel", width, height, 255);
+    Scene scene = filled(width, height, 255);
     scene.at(0, 0) = 0;
     return scene;
 }
 
 Scene zeroBorder(int width, int height) {
-    Scene scene = filled("zero border", width, height, 255);
+    Scene scene = filled(width, height, 255);
     for (int x = 0; x < width; ++x) scene.at(x, 0) = scene.at(x, height - 1) = 0;
     for (int y = 0; y < height; ++y) scene.at(0, y) = scene.at(width - 1, y) = 0;
     return scene;
 }
 
 Scene diagonalLines(int width, int height, int spacing) {
-    Scene scene = filled("diagonal lines " + std::to_string(spacing), width, height, 255);
+    Scene scene = filled(width, height, 255);
     for (int y = 0; y < height; ++y)
         for (int x = y % spacing; x < width; x += spacing) scene.at(x, y) = 0;
     return scene;
@@ -166,8 +165,8 @@ Scene diagonalLines(int width, int height, int spacing) {
 
 MarkerAndMask floodFromFirstPixel(const Scene& corridor) {
     const std::size_t count = corridor.pixels.size();
-    MarkerAndMask planes{corridor.name, corridor.width, corridor.height,
-                         std::vector<float>(count, 0.0f), std::vector<float>(count)};
+    MarkerAndMask planes{corridor.width, corridor.height, std::vector<float>(count, 0.0f),
+                         std::vector<float>(count)};
     std::transform(corridor.pixels.begin(), corridor.pixels.end(), planes.mask.begin(),
                    [](unsigned char pixel) { return pixel == 0 ? 0.0f : 1.0f; });
     planes.marker.front() = 1.0f;

@@ -1,14 +1,13 @@
 #pragma once
 
-#include <string>
 #include <vector>
 
-/// Pictures on which the kernels are measured. Every scene is computed, the same on every machine.
+/// Pictures on which the kernels are measured. Every scene is computed, the same on every machine;
+/// another seed gives another picture of the kind.
 namespace scenes {
 
 /// A two-level picture, one byte per pixel and rows without padding: 255 object, 0 background.
 struct Scene {
-    std::string name;
     int width;
     int height;
     std::vector<unsigned char> pixels;
@@ -18,11 +17,11 @@ struct Scene {
 };
 
 /// Discs of radius 15 to 22 on a hexagonal grid so narrow that neighbours touch or overlap.
-Scene denseDiscs(int width, int height);
+Scene denseDiscs(int width, int height, unsigned seed = 1);
 /// Discs of radius 8 to 24 far apart: about one pixel in seven belongs to an object.
-Scene sparseDiscs(int width, int height);
+Scene sparseDiscs(int width, int height, unsigned seed = 1);
 /// Each pixel on its own an object pixel with the given probability.
-Scene noise(int width, int height, double objectShare = 0.5);
+Scene noise(int width, int height, unsigned seed = 1, double objectShare = 0.5);
 /// One corridor, one pixel wide between walls of one pixel, from the top left corner to the middle.
 Scene spiral(int width, int height);
 /// One corridor, one pixel wide, along every second row, joined alternately right and left.
@@ -41,7 +40,6 @@ Scene diagonalLines(int width, int height, int spacing);
 
 /// Planes for a reconstruction, without padding.
 struct MarkerAndMask {
-    std::string name;
     int width;
     int height;
     std::vector<float> marker;

@@ -6,7 +6,6 @@ namespace scenes {
 
 Scene seeds(const Scene& scene) {
     Scene result = scene;
-    result.name = "seeds of " + scene.name;
     const cv::Mat source(scene.height, scene.width, CV_8U,
                          const_cast<unsigned char*>(scene.pixels.data()));
     cv::Mat distances, largest;

@@ -1,12 +1,10 @@
-#include <benchmark/benchmark.h>
-
 #include <cstring>
 #include <memory>
 #include <opencv2/imgproc.hpp>
-#include <string>
 #include <vector>
 
 #include "bench/scenes.h"
+#include "bench/series.h"
 #include "filters/distance/FxImageFilterDistance.h"
 
 // The whole object separator as the plug-in runs it, the host's operations included, beside the
@@ -14,7 +12,9 @@
 
 namespace {
 
+using namespace benchmarks;
 using scenes::Scene;
+using Scenes = std::vector<Scene>;
 
 struct Separator : FxImageFilterDistance {
     Separator() : FxImageFilterDistance(1) {}
@@ -35,22 +35,13 @@ HkImage* imageOf(const Scene& scene) {
     return image;
 }
 
-// Both sides render one frame before the clock runs: what they keep from frame to frame is in
-// place.
-
-void runNumeric(benchmark::State& state, const Scene& scene) {
+void runNumeric(benchmark::State& state, const Scenes& scenes) {
     Separator separator;
     const ParameterValues values = details(10);
-    delete separator.process(imageOf(scene), values);
-    for (auto _ : state) {
-        state.PauseTiming();
-        HkImage* image = imageOf(scene);
-        state.ResumeTiming();
-        image = separator.process(image, values);
-        state.PauseTiming();
-        delete image;
-        state.ResumeTiming();
-    }
+    std::unique_ptr<HkImage> image;
+    measure(
+        state, scenes, [&](const Scene& scene) { image.reset(imageOf(scene)); },
+        [&](const Scene&) { image.reset(separator.process(image.release(), values)); });
 }
 
 /// The pipeline that users of OpenCV are taught, without a pass that could be saved.
@@ -75,35 +66,28 @@ private:
     cv::Mat m_distances, m_sure, m_labels, m_background, m_picture, m_result;
 };
 
-void runOpenCV(benchmark::State& state, const Scene& scene) {
-    const cv::Mat source(scene.height, scene.width, CV_8U,
-                         const_cast<unsigned char*>(scene.pixels.data()));
+void runOpenCV(benchmark::State& state, const Scenes& scenes) {
     OpenCVSeparator separator;
-    separator.process(source);
-    for (auto _ : state) {
-        separator.process(source);
-        benchmark::ClobberMemory();
-    }
+    measure(state, scenes, [&](const Scene& scene) {
+        separator.process(cv::Mat(scene.height, scene.width, CV_8U,
+                                  const_cast<unsigned char*>(scene.pixels.data())));
+    });
 }
 
-const bool kAdded = [] {
-    for (auto [width, height] : {std::pair{1920, 1080}, {512, 512}, {3840, 2160}}) {
-        for (Scene scene :
-             {scenes::denseDiscs(width, height), scenes::sparseDiscs(width, height)}) {
-            const auto shared = std::make_shared<const Scene>(std::move(scene));
-            const std::string name = "separator/" + shared->name + "/" + std::to_string(width) +
-                                     "x" + std::to_string(height) + "/";
-            const auto add = [&](const char* library,
-                                 void (*run)(benchmark::State&, const Scene&)) {
-                benchmark::RegisterBenchmark((name + library).c_str(),
-                                             [=](benchmark::State& state) { run(state, *shared); })
-                    ->Unit(benchmark::kMillisecond);
-            };
-            add("numeric", runNumeric);
-            add("OpenCV", runOpenCV);
-        }
-    }
-    return true;
-}();
+void addSeries(const SharedSeries<Scene>& series) {
+    const auto addOne = [&](const char* library, void (*run)(benchmark::State&, const Scenes&)) {
+        add("separator", series->name, series->size, library,
+            [=](benchmark::State& state) { run(state, series->inputs()); });
+    };
+    addOne("numeric", runNumeric);
+    addOne("OpenCV", runOpenCV);
+}
 
 }  // namespace
+
+void benchmarks::addSeparator() {
+    for (const Size size : kSizes) {
+        addSeries(differing<Scene>("dense discs", size, scenes::denseDiscs));
+        addSeries(differing<Scene>("sparse discs", size, scenes::sparseDiscs));
+    }
+}

@@ -1,20 +1,17 @@
-#include <benchmark/benchmark.h>
-
 #include <algorithm>
-#include <functional>
-#include <memory>
 #include <opencv2/imgproc.hpp>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "bench/scenes.h"
 #include "bench/seeds.h"
+#include "bench/series.h"
 #include "numeric/numeric.h"
 #include "numeric/owned.h"
 
 namespace {
 
+using namespace benchmarks;
 using scenes::Scene;
 
 /// What a watershed is given: its relief, and the marker with labelled seeds.
@@ -24,6 +21,7 @@ struct Case {
     std::vector<unsigned char> relief;
     std::vector<unsigned char> marker;
 };
+using Cases = std::vector<Case>;
 
 std::vector<unsigned char> labelled(Scene seeds) {
     int scratchSize = 0;
@@ -57,10 +55,10 @@ Case twoLevels(const Scene& scene) {
 
 /// 256 levels: the slope of blurred discs, as a gradient image has it, with a little noise. The
 /// seeds are those of the discs and of the gaps between them.
-Case manyLevels(const Scene& scene) {
+Case manyLevels(const Scene& scene, unsigned seed) {
     Case result{scene.width, scene.height, scene.pixels, {}};
     cv::Mat relief(scene.height, scene.width, CV_8U, result.relief.data());
-    cv::RNG random(5);
+    cv::RNG random(seed);
     cv::Mat grains(relief.size(), CV_8U);
     random.fill(grains, cv::RNG::UNIFORM, 0, 256);
     cv::Mat grey;
@@ -72,82 +70,69 @@ Case manyLevels(const Scene& scene) {
     return result;
 }
 
-void runNumeric(benchmark::State& state, const Case& c, int norm, int flags) {
-    std::vector<unsigned char> marker(c.marker.size());
+void runNumeric(benchmark::State& state, const Cases& cases, int norm, int flags) {
+    const int width = cases.front().width;
+    const int height = cases.front().height;
+    std::vector<unsigned char> marker;
     int scratchSize = 0;
-    numeric::watershedScratchSize(c.width, c.height, &scratchSize);
+    numeric::watershedScratchSize(width, height, &scratchSize);
     const auto scratch = numeric::makeScratch(scratchSize);
-    for (auto _ : state) {
-        std::copy(c.marker.begin(), c.marker.end(), marker.begin());
-        const auto status = numeric::watershed(c.relief.data(), c.width, marker.data(), c.width,
-                                               c.width, c.height, norm, flags, scratch.get());
-        if (status != numeric::Success) state.SkipWithError("the watershed failed");
-        benchmark::ClobberMemory();
-    }
+    measure(
+        state, cases, [&](const Case& c) { marker = c.marker; },
+        [&](const Case& c) {
+            const auto status = numeric::watershed(c.relief.data(), width, marker.data(), width,
+                                                   width, height, norm, flags, scratch.get());
+            if (status != numeric::Success) state.SkipWithError("the watershed failed");
+        });
 }
 
-void runOpenCV(benchmark::State& state, const Case& c) {
-    const cv::Mat relief(c.height, c.width, CV_8U, const_cast<unsigned char*>(c.relief.data()));
-    const cv::Mat seeds(c.height, c.width, CV_8U, const_cast<unsigned char*>(c.marker.data()));
+void runOpenCV(benchmark::State& state, const Cases& cases) {
     cv::Mat picture, marker;
-    cv::cvtColor(relief, picture, cv::COLOR_GRAY2BGR);
-    for (auto _ : state) {
-        seeds.convertTo(marker, CV_32S);
-        cv::watershed(picture, marker);
-        benchmark::ClobberMemory();
-    }
+    measure(
+        state, cases,
+        [&](const Case& c) {
+            const auto mat = [&c](const std::vector<unsigned char>& plane) {
+                return cv::Mat(c.height, c.width, CV_8U, const_cast<unsigned char*>(plane.data()));
+            };
+            cv::cvtColor(mat(c.relief), picture, cv::COLOR_GRAY2BGR);
+            mat(c.marker).convertTo(marker, CV_32S);
+        },
+        [&](const Case&) { cv::watershed(picture, marker); });
 }
 
-/// Makes its case when it is first measured: the kernels do not work yet while benchmarks register.
-class LazyCase {
-public:
-    explicit LazyCase(std::function<Case()> make) : m_make(std::move(make)) {}
-    const Case& get() {
-        if (!m_case) m_case = m_make();
-        return *m_case;
-    }
-
-private:
-    std::function<Case()> m_make;
-    std::optional<Case> m_case;
-};
-
-void add(const std::string& scene, int width, int height, std::function<Case()> make) {
-    const auto lazy = std::make_shared<LazyCase>(std::move(make));
+void addSeries(const SharedSeries<Case>& series) {
     constexpr int kSettings[][2] = {{3, 130}, {0, 129}, {1, 65}};
     for (const auto& [norm, flags] : kSettings) {
-        const std::string name = "watershed" + std::to_string(norm) + "/" + scene + "/" +
-                                 std::to_string(width) + "x" + std::to_string(height) + "/";
-        const auto addOne = [&](const char* library, auto run) {
-            benchmark::RegisterBenchmark((name + library).c_str(), [=](benchmark::State& state) {
-                run(state, lazy->get());
-            })->Unit(benchmark::kMillisecond);
-        };
-        addOne("numeric", [n = norm, f = flags](benchmark::State& state, const Case& c) {
-            runNumeric(state, c, n, f);
-        });
-        addOne("OpenCV", runOpenCV);
+        const std::string kernel = "watershed" + std::to_string(norm);
+        add(kernel, series->name, series->size, "numeric",
+            [=, n = norm, f = flags](benchmark::State& state) {
+                runNumeric(state, series->inputs(), n, f);
+            });
+        add(kernel, series->name, series->size, "OpenCV",
+            [=](benchmark::State& state) { runOpenCV(state, series->inputs()); });
     }
 }
-
-using MakeScene = Scene (*)(int width, int height);
-
-void addTwoLevels(const std::string& name, int width, int height, MakeScene make) {
-    add(name, width, height, [=] { return twoLevels(make(width, height)); });
-}
-
-const bool kAdded = [] {
-    constexpr int kSizes[][2] = {{1920, 1080}, {512, 512}, {3840, 2160}};
-    for (const auto& [width, height] : kSizes) {
-        addTwoLevels("dense discs", width, height, scenes::denseDiscs);
-        addTwoLevels("sparse discs", width, height, scenes::sparseDiscs);
-        add("256 levels", width, height,
-            [w = width, h = height] { return manyLevels(scenes::denseDiscs(w, h)); });
-    }
-    addTwoLevels("spiral", 1920, 1080, scenes::spiral);
-    addTwoLevels("serpentine", 1920, 1080, scenes::serpentine);
-    addTwoLevels("comb", 1920, 1080, scenes::comb);
-    return true;
-}();
 
 }  // namespace
+
+void benchmarks::addWatershed() {
+    for (const Size size : kSizes) {
+        addSeries(differing<Case>("dense discs", size, [](int width, int height, unsigned seed) {
+            return twoLevels(scenes::denseDiscs(width, height, seed));
+        }));
+        addSeries(differing<Case>("sparse discs", size, [](int width, int height, unsigned seed) {
+            return twoLevels(scenes::sparseDiscs(width, height, seed));
+        }));
+        addSeries(differing<Case>("256 levels", size, [](int width, int height, unsigned seed) {
+            return manyLevels(scenes::denseDiscs(width, height, seed), seed);
+        }));
+    }
+    const auto addMaze = [](const char* name, Scene (*make)(int width, int height)) {
+        addSeries(single<Case>(name, kFullHd, [make](int width, int height) {
+            return twoLevels(make(width, height));
+        }));
+    };
+    addMaze("spiral", scenes::spiral);
+    addMaze("serpentine", scenes::serpentine);
+    addMaze("comb", scenes::comb);
+}

@@ -197,11 +197,12 @@ FloatPlane toPlane(const std::vector<float>& pixels, int width, int height, bool
 }
 
 TEST(PeakStep, FollowsMazesAndCombsToTheirEnd) {
-    for (const auto& planes :
-         {scenes::floodFromFirstPixel(scenes::spiral(45, 37)),
-          scenes::floodFromFirstPixel(scenes::serpentine(50, 33)), scenes::combInflows(90, 44)}) {
+    for (const auto& [name, planes] :
+         {std::pair("spiral", scenes::floodFromFirstPixel(scenes::spiral(45, 37))),
+          {"serpentine", scenes::floodFromFirstPixel(scenes::serpentine(50, 33))},
+          {"comb", scenes::combInflows(90, 44)}}) {
         for (const bool turned : {false, true}) {
-            SCOPED_TRACE(planes.name + (turned ? ", turned" : ""));
+            SCOPED_TRACE(std::string(name) + (turned ? ", turned" : ""));
             const auto [width, height] = std::pair(planes.width, planes.height);
             expectReconstruction(toPlane(planes.mask, width, height, turned),
                                  toPlane(planes.marker, width, height, turned));
@@ -211,8 +212,7 @@ TEST(PeakStep, FollowsMazesAndCombsToTheirEnd) {
 
 /// A corridor up and down across the plane that turns at any row.
 scenes::Scene raggedSerpentine(int width, int height) {
-    scenes::Scene scene = scenes::noise(width, height, 0);
-    scene.name = "ragged serpentine";
+    scenes::Scene scene = scenes::noise(width, height, 1, 0);
     std::mt19937 random(3);
     int y = 0;
     for (int x = 0; x < width; x += 2) {
@@ -226,11 +226,12 @@ scenes::Scene raggedSerpentine(int width, int height) {
 
 // Large enough for the allowance of several sweeps to run out.
 TEST(PeakStep, FillsLargeMazesAndCombs) {
-    for (const auto& scene :
-         {scenes::spiral(400, 300), scenes::serpentine(300, 400), raggedSerpentine(400, 300)}) {
+    for (const auto& [name, scene] : {std::pair("spiral", scenes::spiral(400, 300)),
+                                      {"serpentine", scenes::serpentine(300, 400)},
+                                      {"ragged serpentine", raggedSerpentine(400, 300)}}) {
         const auto planes = scenes::floodFromFirstPixel(scene);
         for (const bool turned : {false, true}) {
-            SCOPED_TRACE(scene.name + (turned ? ", turned" : ""));
+            SCOPED_TRACE(std::string(name) + (turned ? ", turned" : ""));
             const FloatPlane bound = toPlane(planes.mask, scene.width, scene.height, turned);
             const FloatPlane start = toPlane(planes.marker, scene.width, scene.height, turned);
             forEachSlot([&] {
