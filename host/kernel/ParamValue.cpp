@@ -1,5 +1,6 @@
 #include "host/kernel/ParamValue.h"
 
+#include <QLocale>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -105,7 +106,7 @@ QString paramValueText(const QVariant& value) {
     if (value.userType() != QMetaType::Double) return value.toString();
     const double number = value.toDouble();
     if (number == 0.0 && std::signbit(number)) return QStringLiteral("-0");
-    return QString::number(number, 'g', std::numeric_limits<double>::max_digits10);
+    return QString::number(number, 'g', QLocale::FloatingPointShortest);
 }
 
 QVariant interpolateParamValue(const QVariant& from, qint64 fromFrame, const QVariant& to,

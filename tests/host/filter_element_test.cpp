@@ -79,6 +79,7 @@ TEST_F(FilterElement, NamesTypeKeyAndKeys) {
     store.setFilterKey(kType, "Test filter");
     const int object = store.add(kType);
     store.setKey(object, TestManipulator::Size, 12, 9, true);
+    ASSERT_TRUE(store.setBaseValue(object, TestManipulator::Gain, 12.8));
     QDomDocument out;
     const QDomElement element = filter.saveDataObject(object, out);
     EXPECT_EQ(element.attribute("type"), "9001");
@@ -89,6 +90,8 @@ TEST_F(FilterElement, NamesTypeKeyAndKeys) {
     EXPECT_EQ(size.attribute("value"), "1");
     EXPECT_EQ(size.firstChildElement("key").attribute("frame"), "12");
     EXPECT_EQ(size.firstChildElement("key").attribute("held"), "true");
+    const QDomElement gain = element.childNodes().at(TestManipulator::Gain).toElement();
+    EXPECT_EQ(gain.attribute("value"), "12.8");  // no more digits than it takes
     EXPECT_TRUE(filter.saveDataObject(object + 1, out).isNull());
 }
 
