@@ -42,10 +42,10 @@ def write_tables(table, growth, path):
     with open(path, "w") as out:
         out.write("| kernel / case | ours, ms | best peer | peer, ms | ratio |\n|---|---:|---|---:|---:|\n")
         for case, ours, peer, theirs in table:
-            out.write(f"| {case} | {ours:.2f} | {peer} | {theirs:.2f} | **{theirs / ours:.1f}** |\n")
+            out.write(f"| {case} | {ours:.3g} | {peer} | {theirs:.3g} | **{theirs / ours:.1f}** |\n")
         out.write(f"\n| ns per pixel | {' | '.join(SIZES)} | largest / smallest |\n|---|{'---:|' * len(SIZES)}---:|\n")
         for case, costs in growth:
-            figures = " | ".join(f"{cost:.2f}" for cost in costs)
+            figures = " | ".join(f"{cost:.2g}" for cost in costs)
             out.write(f"| {case} | {figures} | {max(costs) / min(costs):.2f} |\n")
 
 
