@@ -9,6 +9,7 @@
 
 #include "hwy/highway.h"
 #include "numeric/arrival.h"
+#include "numeric/lane_shift-inl.h"
 #include "numeric/lanes-inl.h"
 #include "numeric/tile_rows.h"
 
@@ -81,9 +82,21 @@ HWY_INLINE void markChanges(const Line& a, const Line& b, Line* changes) {
 }
 
 /// Each pixel's neighbour before it along the line; the first one's is `start`.
-HWY_INLINE Line shiftedUp(const Line& line, TileKey start);
+HWY_INLINE Line shiftedUp(const Line& line, TileKey start) {
+    return makeLine([&](int i) {
+        const KeyTag d;
+        return lanesUp<1>(d, line.parts[i], i == 0 ? hn::Set(d, start) : line.parts[i - 1]);
+    });
+}
+
 /// Each pixel's neighbour behind it; the last one's is `end`.
-HWY_INLINE Line shiftedDown(const Line& line, TileKey end);
+HWY_INLINE Line shiftedDown(const Line& line, TileKey end) {
+    return makeLine([&](int i) {
+        const KeyTag d;
+        return lanesDown<1>(d, line.parts[i],
+                            i == kParts - 1 ? hn::Set(d, end) : line.parts[i + 1]);
+    });
+}
 
 #if HWY_TARGET <= HWY_AVX3
 
@@ -113,14 +126,6 @@ struct alignas(64) AdvanceTables {
 constexpr AdvanceTables kAdvanceTables;
 static_assert(kCornerLead == 65 && kLargestLead - kCornerLead < 64, "one entry for each lead");
 static_assert(kAdvances[0] == kAdvances[1], "a lead of 0 counts as 1");
-
-HWY_INLINE Line shiftedUp(const Line& line, TileKey start) {
-    return {{Keys{_mm512_alignr_epi32(line.parts[0].raw, _mm512_set1_epi32(start), kLanes - 1)}}};
-}
-
-HWY_INLINE Line shiftedDown(const Line& line, TileKey end) {
-    return {{Keys{_mm512_alignr_epi32(_mm512_set1_epi32(end), line.parts[0].raw, 1)}}};
-}
 
 /// What arrives over a side neighbour and the earlier of the corners beside it.
 HWY_INLINE Keys arrive(Keys side, Keys corner) {
@@ -154,37 +159,6 @@ HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
 }
 
 #else
-
-// By one lane, over the boundary between two vectors.
-
-HWY_INLINE Keys shiftedUp(Keys vector, Keys before) {
-    const KeyTag d;
-    const auto lastLane = hn::Set(d, kLanes - 1);
-    const auto previous = hn::IndicesFromVec(d, hn::And(hn::Iota(d, kLanes - 1), lastLane));
-    return hn::IfThenElse(hn::FirstN(d, 1), hn::TableLookupLanes(before, previous),
-                          hn::TableLookupLanes(vector, previous));
-}
-
-HWY_INLINE Keys shiftedDown(Keys vector, Keys behind) {
-    const KeyTag d;
-    const auto lastLane = hn::Set(d, kLanes - 1);
-    const auto next = hn::IndicesFromVec(d, hn::And(hn::Iota(d, 1), lastLane));
-    return hn::IfThenElse(hn::FirstN(d, kLanes - 1), hn::TableLookupLanes(vector, next),
-                          hn::TableLookupLanes(behind, next));
-}
-
-HWY_INLINE Line shiftedUp(const Line& line, TileKey start) {
-    return makeLine([&](int i) {
-        return shiftedUp(line.parts[i], i == 0 ? hn::Set(KeyTag(), start) : line.parts[i - 1]);
-    });
-}
-
-HWY_INLINE Line shiftedDown(const Line& line, TileKey end) {
-    return makeLine([&](int i) {
-        return shiftedDown(line.parts[i],
-                           i == kParts - 1 ? hn::Set(KeyTag(), end) : line.parts[i + 1]);
-    });
-}
 
 HWY_INLINE Keys arrive(Keys side, Keys corner) {
     const KeyTag d;
