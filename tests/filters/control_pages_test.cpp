@@ -15,8 +15,8 @@
 
 #include "host/kernel/KernelNotifier.h"
 #include "host/kernel/KernelStore.h"
-#include "tests/framework/ExpectedFilters.h"
-#include "tests/framework/FilterHost.h"
+#include "tests/kit/ExpectedFilters.h"
+#include "tests/kit/FilterHost.h"
 
 using testing::ElementsAre;
 using testing::Pair;

@@ -8,7 +8,7 @@
 
 #include "host/kernel/KernelStore.h"
 #include "tests/filters/RecordedImaging.h"
-#include "tests/framework/FilterHost.h"
+#include "tests/kit/FilterHost.h"
 
 namespace {
 

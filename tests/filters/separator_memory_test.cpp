@@ -11,7 +11,7 @@
 
 #include "filters/distance/DistanceParameters.h"
 #include "filters/distance/FxImageFilterDistance.h"
-#include "tests/heap_probe.h"
+#include "tests/kit/heap_probe.h"
 
 namespace {
 

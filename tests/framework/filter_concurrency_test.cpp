@@ -8,8 +8,8 @@
 #include <thread>
 
 #include "host/kernel/KernelStore.h"
-#include "tests/framework/ExpectedFilters.h"
-#include "tests/framework/FilterHost.h"
+#include "tests/kit/ExpectedFilters.h"
+#include "tests/kit/FilterHost.h"
 
 namespace {
 

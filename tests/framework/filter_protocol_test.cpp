@@ -11,8 +11,8 @@
 #include "framework/contract/FxKernelApi/HkFXKernelCommand.h"
 #include "host/kernel/KernelNotifier.h"
 #include "host/kernel/KernelStore.h"
-#include "tests/framework/ExpectedFilters.h"
-#include "tests/framework/FilterHost.h"
+#include "tests/kit/ExpectedFilters.h"
+#include "tests/kit/FilterHost.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "deconv_oracle.h"
 #include "numeric/owned.h"
-#include "tests/heap_probe.h"
+#include "tests/kit/heap_probe.h"
 
 namespace numeric {
 namespace {

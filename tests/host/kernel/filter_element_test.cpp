@@ -7,7 +7,7 @@
 #include <random>
 
 #include "host/kernel/FilterElement.h"
-#include "tests/host/plugins/TestFilter.h"
+#include "tests/host/kernel/plugins/TestFilter.h"
 
 namespace {
 

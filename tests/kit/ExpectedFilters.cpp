@@ -1,4 +1,4 @@
-#include "tests/framework/ExpectedFilters.h"
+#include "tests/kit/ExpectedFilters.h"
 
 namespace {
 

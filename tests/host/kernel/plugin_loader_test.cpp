@@ -9,7 +9,7 @@
 
 #include "host/kernel/KernelStore.h"
 #include "host/kernel/PluginLoader.h"
-#include "tests/host/plugins/TestFilter.h"
+#include "tests/host/kernel/plugins/TestFilter.h"
 
 namespace {
 

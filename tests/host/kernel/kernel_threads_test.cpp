@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "host/kernel/KernelStore.h"
-#include "tests/host/plugins/TestFilter.h"
+#include "tests/host/kernel/plugins/TestFilter.h"
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
 #include "host/kernel/KernelNotifier.h"
 #include "host/kernel/KernelStore.h"
-#include "tests/host/plugins/TestFilter.h"
+#include "tests/host/kernel/plugins/TestFilter.h"
 
 namespace {
 

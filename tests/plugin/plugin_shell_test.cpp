@@ -17,7 +17,7 @@
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulatorPluginInterface.h"
-#include "tests/framework/ExpectedFilters.h"
+#include "tests/kit/ExpectedFilters.h"
 
 namespace {
 

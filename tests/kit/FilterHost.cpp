@@ -1,4 +1,4 @@
-#include "tests/framework/FilterHost.h"
+#include "tests/kit/FilterHost.h"
 
 #include <QAbstractButton>
 #include <QAbstractSlider>

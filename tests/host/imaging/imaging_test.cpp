@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "framework/contract/ImageProcessor/HkImageProcessor.h"
-#include "tests/host/imaging_oracle.h"
-#include "tests/pixels.h"
+#include "tests/host/imaging/imaging_oracle.h"
+#include "tests/kit/pixels.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tests/host/plugins/TestFilter.h"
+#include "tests/host/kernel/plugins/TestFilter.h"
 
 #include <QHBoxLayout>
 #include <QSignalBlocker>

@@ -9,7 +9,7 @@
 #include "host/kernel/InstanceState.h"
 #include "host/kernel/KernelNotifier.h"
 #include "host/kernel/KernelStore.h"
-#include "tests/host/plugins/TestFilter.h"
+#include "tests/host/kernel/plugins/TestFilter.h"
 
 namespace {
 

@@ -17,7 +17,7 @@
 #include "host/media/MediaSink.h"
 #include "host/media/MediaSource.h"
 #include "host/media/file_names.h"
-#include "tests/pixels.h"
+#include "tests/kit/pixels.h"
 
 namespace fs = std::filesystem;
 using namespace media;

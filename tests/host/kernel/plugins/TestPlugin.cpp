@@ -7,7 +7,7 @@
 #include <stdexcept>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulatorPluginInterface.h"
-#include "tests/host/plugins/TestFilter.h"
+#include "tests/host/kernel/plugins/TestFilter.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "framework/contract/FxKernelApi/HkFilterManipulatorPluginInterface.h"
 #include "framework/contract/FxKernelApi/HkImageFilter.h"
 #include "framework/contract/ImageProcessor/HkImage.h"
-#include "tests/pixels.h"
+#include "tests/kit/pixels.h"
 
 /// The root object of the built library, reached through its entry point.
 HkFilterManipulatorPluginInterface& plugin();

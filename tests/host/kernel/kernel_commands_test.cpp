@@ -8,7 +8,7 @@
 
 #include "framework/contract/FxKernelApi/CmdChangeObject.h"
 #include "host/kernel/KernelStore.h"
-#include "tests/host/plugins/TestFilter.h"
+#include "tests/host/kernel/plugins/TestFilter.h"
 
 namespace {
 
