@@ -9,7 +9,6 @@ namespace render {
 namespace {
 
 const QSize kSize(640, 480);
-const QRect kDiscs(0, 0, 384, 320);
 const QRect kText(392, 8, 240, 192);
 const QRect kRainbow(392, 208, 240, 104);
 const QRect kSpecks(8, 328, 200, 144);
