@@ -88,7 +88,7 @@ TEST_P(FilterProtocol, WritesDefaultsInOrderUntilOneFails) {
         EXPECT_EQ(manipulator->fillDefaultValues(descr.get(), values, 0), missing == count);
 
         bool reached = true;
-        for (const int index : expected().defaultsOrder) {
+        for (const int index : expected().writeOrder) {
             reached = reached && index != missing;
             if (index == missing) continue;
             const ExpectedParameter& p = expected().parameters[static_cast<std::size_t>(index)];
