@@ -39,8 +39,8 @@ void watch(const HkImage* watched) {
     g_watched = watched;
 }
 
-void failAt(const char* operation) {
-    g_failing = operation;
+void failAt(const char* name) {
+    g_failing = name;
 }
 
 std::string stop() {
@@ -48,8 +48,8 @@ std::string stop() {
     return g_calls;
 }
 
-bool isFailing(const std::string& operation) {
-    return g_recording && g_failing == operation;
+bool isFailing(const std::string& name) {
+    return g_recording && g_failing == name;
 }
 
 void note(const std::string& text) {

@@ -19,12 +19,13 @@ namespace recorded {
 
 void start(const HkImage* watched);
 void watch(const HkImage* watched);
-void failAt(const char* operation);  ///< the library is not asked and the operation returns 1
-std::string stop();                  ///< the calls since start(), a blank between them
+/// An operation, or the parameter to write: the library is not asked, and says that it failed.
+void failAt(const char* name);
+std::string stop();  ///< the calls since start(), a blank between them
 
 // For those who record
 
-bool isFailing(const std::string& operation);
+bool isFailing(const std::string& name);
 void note(const std::string& text);
 
 struct Argument {

@@ -31,6 +31,7 @@ void HkFilterManipulator::initManipulator(QToolBox* toolBox) {
 }
 bool HkFXKernelData::registerFilterType(HkFilterManipulator* manip, int typeId) {
     note(__builtin_return_address(0), call("registerFilterType", {typeId}));
+    if (recorded::isFailing("registerFilterType")) return false;
     return handOn<bool>("_ZN14HkFXKernelData18registerFilterTypeEP19HkFilterManipulatori", this,
                         manip, typeId);
 }
@@ -51,7 +52,9 @@ bool HkKernelObjectDataDescr::addParamDescr(unsigned int index, const QString& n
 }
 bool HkKernelObjectDataDescr::setValue(HkParamKeyframeVector& v, const QString& name,
                                        const QVariant& value) const {
-    note(__builtin_return_address(0), call("setValue", {name.toStdString(), value.typeName()}));
+    note(__builtin_return_address(0),
+         call("setValue", {name.toStdString(), value.typeName(), value.toString().toStdString()}));
+    if (recorded::isFailing(name.toStdString())) return false;
     return handOn<bool>(
         "_ZNK23HkKernelObjectDataDescr8setValueER21HkParamKeyframeVectorRK7QStringRK8QVariant",
         this, &v, &name, &value);

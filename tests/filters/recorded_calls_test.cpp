@@ -243,14 +243,25 @@ namespace {
 
 class ManipulatorCalls : public testing::TestWithParam<ExpectedFilter> {
 protected:
-    /// setValue for each parameter from `first` on in the filter's order.
-    std::string writes(int first) const {
-        std::string all;
+    const ExpectedParameter& parameter(int index) const {
+        return GetParam().parameters[static_cast<std::size_t>(index)];
+    }
+    /// The writes of values from parameter `first` on, in the filter's order.
+    std::vector<std::string> writes(int first) const {
+        std::vector<std::string> all;
         for (const int index : GetParam().writeOrder) {
-            const ExpectedParameter& p = GetParam().parameters[static_cast<std::size_t>(index)];
+            const auto& [name, type, kind, value] = parameter(index);
+            const bool isOffThePage = first > 0 && std::string(name) == "Size";
             if (index >= first)
-                all += std::string(" setValue(") + p.name + "," + p.defaultValue.typeName() + ")";
+                all.push_back(recorded::call(
+                    "setValue", {name, value.typeName(),
+                                 isOffThePage ? "11" : value.toString().toStdString()}));
         }
+        return all;
+    }
+    static std::string joined(const std::vector<std::string>& calls) {
+        std::string all;
+        for (const std::string& one : calls) all += (all.empty() ? "" : " ") + one;
         return all;
     }
 };
@@ -258,17 +269,35 @@ protected:
 }  // namespace
 
 TEST_P(ManipulatorCalls, RegisterTypeParametersAndDefaults) {
+    const int id = GetParam().typeId, count = static_cast<int>(GetParam().parameters.size());
+    std::vector<std::string> expected = {"base", recorded::call("registerFilterType", {id})};
+    const auto recordedCalls = [](const char* failing, const auto& work) {
+        recorded::start(nullptr);
+        recorded::failAt(failing);
+        work();
+        return recorded::stop();
+    };
     const auto manipulator = makeManipulator(GetParam().key);
-    recorded::start(nullptr);
-    manipulator->initManipulator(nullptr);
-    const std::string id = std::to_string(GetParam().typeId);
-    std::string expected = "base registerFilterType(" + id + ")";
-    int count = 0;
-    for (const ExpectedParameter& p : GetParam().parameters)
-        expected +=
-            " " + recorded::call("addParamDescr", {count++, p.name, int(p.type), int(p.kind)});
-    expected += " " + recorded::call("registerDataDescriptor", {id, count, id}) + writes(0);
-    EXPECT_EQ(recorded::stop(), expected);
+    const auto init = [&] { manipulator->initManipulator(nullptr); };
+    EXPECT_EQ(recordedCalls("registerFilterType", init), joined(expected));
+    EXPECT_FALSE(KernelStore::isRegistered(*manipulator));
+
+    for (int i = 0; i < count; ++i)
+        expected.push_back(
+            recorded::call("addParamDescr",
+                           {i, parameter(i).name, int(parameter(i).type), int(parameter(i).kind)}));
+    expected.push_back(recorded::call("registerDataDescriptor", {id, count, id}));
+    const std::vector<std::string> all = writes(0);
+    EXPECT_EQ(recordedCalls("", init), joined(expected) + " " + joined(all));
+    EXPECT_TRUE(KernelStore::isRegistered(*manipulator));
+
+    const auto* descr = HkFXKernelData::getInstance()->getDataDescriptor(id);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        HkParamKeyframeVector values = descr->createKeyframeVector();
+        const auto fill = [&] { EXPECT_FALSE(manipulator->fillDefaultValues(descr, values, 0)); };
+        EXPECT_EQ(recordedCalls(parameter(GetParam().writeOrder[i]).name, fill),
+                  joined({all.begin(), all.begin() + static_cast<std::ptrdiff_t>(i) + 1}));
+    }
 }
 
 TEST_P(ManipulatorCalls, CommitAnEditAndShowTheFrame) {
@@ -282,8 +311,8 @@ TEST_P(ManipulatorCalls, CommitAnEditAndShowTheFrame) {
         host.manipulator->commitGuiChanges(host.objectId);
         host.manipulator->updateGuiFromKernel(host.objectId, object);
         const qint64 tag = animated ? qint64(frame) : -1;
-        EXPECT_EQ(" " + recorded::stop(),
-                  writes(1) + " " +
+        EXPECT_EQ(recorded::stop(),
+                  joined(writes(1)) + " " +
                       recorded::call("CmdChangeObject", {host.typeId, tag, GetParam().merges}) +
                       " push " + recorded::call("getKeyframesAt", {qint64(frame)}));
     }

@@ -29,20 +29,6 @@ class FilterProtocol : public testing::TestWithParam<ExpectedFilter> {
 protected:
     const ExpectedFilter& expected() const { return GetParam(); }
     const ExpectedEdit& firstEdit() const { return GetParam().edits.front(); }
-
-    /// The filter's descriptor, as a host would declare it that lacks one parameter.
-    std::unique_ptr<HkKernelObjectDataDescr> descriptorWithout(int missing) const {
-        const int count = static_cast<int>(expected().parameters.size());
-        auto descr = std::make_unique<HkKernelObjectDataDescr>(expected().typeId,
-                                                               count - (missing < count ? 1 : 0));
-        unsigned int index = 0;
-        for (int i = 0; i < count; ++i) {
-            const ExpectedParameter& p = expected().parameters[static_cast<std::size_t>(i)];
-            if (i == missing) continue;
-            EXPECT_TRUE(descr->addParamDescr(index++, QString::fromLatin1(p.name), p.type, p.kind));
-        }
-        return descr;
-    }
 };
 
 }  // namespace
@@ -61,44 +47,6 @@ TEST_P(FilterProtocol, SaysWhatItIs) {
     EXPECT_EQ(manipulator->qt_metacast(expected().className), manipulator.get());
     EXPECT_EQ(manipulator->qt_metacast("HkFilterManipulator"), manipulator.get());
     EXPECT_EQ(manipulator->qt_metacast("FxFilterManipulator"), nullptr);
-}
-
-TEST_P(FilterProtocol, WritesDefaultsInOrderUntilOneFails) {
-    const auto manipulator = makeManipulator(expected().key);
-    const int count = static_cast<int>(expected().parameters.size());
-    for (int missing = 0; missing <= count; ++missing) {  // the last round lacks nothing
-        const auto descr = descriptorWithout(missing);
-        HkParamKeyframeVector values = descr->createKeyframeVector();
-        EXPECT_EQ(manipulator->fillDefaultValues(descr.get(), values, 0), missing == count);
-
-        bool reached = true;
-        for (const int index : expected().writeOrder) {
-            reached = reached && index != missing;
-            if (index == missing) continue;
-            const ExpectedParameter& p = expected().parameters[static_cast<std::size_t>(index)];
-            const HkParamKeyframe& entry = values.at(descr->indexOf(QString::fromLatin1(p.name)));
-            EXPECT_EQ(entry.isAssigned(), reached) << p.name << " without parameter " << missing;
-            if (reached) {
-                EXPECT_EQ(entry.getValue(), p.defaultValue) << p.name;
-            }
-        }
-    }
-}
-
-TEST_P(FilterProtocol, ATypeIdThatIsTakenLeavesNoDescriptor) {
-    {
-        const auto first = makeManipulator(expected().key);
-        ASSERT_TRUE(
-            HkFXKernelData::getInstance()->registerFilterType(first.get(), expected().typeId));
-        const auto manipulator = makeManipulator(expected().key);
-        manipulator->initManipulator(nullptr);
-        EXPECT_FALSE(KernelStore::isRegistered(*manipulator));
-        EXPECT_EQ(HkFXKernelData::getInstance()->getDataDescriptor(expected().typeId), nullptr);
-        EXPECT_EQ(manipulator->addFilter(), -1);
-    }
-    const auto manipulator = makeManipulator(expected().key);
-    manipulator->initManipulator(nullptr);
-    EXPECT_TRUE(KernelStore::isRegistered(*manipulator));
 }
 
 TEST_P(FilterProtocol, PassesTheFrameThroughWhenThereIsNothingToDo) {
