@@ -43,8 +43,8 @@ void FxFilterManipulator::initManipulator(QToolBox* toolBox) {
         new HkKernelObjectDataDescr(filterType, parameters.count());
     for (int index = 0; index < parameters.count(); ++index) {
         const ParameterRow& row = parameters.row(index);
-        static_cast<void>(descriptor->addParamDescr(
-            static_cast<unsigned int>(index), QString::fromLatin1(row.name), row.type, row.kind));
+        bestEffort(descriptor->addParamDescr(static_cast<unsigned int>(index),
+                                             QString::fromLatin1(row.name), row.type, row.kind));
     }
     registered =
         kernel->registerDataDescriptor(descriptor, filterType);  // the kernel's from here on
@@ -68,11 +68,8 @@ QString FxFilterManipulator::filterDetailedDescription() {
 
 bool FxFilterManipulator::fillDefaultValues(const HkKernelObjectDataDescr* descr,
                                             HkParamKeyframeVector& values, int /*reserved*/) {
-    const ParameterTable& parameters = m_facts.parameters;
-    for (int index : parameters.defaultsOrder()) {
-        const ParameterRow& row = parameters.row(index);
+    for (const ParameterRow& row : m_facts.parameters.writtenRows())
         if (!descr->setValue(values, QString::fromLatin1(row.name), row.defaultValue)) return false;
-    }
     return true;
 }
 
@@ -92,7 +89,7 @@ void FxFilterManipulator::commitGuiChanges(int objectId) {
     if (!object || !descriptor || !undoStack) return;
 
     HkParamKeyframeVector values = descriptor->createKeyframeVector();
-    ValueWriter out(*descriptor, values);
+    ValueWriter out(m_facts.parameters, *descriptor, values);
     page->store(out);
     if (object->animated) values.setFrameNumber(static_cast<__int64>(kernelData->currentFrame));
 

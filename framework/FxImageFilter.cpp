@@ -18,9 +18,8 @@ OwnedImage FxImageFilter::makeImage(const HkImage& image, int channels) {
     const unsigned int rowAlignment = 4;
     OwnedImage made(new (std::nothrow)
                         HkImage(image.width, image.height, channels, nullptr, rowAlignment));
-    if (made && made->data) {
-        made->roiWidth = image.roiWidth;
-        made->roiHeight = image.roiHeight;
-    }
+    if (!made || !made->data) return nullptr;
+    made->roiWidth = image.roiWidth;
+    made->roiHeight = image.roiHeight;
     return made;
 }

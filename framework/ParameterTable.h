@@ -4,10 +4,12 @@
 #include <initializer_list>
 #include <vector>
 
+#include "framework/BestEffort.h"
 #include "framework/contract/FxKernelApi/HkKernelObjectDataDescr.h"
 
 /// One parameter of a filter: the only place that knows its name, type, keyframing and default.
 struct ParameterRow {
+    int index;  ///< its place in the keyframe vector
     const char* name;
     QMetaType::Type type;
     ParamDescr::KeyframeType kind;
@@ -18,22 +20,20 @@ struct ParameterRow {
 /// 0 enables.
 enum { EnabledParameter = 0 };
 
-/// A filter's parameters in index order, which is the order of its keyframe vectors. "Enabled" is
-/// put in front.
+/// A filter's parameters. Everybody else names a parameter by its index.
 class ParameterTable {
 public:
-    /// defaultsOrder: the indices in the order in which defaults are written, where it differs from
-    /// the index order.
-    ParameterTable(std::initializer_list<ParameterRow> rowsAfterEnabled,
-                   std::initializer_list<int> defaultsOrder = std::initializer_list<int>());
+    /// The rows of the parameters after "Enabled", in the order in which their defaults are
+    /// written. Indices that are not 1, 2, 3 ..., each once, end the program: no filter could work
+    /// with them.
+    ParameterTable(std::initializer_list<ParameterRow> rowsAfterEnabled);
 
     int count() const { return static_cast<int>(m_rows.size()); }
-    const ParameterRow& row(int index) const { return m_rows[static_cast<std::size_t>(index)]; }
-    const std::vector<int>& defaultsOrder() const { return m_defaultsOrder; }
+    const ParameterRow& row(int index) const;                                ///< by index
+    const std::vector<ParameterRow>& writtenRows() const { return m_rows; }  ///< as written
 
 private:
     std::vector<ParameterRow> m_rows;
-    std::vector<int> m_defaultsOrder;
 };
 
 /// The values of one instance at one frame, read by parameter index.
@@ -49,18 +49,21 @@ private:
     HkParamKeyframeVector m_keyframes;
 };
 
-/// Writes an edit's values into a keyframe vector, by parameter name.
+/// Writes an edit's values into a keyframe vector, by parameter index.
 class ValueWriter {
 public:
-    ValueWriter(const HkKernelObjectDataDescr& descriptor, HkParamKeyframeVector& keyframes)
-        : m_descriptor(descriptor), m_keyframes(keyframes) {}
+    ValueWriter(const ParameterTable& parameters, const HkKernelObjectDataDescr& descriptor,
+                HkParamKeyframeVector& keyframes)
+        : m_parameters(parameters), m_descriptor(descriptor), m_keyframes(keyframes) {}
 
-    /// A name the descriptor does not know is passed over: the rest of the edit still counts.
-    void set(const char* name, const QVariant& value) {
-        static_cast<void>(m_descriptor.setValue(m_keyframes, QString::fromLatin1(name), value));
+    /// A value the descriptor does not take is passed over: the rest of the edit still counts.
+    void set(int index, const QVariant& value) {
+        bestEffort(m_descriptor.setValue(m_keyframes,
+                                         QString::fromLatin1(m_parameters.row(index).name), value));
     }
 
 private:
+    const ParameterTable& m_parameters;
     const HkKernelObjectDataDescr& m_descriptor;
     HkParamKeyframeVector& m_keyframes;
 };

@@ -1,6 +1,10 @@
 #pragma once
 
-enum { AdaptTreshTypeId = 2005 };
+namespace AdaptTreshParameters {
+
+enum { TypeId = 2005 };
 
 /// Index order = keyframe order; "Enabled" is 0.
-enum AdaptTreshParameter { SizeParameter = 1, MinParameter };
+enum Parameter { Size = 1, Min };
+
+}  // namespace AdaptTreshParameters

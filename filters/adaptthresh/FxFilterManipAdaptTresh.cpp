@@ -4,18 +4,20 @@
 #include "filters/adaptthresh/FxGuiAdaptTreshold.h"
 #include "filters/adaptthresh/FxImageFilterAdaptTresh.h"
 
+using namespace AdaptTreshParameters;
+
 namespace {
 
 const FilterFacts kFacts = {
-    AdaptTreshTypeId,
+    TypeId,
     QT_TRANSLATE_NOOP("FxFilterManipAdaptTresh", "Adaptive Thresholding"),
     QT_TRANSLATE_NOOP("FxFilterManipAdaptTresh", "Adapt. threshold"),
     ":/Icon_AdaptThresh.svg",
     EditMerging::Merged,
     // The default size is below the page's smallest, 11, on purpose: a fresh filter keeps fine
     // detail, and the first touch of the slider moves it into the page's range.
-    {{"Size", QMetaType::Int, ParamDescr::Interpolated, 5},
-     {"Min", QMetaType::Double, ParamDescr::Interpolated, 12.8}},
+    {{Size, "Size", QMetaType::Int, ParamDescr::Interpolated, 5},
+     {Min, "Min", QMetaType::Double, ParamDescr::Interpolated, 12.8}},
 };
 
 }  // namespace

@@ -2,14 +2,17 @@
 
 #include "filters/adaptthresh/AdaptTreshParameters.h"
 
+using namespace AdaptTreshParameters;
+
 namespace {
 
 // Slider positions and values: sizes are odd, minima go in tenths.
 int sizeOfPosition(int position) {
     return 2 * position + 1;
 }
+/// In 64 bits: a document may hold the least of all integers.
 int positionOfSize(int size) {
-    return (size - 1) / 2;
+    return static_cast<int>((qint64(size) - 1) / 2);
 }
 double minOfPosition(int position) {
     return position / 10.0;
@@ -30,13 +33,13 @@ FxGuiAdaptTreshold::FxGuiAdaptTreshold(QWidget* parent) : FxControlPage(parent) 
 }
 
 void FxGuiAdaptTreshold::store(ValueWriter& out) const {
-    out.set("Size", sizeOfPosition(ui.theSlSize->value()));
-    out.set("Min", minOfPosition(ui.theSlMin->value()));
+    out.set(Size, sizeOfPosition(ui.theSlSize->value()));
+    out.set(Min, minOfPosition(ui.theSlMin->value()));
 }
 
 void FxGuiAdaptTreshold::showValues(const ParameterValues& values) {
-    setQuietly(ui.theSlSize, positionOfSize(values.toInt(SizeParameter)));
-    setQuietly(ui.theSlMin, positionOfMin(values.toDouble(MinParameter), *ui.theSlMin));
+    setQuietly(ui.theSlSize, positionOfSize(values.toInt(Size)));
+    setQuietly(ui.theSlMin, positionOfMin(values.toDouble(Min), *ui.theSlMin));
 }
 
 std::vector<FxControlPage::ChangeSignal> FxGuiAdaptTreshold::changeSignals() const {

@@ -1,6 +1,10 @@
 #pragma once
 
-enum { BlurTypeId = 2003 };
+namespace BlurParameters {
+
+enum { TypeId = 2003 };
 
 /// Index order = keyframe order; "Enabled" is 0.
-enum BlurParameter { EnhanceParameter = 1, BlurSizeParameter };
+enum Parameter { Enhance = 1, Blur };
+
+}  // namespace BlurParameters

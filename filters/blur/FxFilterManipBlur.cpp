@@ -4,18 +4,19 @@
 #include "filters/blur/FxGuiBlur.h"
 #include "filters/blur/FxImageFilterBlur.h"
 
+using namespace BlurParameters;
+
 namespace {
 
 const FilterFacts kFacts = {
-    BlurTypeId,
+    TypeId,
     QT_TRANSLATE_NOOP("FxFilterManipBlur", "Blur + Enhance"),
     QT_TRANSLATE_NOOP("FxFilterManipBlur", "Blur"),
     ":/Icon_Blur.svg",
     EditMerging::Merged,
-    ParameterTable({{"Enhance", QMetaType::Bool, ParamDescr::Stepped, false},
-                    {"Blur", QMetaType::Int, ParamDescr::Interpolated, 1}},
-                   // Defaults are written in the order in which the page writes an edit.
-                   {EnabledParameter, BlurSizeParameter, EnhanceParameter}),
+    // Defaults are written in the order in which the page writes an edit.
+    {{Blur, "Blur", QMetaType::Int, ParamDescr::Interpolated, 1},
+     {Enhance, "Enhance", QMetaType::Bool, ParamDescr::Stepped, false}},
 };
 
 }  // namespace

@@ -1,18 +1,22 @@
 #pragma once
 
-enum { ChannelSepTypeId = 2002 };
+namespace ChannelSepParameters {
+
+enum { TypeId = 2002 };
 
 /// Index order = keyframe order; "Enabled" is 0.
-enum ChannelSepParameter { ChannelParameter = 1, InvertParameter };
+enum Parameter { Channel = 1, Invert };
 
 /// Values of "Channel". Saturation is 6 and lightness 5 on purpose: saved documents carry these
 /// numbers.
-enum Channel {
+enum ChannelValue {
     NoChannel = 0,
-    RedChannel = 1,
-    GreenChannel = 2,
-    BlueChannel = 3,
-    HueChannel = 4,
-    LightnessChannel = 5,
-    SaturationChannel = 6
+    Red = 1,
+    Green = 2,
+    Blue = 3,
+    Hue = 4,
+    Lightness = 5,
+    Saturation = 6
 };
+
+}  // namespace ChannelSepParameters

@@ -4,18 +4,20 @@
 #include "filters/chansep/FxGuiChannelSep.h"
 #include "filters/chansep/FxImageFilterSep.h"
 
+using namespace ChannelSepParameters;
+
 namespace {
 
 const FilterFacts kFacts = {
-    ChannelSepTypeId,
+    TypeId,
     QT_TRANSLATE_NOOP("FxFilterManipSep", "Channel separation"),
     QT_TRANSLATE_NOOP("FxFilterManipSep", "Channel selection"),
     ":/Icon_ChanSep.svg",
     EditMerging::Separate,  // each choice of a channel is a step of its own; there is nothing to
                             // drag
     {
-        {"Channel", QMetaType::Int, ParamDescr::Stepped, int(LightnessChannel)},
-        {"Invert", QMetaType::Bool, ParamDescr::Stepped, false},
+        {Channel, "Channel", QMetaType::Int, ParamDescr::Stepped, int(Lightness)},
+        {Invert, "Invert", QMetaType::Bool, ParamDescr::Stepped, false},
     },
 };
 

@@ -3,20 +3,22 @@
 #include "filters/chansep/ChannelSepParameters.h"
 #include "framework/QtCompat.h"
 
+using namespace ChannelSepParameters;
+
 namespace {
 
 struct ChannelButton {
     QRadioButton* Ui::FxGuiChannelSepData::*button;
-    Channel channel;
+    ChannelValue channel;
 };
 
 const ChannelButton kButtons[] = {
-    {&Ui::FxGuiChannelSepData::theRBRed, RedChannel},
-    {&Ui::FxGuiChannelSepData::theRBGreen, GreenChannel},
-    {&Ui::FxGuiChannelSepData::theRBBlue, BlueChannel},
-    {&Ui::FxGuiChannelSepData::theRBHue, HueChannel},
-    {&Ui::FxGuiChannelSepData::theRBSaturation, SaturationChannel},
-    {&Ui::FxGuiChannelSepData::theRBLightness, LightnessChannel},
+    {&Ui::FxGuiChannelSepData::theRBRed, Red},
+    {&Ui::FxGuiChannelSepData::theRBGreen, Green},
+    {&Ui::FxGuiChannelSepData::theRBBlue, Blue},
+    {&Ui::FxGuiChannelSepData::theRBHue, Hue},
+    {&Ui::FxGuiChannelSepData::theRBSaturation, Saturation},
+    {&Ui::FxGuiChannelSepData::theRBLightness, Lightness},
 };
 
 }  // namespace
@@ -32,16 +34,16 @@ void FxGuiChannelSep::store(ValueWriter& out) const {
         channel = row.channel;
         break;
     }
-    out.set("Channel", channel);
-    out.set("Invert", ui.theChBInvert->isChecked());
+    out.set(Channel, channel);
+    out.set(Invert, ui.theChBInvert->isChecked());
 }
 
 void FxGuiChannelSep::showValues(const ParameterValues& values) {
     const SignalsBlocked blocked(ui.theBGButtons);
-    const int channel = values.toInt(ChannelParameter);
+    const int channel = values.toInt(Channel);
     for (const ChannelButton& row : kButtons)
         if (row.channel == channel) (ui.*row.button)->setChecked(true);
-    ui.theChBInvert->setChecked(values.toBool(InvertParameter));
+    ui.theChBInvert->setChecked(values.toBool(Invert));
 }
 
 std::vector<FxControlPage::ChangeSignal> FxGuiChannelSep::changeSignals() const {

@@ -1,9 +1,13 @@
 #pragma once
 
-enum { DegaussTypeId = 2010 };
+namespace DegaussParameters {
+
+enum { TypeId = 2010 };
 
 /// Index order = keyframe order; "Enabled" is 0.
-enum DegaussParameter { ThresholdParameter = 1, MethodParameter };
+enum Parameter { Threshold = 1, Method };
 
 /// Values of "Method".
-enum DeconvolutionMethod { FFTMethod = 0, LucyRichardsonMethod = 1 };
+enum MethodValue { FFT = 0, LucyRichardson = 1 };
+
+}  // namespace DegaussParameters

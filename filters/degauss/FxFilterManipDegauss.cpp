@@ -4,16 +4,18 @@
 #include "filters/degauss/FxGuiDegauss.h"
 #include "filters/degauss/FxImageFilterDegauss.h"
 
+using namespace DegaussParameters;
+
 namespace {
 
 const FilterFacts kFacts = {
-    DegaussTypeId,
+    TypeId,
     QT_TRANSLATE_NOOP("FxFilterManipDegauss", "Deconvolution"),
     QT_TRANSLATE_NOOP("FxFilterManipDegauss", "Sharpening"),
     ":/Icon_Degauss.svg",
     EditMerging::Merged,
-    {{"Threshold", QMetaType::Int, ParamDescr::Interpolated, 2},
-     {"Method", QMetaType::Int, ParamDescr::Stepped, int(LucyRichardsonMethod)}},
+    {{Threshold, "Threshold", QMetaType::Int, ParamDescr::Interpolated, 2},
+     {Method, "Method", QMetaType::Int, ParamDescr::Stepped, int(LucyRichardson)}},
 };
 
 }  // namespace

@@ -3,26 +3,28 @@
 #include "filters/degauss/DegaussParameters.h"
 #include "framework/QtCompat.h"
 
+using namespace DegaussParameters;
+
 FxGuiDegauss::FxGuiDegauss(QWidget* parent) : FxControlPage(parent) {
     ui.setupUi(this);
 }
 
 void FxGuiDegauss::store(ValueWriter& out) const {
-    out.set("Threshold", ui.theSlThresh->value());
-    out.set("Method", int(ui.theRBMethodFFT->isChecked() ? FFTMethod : LucyRichardsonMethod));
+    out.set(Threshold, ui.theSlThresh->value());
+    out.set(Method, int(ui.theRBMethodFFT->isChecked() ? FFT : LucyRichardson));
 }
 
 void FxGuiDegauss::showValues(const ParameterValues& values) {
-    setQuietly(ui.theSlThresh, values.toInt(ThresholdParameter));
+    setQuietly(ui.theSlThresh, values.toInt(Threshold));
     // The radio buttons exclude one another: the one to check unchecks the other, with that one's
     // signals blocked too.
     const SignalsBlocked fftBlocked(ui.theRBMethodFFT);
     const SignalsBlocked lucyRichardsonBlocked(ui.theRBMethodLR);
-    switch (values.toInt(MethodParameter)) {
-        case FFTMethod:
+    switch (values.toInt(Method)) {
+        case FFT:
             ui.theRBMethodFFT->setChecked(true);
             break;
-        case LucyRichardsonMethod:
+        case LucyRichardson:
             ui.theRBMethodLR->setChecked(true);
             break;
         default:

@@ -1,9 +1,13 @@
 #include "filters/degauss/FxImageFilterDegauss.h"
 
 #include <QMutexLocker>
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "filters/degauss/DegaussParameters.h"
+
+using namespace DegaussParameters;
 
 namespace {
 
@@ -40,20 +44,18 @@ float fftThreshold(float amount) {
 /// by the transform.
 int fftOrder(int width) {
     const int smallestOrder = 10;
-    const int order = static_cast<int>(std::log(static_cast<double>(width)) / std::log(2.0) + 1.0);
-    return order < smallestOrder ? smallestOrder : order;
+    const double order = std::log(static_cast<double>(width)) / std::log(2.0) + 1.0;
+    return order > smallestOrder ? static_cast<int>(order) : smallestOrder;
 }
 
 int iterations(float amount) {
-    const double twice = 2.0 * amount;
-    const int most = 1 << 30;
-    return twice < most ? static_cast<int>(twice) : most;
+    const double most = 1 << 30;  // what a document may hold beyond the page has no end of its own
+    return static_cast<int>(std::max(-most, std::min(2.0 * amount, most)));
 }
 
 }  // namespace
 
-FxImageFilterDegauss::FxImageFilterDegauss(int instanceId)
-    : FxImageFilter(DegaussTypeId, instanceId) {}
+FxImageFilterDegauss::FxImageFilterDegauss(int instanceId) : FxImageFilter(TypeId, instanceId) {}
 
 FxImageFilterDegauss::~FxImageFilterDegauss() {
     m_fftDeconvState.reset();
@@ -63,8 +65,8 @@ FxImageFilterDegauss::~FxImageFilterDegauss() {
 }
 
 HkImage* FxImageFilterDegauss::process(HkImage* image, const ParameterValues& values) {
-    const float amount = static_cast<float>(values.toInt(ThresholdParameter));
-    const int method = values.toInt(MethodParameter);
+    const float amount = static_cast<float>(values.toInt(Threshold));
+    const int method = values.toInt(Method);
     if (image->channels == 1) {
         deconvolve(*image, amount, method);
         return image;
@@ -73,11 +75,11 @@ HkImage* FxImageFilterDegauss::process(HkImage* image, const ParameterValues& va
 
     const OwnedImage luma = makeImage(*image, 1);
     if (!luma) return image;
-    static_cast<void>(processor().RGBtoYUV(image, nullptr));
-    static_cast<void>(processor().copyChannel(image, 0, luma.get(), 0));
+    bestEffort(processor().RGBtoYUV(image, nullptr));
+    bestEffort(processor().copyChannel(image, 0, luma.get(), 0));
     deconvolve(*luma, amount, method);
-    static_cast<void>(processor().copyChannel(luma.get(), 0, image, 0));
-    static_cast<void>(processor().YUVtoRGB(image, nullptr));
+    bestEffort(processor().copyChannel(luma.get(), 0, image, 0));
+    bestEffort(processor().YUVtoRGB(image, nullptr));
     return image;
 }
 
@@ -86,7 +88,7 @@ void FxImageFilterDegauss::deconvolve(HkImage& working, float amount, int method
     if (!stateFits(working, amount, method)) rebuildState(working, amount, method);
     fitBuffers(working);
 
-    static_cast<void>(working.getBufferCopy32f(m_sourceBuffer.get(), kBlack, kWhite));
+    bestEffort(working.getBufferCopy32f(m_sourceBuffer.get(), kBlack, kWhite));
     runMethod(working);
     // Whatever the plane holds: a method that is unknown, or refuses the size, leaves it as it is.
     working.setImage32f(working.width, working.height, working.channels, m_resultBuffer.get(),
@@ -95,8 +97,8 @@ void FxImageFilterDegauss::deconvolve(HkImage& working, float amount, int method
 
 bool FxImageFilterDegauss::stateFits(const HkImage& working, float amount, int method) const {
     // A state that memory was too short for is tried again.
-    const bool missing = (method == LucyRichardsonMethod && !m_lucyRichardsonState) ||
-                         (method == FFTMethod && !m_fftDeconvState);
+    const bool missing = (method == LucyRichardson && !m_lucyRichardsonState) ||
+                         (method == FFT && !m_fftDeconvState);
     return !missing && amount == m_cachedAmount && method == m_cachedMethod &&
            working.width == m_cachedWidth && working.height == m_cachedHeight &&
            working.roiWidth <= m_cachedRegionWidth && working.roiHeight <= m_cachedRegionHeight;
@@ -110,20 +112,22 @@ void FxImageFilterDegauss::rebuildState(const HkImage& working, float amount, in
     m_cachedRegionHeight = working.roiHeight;
     m_lucyRichardsonState.reset();
     m_fftDeconvState.reset();
-    if (method == LucyRichardsonMethod) {
+    if (method == LucyRichardson) {
         numeric::DeconvLRState* state = nullptr;
-        static_cast<void>(numeric::deconvLRInit(&state, kLRKernel, kLRKernelSize,
-                                                working.roiWidth + kLRKernelSize,
-                                                working.roiHeight + kLRKernelSize, kLRThreshold));
+        bestEffort(numeric::deconvLRInit(&state, kLRKernel, kLRKernelSize,
+                                         working.roiWidth + kLRKernelSize,
+                                         working.roiHeight + kLRKernelSize, kLRThreshold));
         m_lucyRichardsonState.reset(state);
-    } else if (method == FFTMethod) {
+    } else if (method == FFT) {
         numeric::DeconvFFTState* state = nullptr;
-        static_cast<void>(numeric::deconvFFTInit(&state, kFFTKernel, kFFTKernelSize,
-                                                 fftOrder(working.width), fftThreshold(amount)));
+        bestEffort(numeric::deconvFFTInit(&state, kFFTKernel, kFFTKernelSize,
+                                          fftOrder(working.width), fftThreshold(amount)));
         m_fftDeconvState.reset(state);
     }
 }
 
+/// Planes of the frame's allocated size. Outside the region the result is 0, whatever an earlier
+/// frame left there.
 void FxImageFilterDegauss::fitBuffers(const HkImage& working) {
     if (working.width != m_cachedWidth || working.height != m_cachedHeight) {
         m_cachedWidth = working.width;
@@ -133,18 +137,23 @@ void FxImageFilterDegauss::fitBuffers(const HkImage& working) {
     }
     if (!m_sourceBuffer)
         m_sourceBuffer = numeric::makeZeroPlane(m_cachedWidth, m_cachedHeight, &m_bufferStep);
+    // Only a region that leaves out some of the last one's pixels needs the plane cleared.
     if (!m_resultBuffer)
         m_resultBuffer = numeric::makeZeroPlane(m_cachedWidth, m_cachedHeight, &m_bufferStep);
+    else if (working.roiWidth < m_regionWidth || working.roiHeight < m_regionHeight)
+        std::memset(m_resultBuffer.get(), 0,
+                    std::size_t(m_bufferStep) * std::size_t(m_cachedHeight));
+    m_regionWidth = working.roiWidth;
+    m_regionHeight = working.roiHeight;
 }
 
 void FxImageFilterDegauss::runMethod(const HkImage& working) {
-    if (m_cachedMethod == FFTMethod)
-        static_cast<void>(numeric::deconvFFT(m_sourceBuffer.get(), m_bufferStep,
-                                             m_resultBuffer.get(), m_bufferStep, working.roiWidth,
-                                             working.roiHeight, m_fftDeconvState.get()));
-    else if (m_cachedMethod == LucyRichardsonMethod)
-        static_cast<void>(numeric::deconvLR(m_sourceBuffer.get(), m_bufferStep,
-                                            m_resultBuffer.get(), m_bufferStep, working.roiWidth,
-                                            working.roiHeight, iterations(m_cachedAmount),
-                                            m_lucyRichardsonState.get()));
+    if (m_cachedMethod == FFT)
+        bestEffort(numeric::deconvFFT(m_sourceBuffer.get(), m_bufferStep, m_resultBuffer.get(),
+                                      m_bufferStep, working.roiWidth, working.roiHeight,
+                                      m_fftDeconvState.get()));
+    else if (m_cachedMethod == LucyRichardson)
+        bestEffort(numeric::deconvLR(m_sourceBuffer.get(), m_bufferStep, m_resultBuffer.get(),
+                                     m_bufferStep, working.roiWidth, working.roiHeight,
+                                     iterations(m_cachedAmount), m_lucyRichardsonState.get()));
 }

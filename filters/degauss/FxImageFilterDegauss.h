@@ -33,6 +33,8 @@ private:
     int m_cachedRegionHeight = 0;
     int m_cachedWidth = 0;  ///< ... and the frame size of state and planes
     int m_cachedHeight = 0;
+    int m_regionWidth = 0;  ///< of the last frame: the part of the result that may not be 0
+    int m_regionHeight = 0;
     numeric::OwnedPlane m_sourceBuffer;
     numeric::OwnedPlane m_resultBuffer;
     numeric::OwnedDeconvLR m_lucyRichardsonState;

@@ -2,4 +2,8 @@
 
 #include "filters/morphology/SignedMorphology.h"
 
-enum { DilateTypeId = 2007 };
+namespace DilateParameters {
+
+enum { TypeId = 2007 };
+
+}  // namespace DilateParameters

@@ -7,12 +7,12 @@
 namespace {
 
 const FilterFacts kFacts = {
-    DilateTypeId,
+    DilateParameters::TypeId,
     QT_TRANSLATE_NOOP("FxFilterManipDilate", "Dilation and Erosion"),
     QT_TRANSLATE_NOOP("FxFilterManipDilate", "Dilate/Erode"),
     ":/Icon_Dilate.svg",
     EditMerging::Merged,
-    signedMorphologyParameters(),
+    SignedMorphologyParameters::table(),
 };
 
 }  // namespace

@@ -1,9 +1,13 @@
 #pragma once
 
-enum { DistanceTypeId = 2011 };
+namespace DistanceParameters {
+
+enum { TypeId = 2011 };
 
 /// Index order = keyframe order; "Enabled" is 0.
-enum DistanceParameter { TypeParameter = 1, DetParameter };
+enum Parameter { Type = 1, Det };
 
 /// Values of "Type".
-enum SeparatorOutput { FilledAreas = 0, BordersOnly = 1 };
+enum TypeValue { FilledAreas = 0, BordersOnly = 1 };
+
+}  // namespace DistanceParameters

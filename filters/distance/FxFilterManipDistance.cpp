@@ -4,17 +4,19 @@
 #include "filters/distance/FxGuiDistance.h"
 #include "filters/distance/FxImageFilterDistance.h"
 
+using namespace DistanceParameters;
+
 namespace {
 
 const FilterFacts kFacts = {
-    DistanceTypeId,
+    TypeId,
     QT_TRANSLATE_NOOP("FxFilterManipDistance", "Object separator"),
     QT_TRANSLATE_NOOP("FxFilterManipDistance", "Object separation"),
     ":/Icon_Distance.svg",
     EditMerging::Merged,
     // The default is not the form's initial slider position: the first refresh of a page shows it.
-    {{"Type", QMetaType::Int, ParamDescr::Stepped, int(FilledAreas)},
-     {"Det", QMetaType::Int, ParamDescr::Interpolated, 10}},
+    {{Type, "Type", QMetaType::Int, ParamDescr::Stepped, int(FilledAreas)},
+     {Det, "Det", QMetaType::Int, ParamDescr::Interpolated, 10}},
 };
 
 }  // namespace

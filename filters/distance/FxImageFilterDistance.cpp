@@ -6,6 +6,8 @@
 
 #include "filters/distance/DistanceParameters.h"
 
+using namespace DistanceParameters;
+
 namespace {
 
 const int kBackgroundLabel = 1;
@@ -24,25 +26,22 @@ const int kByDistanceWithBorders = 2 | 128;  ///< nearest area first, borders ov
 
 void shapeResult(HkImage& output, int type, int width, int height) {
     if (type == FilledAreas) {
-        static_cast<void>(numeric::thresholdBothSides(output.data, output.step, width, height,
-                                                      kSmallestLabel, 0, kLargestLabel, 0));
-        static_cast<void>(
-            numeric::thresholdAbove(output.data, output.step, width, height, 0, kWhite));
+        bestEffort(numeric::thresholdBothSides(output.data, output.step, width, height,
+                                               kSmallestLabel, 0, kLargestLabel, 0));
+        bestEffort(numeric::thresholdAbove(output.data, output.step, width, height, 0, kWhite));
     } else {
-        static_cast<void>(
-            numeric::thresholdBelow(output.data, output.step, width, height, kBorder, 0));
+        bestEffort(numeric::thresholdBelow(output.data, output.step, width, height, kBorder, 0));
     }
 }
 
 }  // namespace
 
-FxImageFilterDistance::FxImageFilterDistance(int instanceId)
-    : FxImageFilter(DistanceTypeId, instanceId) {}
+FxImageFilterDistance::FxImageFilterDistance(int instanceId) : FxImageFilter(TypeId, instanceId) {}
 
 HkImage* FxImageFilterDistance::process(HkImage* image, const ParameterValues& values) {
-    if (image->channels >= 3) static_cast<void>(processor().RGBtoGrayscale(image, nullptr));
-    const int type = values.toInt(TypeParameter);
-    const float level = static_cast<float>(values.toDouble(DetParameter) / 3.0);
+    if (image->channels >= 3) bestEffort(processor().RGBtoGrayscale(image, nullptr));
+    const int type = values.toInt(Type);
+    const float level = static_cast<float>(values.toDouble(Det) / 3.0);
 
     OwnedImage output(new (std::nothrow) HkImage());
     if (!output) return image;
@@ -51,13 +50,13 @@ HkImage* FxImageFilterDistance::process(HkImage* image, const ParameterValues& v
 
     const int width = image->roiWidth;
     const int height = image->roiHeight;
-    static_cast<void>(processor().invert(image, nullptr));
+    bestEffort(processor().invert(image, nullptr));
     // On a two-level frame the seeds keep their labels and all of the background becomes one more
     // seed. On a grey frame grey bits mix with the labels, which is how it has always been.
-    static_cast<void>(
+    bestEffort(
         numeric::bitwiseOr(image->data, image->step, output->data, output->step, width, height));
-    static_cast<void>(numeric::thresholdAbove(output->data, output->step, width, height,
-                                              kLargestLabel, kBackgroundLabel));
+    bestEffort(numeric::thresholdAbove(output->data, output->step, width, height, kLargestLabel,
+                                       kBackgroundLabel));
     floodFromSeeds(*image, *output);
     shapeResult(*output, type, width, height);
 
@@ -71,23 +70,22 @@ void FxImageFilterDistance::findSeeds(HkImage& grey, HkImage& output, float leve
     const QMutexLocker lock(&m_guard);
     fitPlanes(grey);
     unsigned char* scratch = m_scratch.fit(numeric::distanceTransformScratchSize, width, height);
-    static_cast<void>(numeric::distanceTransform(grey.data, grey.step, m_distancePlane.get(),
-                                                 m_planeStep, width, height, scratch));
+    bestEffort(numeric::distanceTransform(grey.data, grey.step, m_distancePlane.get(), m_planeStep,
+                                          width, height, scratch));
     keepPeaks(width, height, level);
 
     float strongest = 0.0f;
-    static_cast<void>(
-        numeric::maximum(m_distancePlane.get(), m_planeStep, width, height, &strongest));
+    bestEffort(numeric::maximum(m_distancePlane.get(), m_planeStep, width, height, &strongest));
     output.setImage32f(grey.width, grey.height, grey.channels, m_distancePlane.get(), 0.0f,
                        strongest);
     output.roiWidth = width;
     output.roiHeight = height;
-    static_cast<void>(processor().maxFilter(&output, 3, nullptr));
+    bestEffort(processor().maxFilter(&output, 3, nullptr));
 
     int areaCount = 0;
     scratch = m_scratch.fit(numeric::labelSeedsScratchSize, width, height);
-    static_cast<void>(numeric::labelSeeds(output.data, output.step, width, height, kSmallestLabel,
-                                          kLargestLabel, kCityBlock, &areaCount, scratch));
+    bestEffort(numeric::labelSeeds(output.data, output.step, width, height, kSmallestLabel,
+                                   kLargestLabel, kCityBlock, &areaCount, scratch));
 }
 
 /// Leaves in the distance plane only the peaks that rise by the share 1 / level of the largest
@@ -98,14 +96,13 @@ void FxImageFilterDistance::keepPeaks(int width, int height, float level) {
     const int step = m_planeStep;
 
     float farthest = 0.0f;
-    static_cast<void>(numeric::maximum(distance, step, width, height, &farthest));
+    bestEffort(numeric::maximum(distance, step, width, height, &farthest));
     const float rise = farthest / level;
-    static_cast<void>(numeric::thresholdFloat(distance, step, width, height, rise, 0.0f));
-    static_cast<void>(numeric::subtractScalar(distance, step, rise, work, step, width, height));
+    bestEffort(numeric::thresholdFloat(distance, step, width, height, rise, 0.0f));
+    bestEffort(numeric::subtractScalar(distance, step, rise, work, step, width, height));
     unsigned char* scratch = m_peakScratch.fit(numeric::peakStepScratchSize, width, height);
-    static_cast<void>(
-        numeric::peakStep(distance, step, work, step, width, height, scratch, kChessboard));
-    static_cast<void>(numeric::subtract(work, step, distance, step, width, height));
+    bestEffort(numeric::peakStep(distance, step, work, step, width, height, scratch, kChessboard));
+    bestEffort(numeric::subtract(work, step, distance, step, width, height));
 }
 
 void FxImageFilterDistance::floodFromSeeds(const HkImage& invertedGrey, HkImage& output) {
@@ -113,9 +110,8 @@ void FxImageFilterDistance::floodFromSeeds(const HkImage& invertedGrey, HkImage&
     const int height = invertedGrey.roiHeight;
     const QMutexLocker lock(&m_guard);
     unsigned char* scratch = m_scratch.fit(numeric::watershedScratchSize, width, height);
-    static_cast<void>(numeric::watershed(invertedGrey.data, invertedGrey.step, output.data,
-                                         output.step, width, height, kFastMarching,
-                                         kByDistanceWithBorders, scratch));
+    bestEffort(numeric::watershed(invertedGrey.data, invertedGrey.step, output.data, output.step,
+                                  width, height, kFastMarching, kByDistanceWithBorders, scratch));
 }
 
 /// Planes of the frame's allocated size. Outside the region they are 0, whatever an earlier frame
@@ -145,7 +141,7 @@ void FxImageFilterDistance::fitPlanes(const HkImage& image) {
 /// second frame of the same size allocates nothing.
 unsigned char* FxImageFilterDistance::Scratch::fit(ScratchSize sizeOf, int width, int height) {
     int needed = 0;
-    static_cast<void>(sizeOf(width, height, &needed));
+    bestEffort(sizeOf(width, height, &needed));
     if (!block || needed > size) {
         block.reset();
         block = numeric::makeScratch(needed);

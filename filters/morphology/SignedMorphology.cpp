@@ -2,16 +2,16 @@
 
 #include <QSlider>
 
-ParameterTable signedMorphologyParameters() {
-    return {{"Dilate", QMetaType::Int, ParamDescr::Interpolated, 0}};
+ParameterTable SignedMorphologyParameters::table() {
+    return {{Amount, "Dilate", QMetaType::Int, ParamDescr::Interpolated, 0}};
 }
 
 void FxGuiSignedMorphology::store(ValueWriter& out) const {
-    out.set("Dilate", m_amount->value());
+    out.set(SignedMorphologyParameters::Amount, m_amount->value());
 }
 
 void FxGuiSignedMorphology::showValues(const ParameterValues& values) {
-    setQuietly(m_amount, values.toInt(AmountParameter));
+    setQuietly(m_amount, values.toInt(SignedMorphologyParameters::Amount));
 }
 
 std::vector<FxControlPage::ChangeSignal> FxGuiSignedMorphology::changeSignals() const {

@@ -8,11 +8,15 @@ class QSlider;
 // What open/close and dilate/erode share: one parameter, whose sign selects the operation and whose
 // magnitude is its size.
 
+namespace SignedMorphologyParameters {
+
 /// Index order = keyframe order; "Enabled" is 0.
-enum SignedMorphologyParameter { AmountParameter = 1 };
+enum Parameter { Amount = 1 };
 
 /// The parameter is called "Dilate" by both filters; saved documents carry the name.
-ParameterTable signedMorphologyParameters();
+ParameterTable table();
+
+}  // namespace SignedMorphologyParameters
 
 /// A page whose only control is a slider for the signed amount.
 class FxGuiSignedMorphology : public FxControlPage {

@@ -7,12 +7,12 @@
 namespace {
 
 const FilterFacts kFacts = {
-    OpenTypeId,
+    OpenParameters::TypeId,
     QT_TRANSLATE_NOOP("FxFilterManipOpen", "Opening and Closing"),
     QT_TRANSLATE_NOOP("FxFilterManipOpen", "Open/Close"),
     ":/Icon_Open.svg",
     EditMerging::Merged,
-    signedMorphologyParameters(),
+    SignedMorphologyParameters::table(),
 };
 
 }  // namespace

@@ -12,15 +12,16 @@ unsigned int magnitude(int amount) {
 
 }  // namespace
 
-FxImageFilterOpen::FxImageFilterOpen(int instanceId) : FxImageFilter(OpenTypeId, instanceId) {}
+FxImageFilterOpen::FxImageFilterOpen(int instanceId)
+    : FxImageFilter(OpenParameters::TypeId, instanceId) {}
 
 HkImage* FxImageFilterOpen::process(HkImage* image, const ParameterValues& values) {
     // Positive opens and negative closes, although the page is labelled the other way round:
     // documents made so far rely on it, and so do the users' hands.
-    const int amount = values.toInt(AmountParameter);
+    const int amount = values.toInt(SignedMorphologyParameters::Amount);
     if (amount > 0)
-        static_cast<void>(processor().open(image, magnitude(amount), nullptr));
+        bestEffort(processor().open(image, magnitude(amount), nullptr));
     else if (amount < 0)
-        static_cast<void>(processor().close(image, magnitude(amount), nullptr));
+        bestEffort(processor().close(image, magnitude(amount), nullptr));
     return image;
 }

@@ -2,4 +2,8 @@
 
 #include "filters/morphology/SignedMorphology.h"
 
-enum { OpenTypeId = 2006 };
+namespace OpenParameters {
+
+enum { TypeId = 2006 };
+
+}  // namespace OpenParameters

@@ -10,6 +10,7 @@
 #include <QStyleOptionSlider>
 #include <QTest>
 #include <QTranslator>
+#include <limits>
 #include <map>
 #include <set>
 
@@ -28,26 +29,6 @@ void show(FilterHost& host) {
     host.entry().resize(300, 160);
     host.entry().show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&host.entry()));
-}
-
-/// The texts on a page in reading order, a slash between lines.
-std::string textsOn(const QWidget& page) {
-    std::map<int, std::map<int, QString>> lines;  // by the places of their middles
-    for (const QWidget* widget : page.findChildren<QWidget*>()) {
-        const QString text = widget->property("text").toString();
-        if (text.isEmpty()) continue;
-        const QPoint middle = widget->mapTo(&page, widget->rect().center());
-        auto line = lines.lower_bound(middle.y() - 5);
-        if (line == lines.end() || line->first > middle.y() + 5)
-            line = lines.insert({middle.y(), {}}).first;
-        line->second[middle.x()] = text;
-    }
-    QStringList all;
-    for (const auto& [y, line] : lines) {
-        if (!all.isEmpty()) all.append("/");
-        for (const auto& [x, text] : line) all.append(text);
-    }
-    return all.join(' ').toStdString();
 }
 
 /// Translates nothing and notes what was to be translated, by context.
@@ -69,12 +50,6 @@ public:
 class ControlPage : public testing::TestWithParam<ExpectedFilter> {};
 
 }  // namespace
-
-TEST_P(ControlPage, ReadsAsItsUsersKnowIt) {
-    FilterHost host(GetParam().key);
-    show(host);
-    EXPECT_EQ(textsOn(host.page()), GetParam().pageTexts);
-}
 
 TEST_P(ControlPage, TranslatesItsTextsInTheContextOfItsForm) {
     FilterHost host(GetParam().key);
@@ -207,6 +182,7 @@ TEST(ControlPageValues, AreShownAsStored) {
         {kThreshold, 1, 5, "theSlSize", 5},  // less than the slider can show
         {kThreshold, 1, 24, "theSlSize", 11},
         {kThreshold, 1, 257, "theSlSize", 50},
+        {kThreshold, 1, std::numeric_limits<int>::min(), "theSlSize", 5},
         {kThreshold, 2, 12.8, "theSlMin", 128},
         {kThreshold, 2, 12.89, "theSlMin", 128},
         {kThreshold, 2, 25.56, "theSlMin", 255},

@@ -29,20 +29,6 @@ class FilterProtocol : public testing::TestWithParam<ExpectedFilter> {
 protected:
     const ExpectedFilter& expected() const { return GetParam(); }
     const ExpectedEdit& firstEdit() const { return GetParam().edits.front(); }
-
-    /// The filter's descriptor, as a host would declare it that lacks one parameter.
-    std::unique_ptr<HkKernelObjectDataDescr> descriptorWithout(int missing) const {
-        const int count = static_cast<int>(expected().parameters.size());
-        auto descr = std::make_unique<HkKernelObjectDataDescr>(expected().typeId,
-                                                               count - (missing < count ? 1 : 0));
-        unsigned int index = 0;
-        for (int i = 0; i < count; ++i) {
-            const ExpectedParameter& p = expected().parameters[static_cast<std::size_t>(i)];
-            if (i == missing) continue;
-            EXPECT_TRUE(descr->addParamDescr(index++, QString::fromLatin1(p.name), p.type, p.kind));
-        }
-        return descr;
-    }
 };
 
 }  // namespace
@@ -61,60 +47,6 @@ TEST_P(FilterProtocol, SaysWhatItIs) {
     EXPECT_EQ(manipulator->qt_metacast(expected().className), manipulator.get());
     EXPECT_EQ(manipulator->qt_metacast("HkFilterManipulator"), manipulator.get());
     EXPECT_EQ(manipulator->qt_metacast("FxFilterManipulator"), nullptr);
-}
-
-TEST_P(FilterProtocol, DeclaresItsParameters) {
-    const FilterHost host(expected().key);
-    EXPECT_TRUE(KernelStore::isRegistered(*host.manipulator));
-    EXPECT_EQ(KernelStore::instance().manipulator(expected().typeId), host.manipulator.get());
-    const auto* descr = HkFXKernelData::getInstance()->getDataDescriptor(expected().typeId);
-    ASSERT_NE(descr, nullptr);
-    ASSERT_EQ(descr->paramCount(), static_cast<int>(expected().parameters.size()));
-    for (int i = 0; i < descr->paramCount(); ++i) {
-        const ExpectedParameter& p = expected().parameters[static_cast<std::size_t>(i)];
-        EXPECT_EQ(descr->param(i).name.toStdString(), p.name);
-        EXPECT_EQ(descr->param(i).type, p.type) << p.name;
-        EXPECT_EQ(descr->param(i).kind, p.kind) << p.name;
-        EXPECT_EQ(host.value(i), p.defaultValue) << p.name;
-    }
-}
-
-TEST_P(FilterProtocol, WritesDefaultsInOrderUntilOneFails) {
-    const auto manipulator = makeManipulator(expected().key);
-    const int count = static_cast<int>(expected().parameters.size());
-    for (int missing = 0; missing <= count; ++missing) {  // the last round lacks nothing
-        const auto descr = descriptorWithout(missing);
-        HkParamKeyframeVector values = descr->createKeyframeVector();
-        EXPECT_EQ(manipulator->fillDefaultValues(descr.get(), values, 0), missing == count);
-
-        bool reached = true;
-        for (const int index : expected().defaultsOrder) {
-            reached = reached && index != missing;
-            if (index == missing) continue;
-            const ExpectedParameter& p = expected().parameters[static_cast<std::size_t>(index)];
-            const HkParamKeyframe& entry = values.at(descr->indexOf(QString::fromLatin1(p.name)));
-            EXPECT_EQ(entry.isAssigned(), reached) << p.name << " without parameter " << missing;
-            if (reached) {
-                EXPECT_EQ(entry.getValue(), p.defaultValue) << p.name;
-            }
-        }
-    }
-}
-
-TEST_P(FilterProtocol, ATypeIdThatIsTakenLeavesNoDescriptor) {
-    {
-        const auto first = makeManipulator(expected().key);
-        ASSERT_TRUE(
-            HkFXKernelData::getInstance()->registerFilterType(first.get(), expected().typeId));
-        const auto manipulator = makeManipulator(expected().key);
-        manipulator->initManipulator(nullptr);
-        EXPECT_FALSE(KernelStore::isRegistered(*manipulator));
-        EXPECT_EQ(HkFXKernelData::getInstance()->getDataDescriptor(expected().typeId), nullptr);
-        EXPECT_EQ(manipulator->addFilter(), -1);
-    }
-    const auto manipulator = makeManipulator(expected().key);
-    manipulator->initManipulator(nullptr);
-    EXPECT_TRUE(KernelStore::isRegistered(*manipulator));
 }
 
 TEST_P(FilterProtocol, PassesTheFrameThroughWhenThereIsNothingToDo) {
@@ -161,34 +93,6 @@ TEST_P(FilterProtocol, OneEditIsOneCommand) {
         EXPECT_EQ(host.position(edit.control), edit.position);
         EXPECT_EQ(host.undo.count(), 1) << "showing a value is not an edit";
         EXPECT_EQ(inProgress, (std::vector<bool>{true, false, false}));
-    }
-}
-
-TEST_P(FilterProtocol, ConsecutiveEditsMergeWhereTheFilterSaysSo) {
-    FilterHost host(expected().key);
-    for (int i : {0, 1}) {
-        const ExpectedEdit& edit = expected().edits[static_cast<std::size_t>(i)];
-        host.edit(edit.control, edit.position);
-        EXPECT_EQ(host.value(edit.parameter), edit.stored);
-    }
-    EXPECT_EQ(host.undo.count(), expected().merges ? 1 : 2);
-}
-
-TEST_P(FilterProtocol, AnEditOfAnAnimatedInstanceKeysTheCurrentFrame) {
-    const ExpectedEdit& edit = firstEdit();
-    const auto parameter = static_cast<std::size_t>(edit.parameter);
-    const quint32 frame = 0xf0000000u;  // must not turn negative on its way to 64 bits
-    for (const bool animated : {false, true}) {
-        FilterHost host(expected().key);
-        KernelStore::instance().setAnimated(host.objectId, animated);
-        KernelStore::instance().setCurrentFrame(frame);
-        host.edit(edit.control, edit.position);
-        ASSERT_EQ(host.undo.count(), 1);
-        const InstanceState state = *KernelStore::instance().state(host.objectId);
-        EXPECT_EQ(state.params[parameter].keys.count(frame), animated ? 1u : 0u);
-        EXPECT_EQ(state.params[parameter].keys.size(), animated ? 1u : 0u);
-        EXPECT_EQ(state.params[parameter].base,
-                  animated ? expected().parameters[parameter].defaultValue : edit.stored);
     }
 }
 

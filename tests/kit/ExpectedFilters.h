@@ -33,10 +33,9 @@ struct ExpectedFilter {
     const char* title;
     const char* description;
     const char* icon;
-    const char* pageTexts;  ///< of its page, in reading order, lines between slashes
-    bool merges;            ///< consecutive edits may become one undo step
+    bool merges;  ///< consecutive edits may become one undo step
     std::vector<ExpectedParameter> parameters;
-    std::vector<int> defaultsOrder;   ///< the order in which defaults are written
+    std::vector<int> writeOrder;      ///< the order in which defaults are written, and edits
     std::vector<ExpectedEdit> edits;  ///< the first two change the same parameter
 };
 

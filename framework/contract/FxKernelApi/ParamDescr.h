@@ -17,7 +17,7 @@ struct FXKERNELAPI_EXPORT ParamDescr {
     };
 
     QString name;
-    QMetaType::Type type = QMetaType::UnknownType;
+    QMetaType::Type type = QMetaType::Type(0);  ///< none
     KeyframeType kind = Constant;
     QVariant defaultValue;
 };
