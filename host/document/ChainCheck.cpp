@@ -12,14 +12,14 @@ namespace document {
 
 namespace {
 
-/// "key at frame 20", "keys at frames 20, 30 and 7 more".
+/// "a key at frame 20", "keys at frames 20, 30 and 7 more".
 std::string keysText(const std::vector<qint64>& frames) {
     const std::size_t mostNamed = 4;
     QStringList named;
     for (std::size_t i = 0; i < std::min(frames.size(), mostNamed); ++i)
         named.append(QString::number(frames[i]));
     QString text =
-        frames.size() == 1 ? QStringLiteral("key at frame ") : QStringLiteral("keys at frames ");
+        frames.size() == 1 ? QStringLiteral("a key at frame ") : QStringLiteral("keys at frames ");
     text += named.join(QStringLiteral(", "));
     if (frames.size() > mostNamed)
         text += QStringLiteral(" and %1 more").arg(frames.size() - mostNamed);
@@ -53,7 +53,7 @@ void ChainCheck::lookAtKeys(std::int64_t firstFrame, std::int64_t lastFrame) {
             m_objections.push_back(
                 {Advice,
                  instance.key.toStdString() + ": " + descr->param(index).name.toStdString() +
-                     " has " + (outside.size() == keys.size() ? "no key inside, but " : "a ") +
+                     " has " + (outside.size() == keys.size() ? "no key inside, but " : "") +
                      keysText(outside) + ", and the input's frames " + there,
                  0, 0, 0});
         }

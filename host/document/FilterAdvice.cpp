@@ -12,6 +12,7 @@ namespace {
 
 const char* const kDeconvolution = "Degauss";
 const char* const kSeparator = "Object separator";
+const char* const kOpenClose = "Open_Close";
 const char* const kThreshold = "Adaptive threshold";
 
 /// The transform is a power of two above the width, at least 2^10, and must hold the picture and a
@@ -79,12 +80,13 @@ std::string percent(double share) {
     return text;
 }
 
-/// "99.8 % white" where almost the whole picture is of one colour: hardly an object is left, or
-/// hardly any background.
+/// "99.8 % white" where hardly any background is left, "all black" where nothing else is. A few
+/// small objects on black are a good result, the reverse is none.
 std::optional<std::string> oneColour(const Levels& levels) {
     const double almostAll = 0.99;
-    for (const auto& [count, name] : {std::pair(levels.black, "black"), {levels.white, "white"}})
-        if (levels.share(count) > almostAll) return percent(levels.share(count)) + " % " + name;
+    if (levels.share(levels.white) > almostAll)
+        return percent(levels.share(levels.white)) + " % white";
+    if (levels.share(levels.black) == 1.0) return "all black";
     return std::nullopt;
 }
 
@@ -99,6 +101,14 @@ int FilterValues::toInt(const char* name) const {
 
 bool FilterValues::isEnabled() const {
     return !m_values.isEmpty() && m_values.at(0).getValue().toBool();
+}
+
+QString remarkOn(const QString& key, const QString& parameterName) {
+    if (key == QLatin1String(kOpenClose) && parameterName == QLatin1String("Dilate"))
+        return QStringLiteral(
+            "Positive values open, negative ones close, although the page is labelled the other "
+            "way round.");
+    return QString();
 }
 
 std::optional<std::string> refusalOfSize(const QString& key, const FilterValues& values, int width,
@@ -134,8 +144,8 @@ std::vector<std::string> adviceOnInput(const QString& key, const HkImage& input)
                          "\"Adaptive threshold\"");
     if (const auto colour = oneColour(levels))
         advice.push_back("its input is " + *colour +
-                         ", so there is next to nothing to separate; look at the picture that "
-                         "reaches it");
+                         ", so there is nothing to separate; change the filters before it until "
+                         "they show white objects on black");
     return advice;
 }
 
@@ -144,8 +154,8 @@ std::vector<std::string> adviceOnResult(const QString& key, const HkImage& resul
     const auto colour = oneColour(Levels(result));
     if (!colour) return {};
     return {"its result is " + *colour +
-            "; use Min=0 and a Size about twice as wide as an object, or look whether the objects "
-            "are brighter than what is around them"};
+            "; use Min=0 and a Size about twice as wide as an object, and see that objects are "
+            "brighter than what is around them"};
 }
 
 bool resultShowsObjects(const QString& key, const FilterValues& values) {

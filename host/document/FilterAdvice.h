@@ -28,6 +28,9 @@ private:
     HkParamKeyframeVector m_values;
 };
 
+/// What the filter's page leaves unsaid about a parameter, or says wrongly; mostly nothing.
+QString remarkOn(const QString& key, const QString& parameterName);
+
 /// Why the filter cannot take frames of this size, and what to do: it would give back something
 /// else than a result.
 std::optional<std::string> refusalOfSize(const QString& key, const FilterValues& values, int width,

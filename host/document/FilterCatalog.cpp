@@ -88,19 +88,20 @@ int FilterCatalog::parameterIndex(int typeId, const QString& nameOrLabel) const 
     if (places.empty()) places = placesOf(nameOrLabel, labels);
     if (places.size() == 1) return places.front();
 
-    const QString where = KernelStore::instance().filterKey(typeId) + QStringLiteral(": ");
+    const QString key = KernelStore::instance().filterKey(typeId);
+    const QString where = key + QStringLiteral(": ");
     if (places.size() > 1) refuseAmbiguous(where, nameOrLabel, places, names);
     for (int index = 0; index < descr.paramCount(); ++index) {
         const ParameterFacts& page = facts(typeId, index);
         if (!isSameName(page.lowEnd, nameOrLabel) && !isSameName(page.highEnd, nameOrLabel))
             continue;
         throw FilterError(
-            QStringLiteral("%1\"%2\" is one end of \"%3\"; write %3=VALUE from %4 (%5) to %6 (%7)")
+            QStringLiteral("%1\"%2\" is one end of \"%3\"; write %3=VALUE, valid: %4 to %5 "
+                           "(fxrender list \"%6\" says which way)")
                 .arg(where, nameOrLabel, names[index])
                 .arg(page.range->lowest)
-                .arg(page.lowEnd)
                 .arg(page.range->highest)
-                .arg(page.highEnd));
+                .arg(key));
     }
     throw FilterError(
         QStringLiteral("%1there is no parameter \"%2\"%3")

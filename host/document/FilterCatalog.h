@@ -25,8 +25,8 @@ public:
     const HkKernelObjectDataDescr& descriptor(int typeId) const;
 
     /// The index of a parameter. Throws FilterError naming the nearest name or label when there is
-    /// none, the names when there are several, and the two directions when the text is that of one
-    /// end of a slider, which is no parameter.
+    /// none, the names when there are several, and the parameter's name when the text is that of
+    /// one end of a slider, which is none.
     int parameterIndex(int typeId, const QString& nameOrLabel) const;
 
     /// What the filter's page says about a parameter.

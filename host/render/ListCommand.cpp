@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
+#include "host/document/FilterAdvice.h"
 #include "host/kernel/KernelStore.h"
 
 namespace render {
@@ -59,7 +60,8 @@ struct Parameter {
         : descr(catalog.descriptor(typeId).param(index)),
           isSwitch(document::FilterCatalog::isSwitch(catalog.descriptor(typeId), index)),
           range(catalog.range(typeId, index)),
-          facts(catalog.facts(typeId, index)) {}
+          facts(catalog.facts(typeId, index)),
+          remark(document::remarkOn(KernelStore::instance().filterKey(typeId), descr.name)) {}
 
     std::string label() const {
         if (facts.highEnd.isEmpty()) return facts.label.toStdString();
@@ -74,9 +76,9 @@ struct Parameter {
             texts.append(QStringLiteral("%1 %2").arg(choice.value).arg(choice.text));
         if (!texts.isEmpty()) return texts.join(QStringLiteral(", ")).toStdString();
         if (!range) return "";
-        const auto end = [](double value, const QString& text) {
+        const auto end = [this](double value, const QString& text) {
             const QString number = QString::number(value);
-            return text.isEmpty() ? number : number + " (" + text + ')';
+            return text.isEmpty() || !remark.isEmpty() ? number : number + " (" + text + ')';
         };
         return (end(range->lowest, facts.lowEnd) + " to " + end(range->highest, facts.highEnd))
             .toStdString();
@@ -95,6 +97,7 @@ struct Parameter {
     const bool isSwitch;
     const std::optional<document::ParameterRange> range;
     const document::ParameterFacts& facts;
+    const QString remark;
 };
 
 std::vector<Parameter> parametersOf(const document::FilterCatalog& catalog, int typeId) {
@@ -106,8 +109,17 @@ std::vector<Parameter> parametersOf(const document::FilterCatalog& catalog, int 
 
 /// What the page says in so many words: the longer text, or else the shorter one.
 template <typename Facts>
-std::string meaningOf(const Facts& facts) {
+std::string pageTextOf(const Facts& facts) {
     return (facts.whatsThis.isEmpty() ? facts.toolTip : facts.whatsThis).toStdString();
+}
+
+/// What a parameter is about, in sentences.
+std::vector<std::string> meaningOf(const Parameter& parameter) {
+    if (parameter.isSwitch) return {"Switches the filter on or off."};
+    std::vector<std::string> sentences = {pageTextOf(parameter.facts),
+                                          parameter.remark.toStdString()};
+    sentences.erase(std::remove(sentences.begin(), sentences.end(), ""), sentences.end());
+    return sentences;
 }
 
 std::string headingOf(int typeId) {
@@ -153,7 +165,8 @@ Json parameterJson(const Parameter& parameter) {
                     {"lowEnd", facts.lowEnd},
                     {"highEnd", facts.highEnd},
                     {"toolTip", facts.toolTip},
-                    {"whatsThis", facts.whatsThis}});
+                    {"whatsThis", facts.whatsThis},
+                    {"remark", parameter.remark}});
     for (const document::ParameterChoice& choice : facts.choices) {
         Json entry = {{"value", choice.value}, {"text", choice.text.toStdString()}};
         addTexts(entry, {{"toolTip", choice.toolTip}, {"whatsThis", choice.whatsThis}});
@@ -194,9 +207,7 @@ std::string filterExplanation(const document::FilterCatalog& catalog, int typeId
         if (!p.label().empty() && p.label() != p.descr.name.toStdString())
             text += "  \"" + p.label() + '"';
         text += '\n';
-        const std::string meaning = meaningOf(p.facts);
-        if (p.isSwitch) text += "      Switches the filter on or off.\n";
-        if (!meaning.empty()) text += "      " + meaning + '\n';
+        for (const std::string& sentence : meaningOf(p)) text += "      " + sentence + '\n';
         text += std::string("      ") + typeName(p.descr.type) + ", " + kindName(p.descr.kind);
         if (p.facts.choices.empty() && !p.values().empty()) text += ", " + p.values();
         text += "; default " + p.defaultText() + '\n';
@@ -204,7 +215,7 @@ std::string filterExplanation(const document::FilterCatalog& catalog, int typeId
         std::vector<Row> choices;
         for (const document::ParameterChoice& choice : p.facts.choices) {
             choices.push_back(
-                {std::to_string(choice.value), choice.text.toStdString(), meaningOf(choice)});
+                {std::to_string(choice.value), choice.text.toStdString(), pageTextOf(choice)});
             for (std::size_t i = 0; i < widths.size(); ++i)
                 widths[i] = std::max(widths[i], choices.back()[i].size());
         }
@@ -221,11 +232,12 @@ std::string filterMarkdown(const document::FilterCatalog& catalog, int typeId) {
     text += markdownRow({"Parameter", "on the page", "meaning", "values", "default", "kind"});
     text += "|---|---|---|---|---|---|\n";
     for (const Parameter& p : parametersOf(catalog, typeId)) {
-        std::string meaning = p.isSwitch ? "Switches the filter on or off." : meaningOf(p.facts);
+        std::vector<std::string> lines = meaningOf(p);
         for (const document::ParameterChoice& choice : p.facts.choices)
-            if (!meaningOf(choice).empty())
-                meaning += (meaning.empty() ? "" : "<br>") + choice.text.toStdString() + ": " +
-                           meaningOf(choice);
+            if (!pageTextOf(choice).empty())
+                lines.push_back(choice.text.toStdString() + ": " + pageTextOf(choice));
+        std::string meaning;
+        for (const std::string& line : lines) meaning += (meaning.empty() ? "" : "<br>") + line;
         text += markdownRow({'`' + p.descr.name.toStdString() + '`', p.label(), meaning, p.values(),
                              p.defaultText(), kindName(p.descr.kind)});
     }

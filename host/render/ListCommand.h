@@ -21,7 +21,7 @@ std::string filterMarkdown(const document::FilterCatalog& catalog, int typeId);
 /// {"filters": [{"key", "title", "description", "typeId", "parameters": [{"name",
 ///   "type": "bool" | "int" | "double" | "string",
 ///   "kind": "interpolated" | "stepped" | "constant", "default", "min", "max",
-///   "label", "lowEnd", "highEnd", "toolTip", "whatsThis",
+///   "label", "lowEnd", "highEnd", "toolTip", "whatsThis", "remark",
 ///   "choices": [{"value", "text", "toolTip", "whatsThis"}]}]}]}
 /// From min on, what the filter's page does not tell is absent.
 std::string filterJson(const document::FilterCatalog& catalog, const std::vector<int>& typeIds);
