@@ -1,7 +1,7 @@
 #include "host/document/ChainCheck.h"
 
+#include <QStringList>
 #include <algorithm>
-#include <memory>
 
 #include "framework/contract/FxKernelApi/HkFXKernelData.h"
 #include "host/document/ChainRenderer.h"
@@ -10,57 +10,133 @@
 
 namespace document {
 
-void ChainCheck::lookAtSettings(std::int64_t frame, int width, int height) {
+namespace {
+
+/// "a key at frame 20", "keys at frames 20, 30 and 7 more".
+std::string keysText(const std::vector<qint64>& frames) {
+    const std::size_t mostNamed = 4;
+    QStringList named;
+    for (std::size_t i = 0; i < std::min(frames.size(), mostNamed); ++i)
+        named.append(QString::number(frames[i]));
+    QString text =
+        frames.size() == 1 ? QStringLiteral("a key at frame ") : QStringLiteral("keys at frames ");
+    text += named.join(QStringLiteral(", "));
+    if (frames.size() > mostNamed)
+        text += QStringLiteral(" and %1 more").arg(frames.size() - mostNamed);
+    return text.toStdString();
+}
+
+}  // namespace
+
+ChainCheck::ChainCheck() {
     const KernelStore& store = KernelStore::instance();
-    for (const InstanceId& instance : store.instances()) {
-        const HkKernelObjectData* object =
-            HkFXKernelData::getInstance()->getObject(instance.typeId, instance.objectId);
-        if (!object) continue;
-        const QString key = store.filterKey(instance.typeId);
-        const FilterValues values(instance.typeId, object->getKeyframesAt(frame));
-        // No filter changes the size of a frame.
-        for (const std::string& advice : adviceOnSettings(key, values, width, height))
-            this->object(frame, key.toStdString() + ": " + advice);
+    for (const InstanceId& id : store.instances())
+        m_instances.push_back(
+            {id.typeId, id.objectId, store.filterKey(id.typeId), FilterLimits(id.typeId)});
+}
+
+void ChainCheck::lookAtKeys(std::int64_t firstFrame, std::int64_t lastFrame) {
+    const std::string there = firstFrame == lastFrame ? "is " + std::to_string(firstFrame) + " only"
+                                                      : "are " + std::to_string(firstFrame) +
+                                                            " to " + std::to_string(lastFrame);
+    for (const Instance& instance : m_instances) {
+        const auto state = KernelStore::instance().state(instance.objectId);
+        const HkKernelObjectDataDescr* descr =
+            HkFXKernelData::getInstance()->getDataDescriptor(instance.typeId);
+        if (!state || !state->animated || !descr) continue;
+        for (int index = 0; index < descr->paramCount(); ++index) {
+            const ParamTrack& keys = state->params[static_cast<std::size_t>(index)].keys;
+            std::vector<qint64> outside;
+            for (const auto& [frame, key] : keys)
+                if (frame < firstFrame || frame > lastFrame) outside.push_back(frame);
+            if (outside.empty()) continue;
+            m_objections.push_back(
+                {Advice,
+                 instance.key.toStdString() + ": " + descr->param(index).name.toStdString() +
+                     " has " + (outside.size() == keys.size() ? "no key inside, but " : "") +
+                     keysText(outside) + ", and the input's frames " + there,
+                 0, 0, 0});
+        }
     }
 }
 
-bool ChainCheck::wantsPicture() {
-    const KernelStore& store = KernelStore::instance();
-    const auto instances = store.instances();
-    return std::any_of(instances.begin(), instances.end(), [&](const InstanceId& instance) {
-        return looksAtPicture(store.filterKey(instance.typeId));
+void ChainCheck::lookAtSettings(std::int64_t frame, int width, int height) {
+    for (const Instance& instance : m_instances) {
+        const HkKernelObjectData* object =
+            HkFXKernelData::getInstance()->getObject(instance.typeId, instance.objectId);
+        if (!object) continue;
+        const std::string where = instance.key.toStdString() + ": ";
+        const FilterValues values(instance.typeId, object->getKeyframesAt(frame));
+        // No filter changes the size of a frame.
+        if (const auto refusal = instance.limits.refusal(values, width, height))
+            note(Obstacle, frame, where + *refusal);
+        for (const std::string& advice : adviceOnSettings(instance.key, values))
+            note(Advice, frame, where + advice);
+    }
+}
+
+bool ChainCheck::wantsPicture() const {
+    return std::any_of(m_instances.begin(), m_instances.end(), [](const Instance& instance) {
+        return looksAtInput(instance.key) || looksAtResult(instance.key);
     });
 }
 
 void ChainCheck::lookAtPicture(std::int64_t frame, std::unique_ptr<HkImage> picture) {
-    ChainRenderer chain;
-    chain.render(std::move(picture), frame, [&](const std::string& key, const HkImage& input) {
-        for (const std::string& advice : adviceOnPicture(QString::fromStdString(key), input))
-            object(frame, key + ": " + advice);
-    });
+    bool said = false;  // what comes of a bad picture further on is not worth a second line
+    const auto say = [&](const QString& key, const std::vector<std::string>& advice) {
+        for (const std::string& text : advice)
+            if (!said) note(Advice, frame, key.toStdString() + ": " + text);
+        said |= !advice.empty();
+    };
+    ChainRenderer::Observer observer;
+    observer.input = [&](const QString& key, const HkImage& input) {
+        say(key, adviceOnInput(key, input));
+    };
+    observer.result = [&](const QString& key, const HkImage& result) {
+        say(key, adviceOnResult(key, result));
+    };
+    try {
+        ChainRenderer().render(std::move(picture), frame, observer);
+    } catch (const FrameRefused&) {
+        // The look at the settings says so.
+    }
 }
 
 void ChainCheck::object(std::int64_t frame, const std::string& objection) {
+    note(Obstacle, frame, objection);
+}
+
+void ChainCheck::note(Kind kind, std::int64_t frame, const std::string& text) {
     const auto known = std::find_if(m_objections.begin(), m_objections.end(),
-                                    [&](const Objection& o) { return o.text == objection; });
+                                    [&](const Objection& o) { return o.text == text; });
     if (known == m_objections.end()) {
-        m_objections.push_back({objection, frame, frame, 1});
+        m_objections.push_back({kind, text, frame, frame, 1});
         return;
     }
     known->lastFrame = std::max(known->lastFrame, frame);
     ++known->frameCount;
 }
 
+std::string ChainCheck::line(const Objection& objection) {
+    if (objection.frameCount == 0) return objection.text;
+    const std::string first = std::to_string(objection.firstFrame);
+    const std::string frames = objection.frameCount == 1
+                                   ? "frame " + first
+                                   : std::to_string(objection.frameCount) + " frames, " + first +
+                                         " to " + std::to_string(objection.lastFrame);
+    return objection.text + " (" + frames + ")";
+}
+
 std::vector<std::string> ChainCheck::objections() const {
     std::vector<std::string> lines;
-    for (const Objection& o : m_objections) {
-        const std::string first = std::to_string(o.firstFrame);
-        const std::string frames = o.frameCount == 1
-                                       ? "frame " + first
-                                       : std::to_string(o.frameCount) + " frames, " + first +
-                                             " to " + std::to_string(o.lastFrame);
-        lines.push_back(o.text + " (" + frames + ")");
-    }
+    for (const Objection& objection : m_objections) lines.push_back(line(objection));
+    return lines;
+}
+
+std::vector<std::string> ChainCheck::advice() const {
+    std::vector<std::string> lines;
+    for (const Objection& objection : m_objections)
+        if (objection.kind == Advice) lines.push_back(line(objection));
     return lines;
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "framework/contract/ImageProcessor/HkImage.h"
+#include "host/document/FilterLimits.h"
 
 namespace document {
 
@@ -13,25 +14,45 @@ namespace document {
 /// frames. Each objection is kept once, with the frames it applies to. GUI thread.
 class ChainCheck {
 public:
+    ChainCheck();
+
+    /// Looks for keys before the first and after the last of the frames there are.
+    void lookAtKeys(std::int64_t firstFrame, std::int64_t lastFrame);
+
     /// Looks at the values in force at a frame of this size.
     void lookAtSettings(std::int64_t frame, int width, int height);
 
-    /// Runs the filters on a picture, as far as one is interested in what reaches it.
+    /// Runs the filters on a picture, as far as one is interested in what reaches it or what it
+    /// makes.
     void lookAtPicture(std::int64_t frame, std::unique_ptr<HkImage> picture);
-    static bool wantsPicture();
+    bool wantsPicture() const;
 
     /// Anything else that was found about a frame.
     void object(std::int64_t frame, const std::string& objection);
 
-    /// One line each, in the order in which they were found: "Degauss: ... (frames 0 to 9)".
+    /// One line each, in the order in which they were found: "Degauss: ... (frame 3)".
     std::vector<std::string> objections() const;
 
+    /// Those of them that do not keep a frame from being rendered.
+    std::vector<std::string> advice() const;
+
 private:
+    enum Kind { Advice, Obstacle };
     struct Objection {
+        Kind kind;
         std::string text;
         std::int64_t firstFrame, lastFrame;
-        int frameCount;
+        int frameCount;  ///< 0: it is about none in particular
     };
+    struct Instance {
+        int typeId, objectId;
+        QString key;
+        FilterLimits limits;
+    };
+    void note(Kind kind, std::int64_t frame, const std::string& text);
+    static std::string line(const Objection& objection);
+
+    std::vector<Instance> m_instances;
     std::vector<Objection> m_objections;
 };
 

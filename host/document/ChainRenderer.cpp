@@ -13,13 +13,12 @@ namespace document {
 ChainRenderer::ChainRenderer() {
     const KernelStore& store = KernelStore::instance();
     for (const InstanceId& instance : store.instances()) {
-        Step step;
-        step.typeId = instance.typeId;
-        step.objectId = instance.objectId;
-        step.key = store.filterKey(instance.typeId).toStdString();
+        Step step{store.filterKey(instance.typeId), instance.typeId, instance.objectId,
+                  FilterLimits(instance.typeId), nullptr};
         HkFilterManipulator* manipulator = store.manipulator(instance.typeId);
         if (manipulator) step.filter.reset(manipulator->createImageFilter(instance.objectId));
-        if (!step.filter) throw std::runtime_error("the filter " + step.key + " cannot be made");
+        if (!step.filter)
+            throw std::runtime_error("the filter " + step.key.toStdString() + " cannot be made");
         m_steps.push_back(std::move(step));
     }
 }
@@ -30,13 +29,18 @@ std::unique_ptr<HkImage> ChainRenderer::render(std::unique_ptr<HkImage> image, q
                                                const Observer& observer) {
     const RenderLease lease;
     for (const Step& step : m_steps) {
-        if (observer) {
-            const std::optional<FilterValues> values = valuesAt(step, frame);
-            if (values && values->isEnabled()) observer(step.key, *image);
+        const std::optional<FilterValues> values = valuesAt(step, frame);
+        const bool works = values && values->isEnabled();
+        if (works) {
+            const auto refusal = step.limits.refusal(*values, image->width, image->height);
+            if (refusal) throw FrameRefused(step.key.toStdString(), *refusal);
+            if (observer.input) observer.input(step.key, *image);
         }
         // The filter frees the picture it was given when it answers with another one.
         image.reset(step.filter->processImage(image.release(), frame));
-        if (!image) throw std::runtime_error("the filter " + step.key + " gave no picture");
+        if (!image)
+            throw std::runtime_error("the filter " + step.key.toStdString() + " gave no picture");
+        if (works && observer.result) observer.result(step.key, *image);
     }
     return image;
 }
@@ -46,7 +50,7 @@ std::optional<int> ChainRenderer::objectsIn(const HkImage& result, qint64 frame)
     for (auto step = m_steps.rbegin(); step != m_steps.rend(); ++step) {
         const std::optional<FilterValues> values = valuesAt(*step, frame);
         if (!values || !values->isEnabled()) continue;
-        if (!resultShowsObjects(QString::fromStdString(step->key), *values)) return {};
+        if (!resultShowsObjects(step->key, *values)) return {};
         const int count = countWhiteAreas(result);
         return count < 0 ? std::optional<int>() : count;
     }

@@ -1,14 +1,13 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QString>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "framework/contract/ImageProcessor/HkImage.h"
-#include "host/document/FilterAdvice.h"
+#include "host/document/FilterLimits.h"
 
 class HkImageFilter;
 
@@ -25,10 +24,14 @@ public:
     ChainRenderer(const ChainRenderer&) = delete;
     ChainRenderer& operator=(const ChainRenderer&) = delete;
 
-    /// Told of each picture before the filter of this key, if it is enabled, gets it.
-    using Observer = std::function<void(const std::string& key, const HkImage& input)>;
+    /// Told of each picture before and after an enabled filter worked on it; either may be empty.
+    struct Observer {
+        using Look = std::function<void(const QString& filterKey, const HkImage& picture)>;
+        Look input, result;
+    };
 
-    /// Any thread. Throws std::runtime_error naming the filter that gave no picture.
+    /// Any thread. Throws FrameRefused before the first filter that cannot take the frame, and
+    /// std::runtime_error naming the filter that gave no picture.
     std::unique_ptr<HkImage> render(std::unique_ptr<HkImage> image, qint64 frame,
                                     const Observer& observer = Observer());
 
@@ -38,9 +41,10 @@ public:
 
 private:
     struct Step {
-        std::string key;
+        QString key;
         int typeId;
         int objectId;
+        FilterLimits limits;
         std::unique_ptr<HkImageFilter> filter;
     };
     /// The values in force; none when the instance is gone.

@@ -1,7 +1,8 @@
 #include "host/document/FilterAdvice.h"
 
 #include <cmath>
-#include <memory>
+#include <cstdio>
+#include <utility>
 
 #include "framework/contract/FxKernelApi/HkFXKernelData.h"
 #include "framework/contract/ImageProcessor/HkImageProcessor.h"
@@ -11,34 +12,36 @@ namespace {
 
 const char* const kDeconvolution = "Degauss";
 const char* const kSeparator = "Object separator";
+const char* const kOpenClose = "Open_Close";
+const char* const kThreshold = "Adaptive threshold";
 
 /// The transform is a power of two above the width, at least 2^10, and must hold the picture and a
 /// margin of 2.
-std::vector<std::string> adviceOnFFT(int amount, int width, int height) {
-    std::vector<std::string> advice;
+std::optional<std::string> refusalOfFFT(int width, int height) {
     const std::string size = std::to_string(width) + " x " + std::to_string(height);
     const int order = std::max(10, static_cast<int>(std::log2(static_cast<double>(width))) + 1);
     const int transform = 1 << std::min(order, 30);
     const int margin = 2, largestOrder = 13;
     if (order > largestOrder)
-        advice.push_back(
-            "the FFT method cannot take pictures 8192 or more pixels wide (this one is " + size +
-            ") and would leave them black; use Method=1");
-    else if (width > transform - margin || height > transform - margin)
-        advice.push_back(
-            "the FFT method cannot take " + size + " pixels (for this width it has room for " +
-            std::to_string(transform - margin) + " x " + std::to_string(transform - margin) +
-            ") and would leave the picture black; use Method=1");
+        return "the FFT method cannot take pictures 8192 or more pixels wide (this one is " + size +
+               "); use Method=LR";
+    const std::string room = std::to_string(transform - margin);
+    if (width > transform - margin || height > transform - margin)
+        return "the FFT method cannot take " + size + " pixels (for this width it has room for " +
+               room + " x " + room + "); use Method=LR";
+    return std::nullopt;
+}
+
+std::vector<std::string> adviceOnFFT(int amount) {
     if (amount == 1)
-        advice.push_back(
+        return {
             "Threshold=1 leaves only the centre of the FFT method's kernel, which makes the "
-            "picture "
-            "four times as bright; use 4 or more");
-    else if (amount == 2 || amount == 3)
-        advice.push_back("Threshold=" + std::to_string(amount) +
-                         " drops the corners of the FFT method's kernel, which brightens the "
-                         "picture; use 4 or more");
-    return advice;
+            "picture four times as bright; use 4 or more"};
+    if (amount == 2 || amount == 3)
+        return {"Threshold=" + std::to_string(amount) +
+                " drops the corners of the FFT method's kernel, which brightens the picture; use 4 "
+                "or more"};
+    return {};
 }
 
 std::vector<std::string> adviceOnDetails(int details) {
@@ -47,21 +50,44 @@ std::vector<std::string> adviceOnDetails(int details) {
             " clears the whole distance map, so nothing is separated; use 3 or more"};
 }
 
-/// The share of pixels that are neither black nor white, as the filter sees the picture.
-double greyShare(const HkImage& input) {
-    HkImage grey;
-    if (input.channels >= 3) {
-        HkImage& source =
-            const_cast<HkImage&>(input);  // the operation writes to its destination only
-        if (HkImageProcessor::getInstance(nullptr)->RGBtoGrayscale(&source, &grey) != 0) return 0;
+/// How many pixels of a picture, as a filter sees it, are black, white or between.
+struct Levels {
+    std::int64_t black = 0, between = 0, white = 0;
+
+    explicit Levels(const HkImage& picture) {
+        HkImage grey;
+        if (picture.channels >= 3) {
+            // The operation writes to its destination only.
+            HkImage& source = const_cast<HkImage&>(picture);
+            if (HkImageProcessor::getInstance(nullptr)->RGBtoGrayscale(&source, &grey) != 0) return;
+        }
+        const HkImage& seen = picture.channels >= 3 ? grey : picture;
+        for (int y = 0; y < seen.roiHeight; ++y) {
+            const unsigned char* row = seen.data + static_cast<std::ptrdiff_t>(y) * seen.step;
+            for (int x = 0; x < seen.roiWidth; ++x)
+                ++(row[x] == 0 ? black : row[x] == 255 ? white : between);
+        }
     }
-    const HkImage& seen = input.channels >= 3 ? grey : input;
-    std::int64_t between = 0;
-    for (int y = 0; y < seen.roiHeight; ++y) {
-        const unsigned char* row = seen.data + static_cast<std::ptrdiff_t>(y) * seen.step;
-        for (int x = 0; x < seen.roiWidth; ++x) between += row[x] != 0 && row[x] != 255;
+    double share(std::int64_t count) const {
+        const std::int64_t all = black + between + white;
+        return all == 0 ? 0.0 : static_cast<double>(count) / static_cast<double>(all);
     }
-    return static_cast<double>(between) / (static_cast<double>(seen.roiWidth) * seen.roiHeight);
+};
+
+std::string percent(double share) {
+    char text[32];
+    std::snprintf(text, sizeof text, share < 0.001 ? "less than 0.1" : "%.1f", 100 * share);
+    return text;
+}
+
+/// "99.8 % white" where hardly any background is left, "all black" where nothing else is. A few
+/// small objects on black are a good result, the reverse is none.
+std::optional<std::string> oneColour(const Levels& levels) {
+    const double almostAll = 0.99;
+    if (levels.share(levels.white) > almostAll)
+        return percent(levels.share(levels.white)) + " % white";
+    if (levels.share(levels.black) == 1.0) return "all black";
+    return std::nullopt;
 }
 
 }  // namespace
@@ -77,28 +103,59 @@ bool FilterValues::isEnabled() const {
     return !m_values.isEmpty() && m_values.at(0).getValue().toBool();
 }
 
-std::vector<std::string> adviceOnSettings(const QString& key, const FilterValues& values, int width,
-                                          int height) {
+QString remarkOn(const QString& key, const QString& parameterName) {
+    if (key == QLatin1String(kOpenClose) && parameterName == QLatin1String("Dilate"))
+        return QStringLiteral(
+            "Positive values open, negative ones close, although the page is labelled the other "
+            "way round.");
+    return QString();
+}
+
+std::optional<std::string> refusalOfSize(const QString& key, const FilterValues& values, int width,
+                                         int height) {
+    if (!values.isEnabled() || key != QLatin1String(kDeconvolution)) return std::nullopt;
+    return values.toInt("Method") == 0 ? refusalOfFFT(width, height) : std::nullopt;
+}
+
+std::vector<std::string> adviceOnSettings(const QString& key, const FilterValues& values) {
     if (!values.isEnabled()) return {};
     if (key == QLatin1String(kDeconvolution) && values.toInt("Method") == 0)
-        return adviceOnFFT(values.toInt("Threshold"), width, height);
+        return adviceOnFFT(values.toInt("Threshold"));
     if (key == QLatin1String(kSeparator)) return adviceOnDetails(values.toInt("Det"));
     return {};
 }
 
-bool looksAtPicture(const QString& key) {
+bool looksAtInput(const QString& key) {
     return key == QLatin1String(kSeparator);
 }
 
-std::vector<std::string> adviceOnPicture(const QString& key, const HkImage& input) {
-    if (!looksAtPicture(key)) return {};
-    const double share = greyShare(input);
-    if (share == 0) return {};
-    char percent[32];
-    std::snprintf(percent, sizeof percent, share < 0.001 ? "less than 0.1" : "%.1f", 100 * share);
-    return {"its input is not black and white only (" + std::string(percent) +
-            " % of the pixels are between); put a threshold before it, such as -f \"Adaptive "
-            "threshold\""};
+bool looksAtResult(const QString& key) {
+    return key == QLatin1String(kThreshold);
+}
+
+std::vector<std::string> adviceOnInput(const QString& key, const HkImage& input) {
+    if (!looksAtInput(key)) return {};
+    const Levels levels(input);
+    std::vector<std::string> advice;
+    if (levels.between > 0)
+        advice.push_back("its input is not black and white only (" +
+                         percent(levels.share(levels.between)) +
+                         " % of the pixels are between); put a threshold before it, such as -f "
+                         "\"Adaptive threshold\"");
+    if (const auto colour = oneColour(levels))
+        advice.push_back("its input is " + *colour +
+                         ", so there is nothing to separate; change the filters before it until "
+                         "they show white objects on black");
+    return advice;
+}
+
+std::vector<std::string> adviceOnResult(const QString& key, const HkImage& result) {
+    if (!looksAtResult(key)) return {};
+    const auto colour = oneColour(Levels(result));
+    if (!colour) return {};
+    return {"its result is " + *colour +
+            "; use Min=0 and a Size about twice as wide as an object, and see that objects are "
+            "brighter than what is around them"};
 }
 
 bool resultShowsObjects(const QString& key, const FilterValues& values) {

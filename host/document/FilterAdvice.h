@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@ public:
         : m_typeId(typeId), m_values(values) {}
 
     int toInt(const char* name) const;  ///< 0 when there is no such parameter
+    double number(int index) const { return m_values.at(index).getValue().toDouble(); }
     bool isEnabled() const;
 
 private:
@@ -26,15 +28,25 @@ private:
     HkParamKeyframeVector m_values;
 };
 
-/// A sentence for each setting that cannot give a meaningful result on frames of this size.
-std::vector<std::string> adviceOnSettings(const QString& key, const FilterValues& values, int width,
-                                          int height);
+/// What the filter's page leaves unsaid about a parameter, or says wrongly; mostly nothing.
+QString remarkOn(const QString& key, const QString& parameterName);
 
-/// The same for what only the picture that reaches the filter tells.
-std::vector<std::string> adviceOnPicture(const QString& key, const HkImage& input);
+/// Why the filter cannot take frames of this size, and what to do: it would give back something
+/// else than a result.
+std::optional<std::string> refusalOfSize(const QString& key, const FilterValues& values, int width,
+                                         int height);
 
-/// Whether adviceOnPicture has anything to say about this filter.
-bool looksAtPicture(const QString& key);
+/// A sentence for each setting that cannot give a meaningful result.
+std::vector<std::string> adviceOnSettings(const QString& key, const FilterValues& values);
+
+/// The same for what only a picture tells: the one that reaches the filter, and the one that it
+/// made.
+std::vector<std::string> adviceOnInput(const QString& key, const HkImage& input);
+std::vector<std::string> adviceOnResult(const QString& key, const HkImage& result);
+
+/// Whether these have anything to say about this filter.
+bool looksAtInput(const QString& key);
+bool looksAtResult(const QString& key);
 
 /// Whether the white areas of the filter's result are objects that a user counts.
 bool resultShowsObjects(const QString& key, const FilterValues& values);

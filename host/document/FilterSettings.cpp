@@ -1,9 +1,12 @@
 #include "host/document/FilterSettings.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <set>
 
 #include "host/document/FilterError.h"
+#include "host/kernel/KernelStore.h"
 
 namespace document {
 
@@ -12,27 +15,27 @@ namespace {
 /// One parameter of one filter, and how its values are read.
 class ParameterReader {
 public:
-    ParameterReader(const FilterCatalog& catalog, int typeId, const QString& key, int index)
-        : m_descr(catalog.descriptor(typeId)),
-          m_param(m_descr.param(index)),
-          m_isSwitch(FilterCatalog::isSwitch(m_descr, index)),
-          m_catalog(catalog),
-          m_typeId(typeId),
-          m_index(index),
-          m_where(key + ": ") {}
+    ParameterReader(const FilterCatalog& catalog, int typeId, int index)
+        : m_param(catalog.descriptor(typeId).param(index)),
+          m_isSwitch(FilterCatalog::isSwitch(catalog.descriptor(typeId), index)),
+          m_range(isNumber() ? catalog.range(typeId, index) : std::nullopt),
+          m_choices(catalog.facts(typeId, index).choices),
+          m_where(KernelStore::instance().filterKey(typeId) + ": " + m_param.name) {}
 
     /// The value as one of the declared type, inside the range.
     QVariant read(const QString& text) const {
         QVariant value = typed(text);
-        if (isNumber() && value != m_param.defaultValue) checkRange(value.toDouble(), text);
+        if (value != m_param.defaultValue) checkRange(value, text);
         return value;
     }
 
+    bool isStepped() const { return m_param.kind == ParamDescr::Stepped; }
     bool takesKeys() const { return m_param.kind != ParamDescr::Constant; }
+    const QString& name() const { return m_param.name; }
+    const QString& where() const { return m_where; }
 
     [[noreturn]] void refuse(const QString& text, const QString& why) const {
-        throw FilterError(
-            QStringLiteral("%1%2=%3 %4%5").arg(m_where, m_param.name, text, why, validValues()));
+        throw FilterError(QStringLiteral("%1=%2 %3; valid: %4").arg(m_where, text, why, valid()));
     }
 
 private:
@@ -41,14 +44,18 @@ private:
     }
 
     QVariant typed(const QString& text) const {
-        const bool isWord = text == QLatin1String("true") || text == QLatin1String("false");
+        const bool isTrue = text.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0;
+        const bool isWord =
+            isTrue || text.compare(QLatin1String("false"), Qt::CaseInsensitive) == 0;
         switch (m_param.type) {
             case QMetaType::Bool:
                 if (!isWord && text != QLatin1String("0") && text != QLatin1String("1"))
                     refuse(text, QStringLiteral("is neither true nor false"));
-                return isWord ? text == QLatin1String("true") : text == QLatin1String("1");
+                return isWord ? isTrue : text == QLatin1String("1");
             case QMetaType::Int:
-                if (m_isSwitch && isWord) return text == QLatin1String("true") ? 1 : 0;
+                if (m_isSwitch && isWord) return isTrue ? 1 : 0;
+                for (const ParameterChoice& choice : m_choices)
+                    if (choice.text.compare(text, Qt::CaseInsensitive) == 0) return choice.value;
                 return wholeNumber(text);
             case QMetaType::Double:
                 return number(text);
@@ -68,32 +75,35 @@ private:
     double number(const QString& text) const {
         bool isNumeral = false;
         const double value = text.toDouble(&isNumeral);
-        if (!isNumeral || !std::isfinite(value)) refuse(text, QStringLiteral("is not a number"));
+        if (!isNumeral || !std::isfinite(value))
+            refuse(text, m_choices.empty() ? QStringLiteral("is not a number")
+                                           : QStringLiteral("is none of the choices"));
         return value;
     }
 
-    void checkRange(double value, const QString& text) const {
-        const auto range = m_catalog.range(m_typeId, m_index);
-        if (range && (value < range->lowest || value > range->highest))
+    void checkRange(const QVariant& value, const QString& text) const {
+        const double number = value.toDouble();
+        if (m_range && (number < m_range->lowest || number > m_range->highest))
             refuse(text, QStringLiteral("is out of range"));
+        const auto isMeant = [&value](const ParameterChoice& choice) {
+            return choice.value == value.toInt();
+        };
+        if (!m_choices.empty() && std::none_of(m_choices.begin(), m_choices.end(), isMeant))
+            refuse(text, QStringLiteral("is none of the choices"));
     }
 
-    QString validValues() const {
-        if (m_param.type == QMetaType::Bool || m_isSwitch)
-            return QStringLiteral("; valid: true, false");
-        const auto range = isNumber() ? m_catalog.range(m_typeId, m_index) : std::nullopt;
-        if (!range)
-            return m_param.type == QMetaType::Int ? QStringLiteral("; valid: a whole number")
-                                                  : QStringLiteral("; valid: a number");
-        return QStringLiteral("; valid: %1 to %2").arg(range->lowest).arg(range->highest);
+    QString valid() const {
+        if (m_param.type == QMetaType::Bool || m_isSwitch) return QStringLiteral("true, false");
+        if (!m_choices.empty()) return FilterCatalog::choicesText(m_choices);
+        if (m_range) return QStringLiteral("%1 to %2").arg(m_range->lowest).arg(m_range->highest);
+        return m_param.type == QMetaType::Int ? QStringLiteral("a whole number")
+                                              : QStringLiteral("a number");
     }
 
-    const HkKernelObjectDataDescr& m_descr;
     const ParamDescr& m_param;
     const bool m_isSwitch;
-    const FilterCatalog& m_catalog;
-    const int m_typeId;
-    const int m_index;
+    const std::optional<ParameterRange> m_range;
+    const std::vector<ParameterChoice>& m_choices;
     const QString m_where;
 };
 
@@ -102,10 +112,12 @@ private:
 InstanceState settingsFromText(const FilterText& text, const FilterCatalog& catalog) {
     const int typeId = catalog.typeOf(text.key);
     InstanceState state = defaultState(catalog.descriptor(typeId));
+    std::set<int> given;
     for (const ParameterText& parameter : text.parameters) {
         const int index = catalog.parameterIndex(typeId, parameter.name);
-        const ParameterReader reader(catalog, typeId, text.key, index);
-        const bool isStepped = catalog.descriptor(typeId).param(index).kind == ParamDescr::Stepped;
+        const ParameterReader reader(catalog, typeId, index);
+        if (!given.insert(index).second)
+            throw FilterError(QStringLiteral("%1 is given twice").arg(reader.where()));
         InstanceParam& param = state.params.at(static_cast<std::size_t>(index));
         for (const ValueText& value : parameter.values) {
             const QVariant typed = reader.read(value.text);
@@ -114,9 +126,9 @@ InstanceState settingsFromText(const FilterText& text, const FilterCatalog& cata
                 continue;
             }
             if (!reader.takesKeys())
-                throw FilterError(QStringLiteral("%1: %2 has one value for all frames; write %2=%3")
-                                      .arg(text.key, parameter.name, value.text));
-            param.keys[value.frame] = ParamKey{typed, isStepped || value.held};
+                throw FilterError(QStringLiteral("%1 has one value for all frames; write %2=%3")
+                                      .arg(reader.where(), reader.name(), value.text));
+            param.keys[value.frame] = ParamKey{typed, reader.isStepped() || value.held};
             state.animated = true;
         }
     }

@@ -10,9 +10,11 @@ namespace document {
 /// of the text. An instance with keys is animated.
 ///
 /// A value must be of the parameter's type (whole number, number, true or false, where 1 and 0 mean
-/// true and false) and in its range; the default is valid even where it is outside. A parameter of
-/// kind Stepped holds every key; one of kind Constant takes no keys.
-/// Throws FilterError naming the filter, the parameter, the value and what is valid.
+/// true and false) and in its range; the default is valid even where it is outside. The texts of a
+/// row of choices are values, too. A parameter of kind Stepped holds every key; one of kind
+/// Constant takes no keys.
+/// Throws FilterError naming the filter, the parameter, the value and what is valid, or that the
+/// parameter is given twice.
 InstanceState settingsFromText(const FilterText& text, const FilterCatalog& catalog);
 
 }  // namespace document

@@ -79,14 +79,8 @@ FilterText parseFilterText(const QString& text) {
             QStringLiteral("\"%1\" names no filter; write KEY or KEY:Name=VALUE").arg(text));
     if (colon < 0) return filter;
 
-    for (const QString& part : text.mid(colon + 1).split(',')) {
-        ParameterText parameter = parseParameter(part, filter.key);
-        for (const ParameterText& earlier : filter.parameters)
-            if (earlier.name == parameter.name)
-                throw FilterError(
-                    QStringLiteral("%1: %2 is given twice").arg(filter.key, parameter.name));
-        filter.parameters.append(parameter);
-    }
+    for (const QString& part : text.mid(colon + 1).split(','))
+        filter.parameters.append(parseParameter(part, filter.key));
     return filter;
 }
 

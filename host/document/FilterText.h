@@ -24,12 +24,12 @@ struct ParameterText {
 /// such as "0=1;20|=5;40=9".
 struct FilterText {
     QString key;
-    QVector<ParameterText> parameters;  ///< as written, each name once
+    QVector<ParameterText> parameters;  ///< as written
 };
 
 /// Takes a filter's text apart. Spaces around names, frames and values do not count.
 /// Throws FilterError, naming the piece and what it should look like, when a name or value is
-/// missing, a parameter is given twice, a frame is no whole number or has two values.
+/// missing, a frame is no whole number or has two values.
 FilterText parseFilterText(const QString& text);
 
 }  // namespace document

@@ -1,8 +1,8 @@
 #include "framework/contract/FxKernelApi/CmdChangeObject.h"
 
 #include <QStringList>
-#include <algorithm>
 #include <iterator>
+#include <map>
 #include <vector>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
@@ -16,10 +16,14 @@ namespace {
 const int kChangeObjectCommandId = 1;
 
 struct Change {
-    int index;
-    QVariant oldValue;  // in force before the first redo
-    QVariant newValue;
+    QVariant oldValue;   // in force before the first redo
+    ParamEdit edit;      // makes the change
+    ParamEdit takeBack;  // restores what was there before the first redo
+
+    const QVariant& newValue() const { return edit.key->value; }
 };
+
+using Changes = std::map<int, Change>;  // by parameter
 
 QString shownText(const QVariant& value) {
     return value.userType() == QMetaType::Double ? QString::number(value.toDouble())
@@ -41,15 +45,14 @@ struct CmdChangeObject::Private {
     HkParamKeyframeVector values;
     bool merge;
     quint64 gesture;
-    std::optional<qint64> frame;      // of the keys written; none: base values
-    std::vector<Change> changes;      // by rising index
-    std::vector<ParamEdit> edits;     // makes the changes; empty before the first redo
-    std::vector<ParamEdit> takeBack;  // restores what was there before the first redo
+    std::optional<qint64> frame;  // of an animated instance; none: one value for all frames
+    Changes changes;
     bool prepared = false;
 
     void prepare();
+    void apply(ParamEdit Change::*edit) const;
+    void mergeLater(const Change& later);
     QString text() const;
-    bool changesSameAs(const Private& other) const;
 };
 
 /// Works out what the command changes, from the state it finds at its first redo.
@@ -62,7 +65,9 @@ void CmdChangeObject::Private::prepare() {
     if (!state || !descr || !HkFXKernelData::getInstance()->getObject(id.typeId, id.objectId) ||
         values.size() != descr->paramCount())
         return;
-    const bool keyed = state->animated && values.frameNumber() != HkParamKeyframeVector::NoFrame;
+    if (state->animated && values.frameNumber() != HkParamKeyframeVector::NoFrame)
+        frame = values.frameNumber();
+    InstanceState changed = *state;
     for (int i = 0; i < descr->paramCount(); ++i) {
         if (!values.at(i).isAssigned()) continue;
         const ParamDescr& param = descr->param(i);
@@ -70,15 +75,30 @@ void CmdChangeObject::Private::prepare() {
         if (!value) continue;
         ParamEdit edit{i, std::nullopt, ParamKey{*value, false}};
         QVariant inForce = state->params[i].base;
-        if (keyed && param.kind != ParamDescr::Constant) {
-            edit.frame = frame = values.frameNumber();
+        if (frame && param.kind != ParamDescr::Constant) {
+            edit.frame = frame;
             edit.key->held = isHeldAt(state->params[i].keys, *frame);
             inForce = valueInForce(*state, *descr, i, *frame);
         }
         if (inForce == *value) continue;
-        changes.push_back({i, inForce, *value});
-        edits.push_back(edit);
+        changes[i] = {inForce, edit, applyEdit(changed, edit)};
     }
+}
+
+void CmdChangeObject::Private::apply(ParamEdit Change::*edit) const {
+    std::vector<ParamEdit> edits;
+    for (const auto& [index, change] : changes) edits.push_back(change.*edit);
+    if (!edits.empty()) KernelStore::instance().apply(id.objectId, edits);
+}
+
+/// A value that is back where it was is no change; a key that was not there before goes again.
+void CmdChangeObject::Private::mergeLater(const Change& later) {
+    const auto [mine, isNew] = changes.emplace(later.edit.index, later);
+    if (isNew) return;
+    mine->second.edit = later.edit;
+    if (mine->second.oldValue != later.newValue()) return;
+    KernelStore::instance().apply(id.objectId, {mine->second.takeBack});
+    changes.erase(mine);
 }
 
 QString CmdChangeObject::Private::text() const {
@@ -87,26 +107,22 @@ QString CmdChangeObject::Private::text() const {
     HkFilterManipulator* manipulator = KernelStore::instance().manipulator(id.typeId);
     if (!descr || !manipulator) return QString();
     QStringList parts;
-    for (const Change& change : changes)
+    bool writesKeys = false;
+    for (const auto& [index, change] : changes) {
         parts << QString::fromUtf8("%1 %2 → %3")
-                     .arg(descr->param(change.index).name, shownText(change.oldValue),
-                          shownText(change.newValue));
+                     .arg(descr->param(index).name, shownText(change.oldValue),
+                          shownText(change.newValue()));
+        writesKeys |= change.edit.frame.has_value();
+    }
     QString text =
         manipulator->filterTitle() + QLatin1String(": ") + parts.join(QLatin1String(", "));
-    if (frame) text += QString::fromLatin1(" (frame %1)").arg(*frame);
+    if (writesKeys) text += QString::fromLatin1(" (frame %1)").arg(*frame);
     return text;
-}
-
-bool CmdChangeObject::Private::changesSameAs(const Private& other) const {
-    const auto sameParameter = [](const Change& a, const Change& b) { return a.index == b.index; };
-    return id == other.id && frame == other.frame &&
-           std::equal(changes.begin(), changes.end(), other.changes.begin(), other.changes.end(),
-                      sameParameter);
 }
 
 CmdChangeObject::CmdChangeObject(int typeId, int objectId, const HkParamKeyframeVector& values,
                                  bool merge)
-    : d(new Private{{typeId, objectId}, values, merge, currentGesture(), {}, {}, {}, {}}) {}
+    : d(new Private{{typeId, objectId}, values, merge, currentGesture(), {}, {}}) {}
 
 CmdChangeObject::~CmdChangeObject() {
     delete d;
@@ -118,13 +134,12 @@ void CmdChangeObject::redo() {
         setText(d->text());
         setObsolete(d->changes.empty());
     }
-    if (d->edits.empty()) return;
-    const auto takeBack = KernelStore::instance().apply(d->id.objectId, d->edits);
-    if (takeBack && d->takeBack.empty()) d->takeBack = *takeBack;
+    d->apply(&Change::edit);
 }
 
 void CmdChangeObject::undo() {
-    if (!d->takeBack.empty()) KernelStore::instance().apply(d->id.objectId, d->takeBack);
+    d->apply(&Change::takeBack);
+    endGesture();
 }
 
 int CmdChangeObject::id() const {
@@ -138,19 +153,10 @@ bool CmdChangeObject::mergeWith(const QUndoCommand* other) {
 bool CmdChangeObject::mergeMeWith(QUndoCommand* earlier) {
     auto* first = dynamic_cast<CmdChangeObject*>(earlier);
     if (!first || !d->merge || !first->d->merge || d->changes.empty()) return false;
-    if (d->gesture != first->d->gesture || !d->changesSameAs(*first->d)) return false;
-
-    bool isChange = false;
-    for (std::size_t i = 0; i < d->changes.size(); ++i) {
-        first->d->changes[i].newValue = d->changes[i].newValue;
-        isChange |= first->d->changes[i].oldValue != d->changes[i].newValue;
-    }
-    first->d->edits = d->edits;
-    if (isChange) {
-        first->setText(first->d->text());
-    } else {
-        first->undo();  // the values are back already; keys that were not there before must go too
-        first->setObsolete(true);
-    }
+    if (d->gesture != first->d->gesture || !(d->id == first->d->id) || d->frame != first->d->frame)
+        return false;
+    for (const auto& [index, change] : d->changes) first->d->mergeLater(change);
+    first->setText(first->d->text());
+    first->setObsolete(first->d->changes.empty());
     return true;
 }

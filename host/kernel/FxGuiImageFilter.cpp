@@ -2,9 +2,9 @@
 
 #include <QCheckBox>
 #include <QFrame>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QToolButton>
-#include <QVBoxLayout>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "host/kernel/EntryIcons.h"
@@ -12,6 +12,9 @@
 #include "host/kernel/KernelStore.h"
 
 namespace {
+
+// The rows and columns of an entry; between them and around them is empty space.
+enum { kContentColumn = 1, kHeaderRow = 1, kPageRow = 3, kGridSize = 5 };
 
 QToolButton* makeButton(QWidget* parent, const char* name, EntryGlyph glyph,
                         const QString& toolTip) {
@@ -49,35 +52,42 @@ void FxGuiImageFilter::slotGuiControlsChanged() {
     d->manipulator->commitGuiChanges(d->objectId);
 }
 
+/// Everything is a child of the entry itself, as the page is: the card behind it is no parent but a
+/// neighbour that fills the same cells and the margins around them.
 void FxGuiImageFilter::Private::build() {
-    auto* frame = new QFrame(q);
-    frame->setFrameShape(QFrame::StyledPanel);
-    frame->setBackgroundRole(QPalette::AlternateBase);  // a card that lifts off the window
-    frame->setAutoFillBackground(true);
-    auto* outer = new QVBoxLayout(q);
-    outer->setContentsMargins(0, 0, 0, 0);
-    outer->addWidget(frame);
-    layout = new QVBoxLayout(frame);
-    layout->setContentsMargins(6, 4, 6, 6);
-    layout->setSpacing(4);
+    const int margin = 6, spacing = 4;
+    auto* card = new QFrame(q);
+    card->setFrameShape(QFrame::StyledPanel);
+    card->setBackgroundRole(QPalette::AlternateBase);  // lifts off the window
+    card->setAutoFillBackground(true);
+    layout = new QGridLayout(q);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(card, 0, 0, kGridSize, kGridSize);
+    for (const int edge : {0, kGridSize - 1}) {
+        layout->setRowMinimumHeight(edge, margin);
+        layout->setColumnMinimumWidth(edge, margin);
+    }
+    layout->setRowMinimumHeight(kHeaderRow + 1, spacing);
+    layout->setRowStretch(kPageRow, 1);
+    layout->setColumnStretch(kContentColumn, 1);
 
-    enabled = new QCheckBox(manipulator->filterTitle().replace('&', "&&"), frame);
+    enabled = new QCheckBox(manipulator->filterTitle().replace('&', "&&"), q);
     enabled->setObjectName(QStringLiteral("theChbEnabled"));
     enabled->setToolTip(tr("Switches the filter on or off; its settings stay"));
     enabled->setIcon(manipulator->filterIcon());
-    animate = makeButton(frame, "theTbAnimate", EntryGlyph::Keyframe,
+    animate = makeButton(q, "theTbAnimate", EntryGlyph::Keyframe,
                          tr("Animates the settings: every edit becomes a keyframe of its frame"));
     animate->setCheckable(true);
-    up = makeButton(frame, "theTbUp", EntryGlyph::Up, tr("Applies this filter one place earlier"));
-    down =
-        makeButton(frame, "theTbDown", EntryGlyph::Down, tr("Applies this filter one place later"));
-    remove = makeButton(frame, "theTbRemove", EntryGlyph::Remove, tr("Removes this filter"));
+    up = makeButton(q, "theTbUp", EntryGlyph::Up, tr("Applies this filter one place earlier"));
+    down = makeButton(q, "theTbDown", EntryGlyph::Down, tr("Applies this filter one place later"));
+    remove = makeButton(q, "theTbRemove", EntryGlyph::Remove, tr("Removes this filter"));
 
     auto* header = new QHBoxLayout;
     header->setSpacing(2);
     header->addWidget(enabled, 1);
     for (QToolButton* button : {animate, up, down, remove}) header->addWidget(button);
-    layout->addLayout(header);
+    layout->addLayout(header, kHeaderRow, kContentColumn);
 }
 
 void FxGuiImageFilter::Private::connectControls() {
@@ -94,7 +104,7 @@ void FxGuiImageFilter::Private::connectControls() {
 
 void FxGuiImageFilter::Private::setPage(QWidget* page) {
     q->controlPage = page;
-    if (page) layout->addWidget(page);
+    if (page) layout->addWidget(page, kPageRow, kContentColumn);
 }
 
 void FxGuiImageFilter::Private::showState() {
@@ -108,9 +118,11 @@ void FxGuiImageFilter::Private::showState() {
     font.setBold(isOn);  // which filters work is seen without looking for the marks
     enabled->setFont(font);
     animate->setChecked(state->animated);
-    const int position = store.positionOf(objectId);
-    up->setEnabled(position > 0);
-    down->setEnabled(position + 1 < static_cast<int>(store.instances().size()));
+}
+
+void FxGuiImageFilter::Private::showPlace(bool isFirst, bool isLast) {
+    up->setEnabled(!isFirst);
+    down->setEnabled(!isLast);
 }
 
 void FxGuiImageFilter::Private::moveBy(int places) {

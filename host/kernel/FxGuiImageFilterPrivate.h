@@ -5,14 +5,14 @@
 #include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
 
 class QCheckBox;
+class QGridLayout;
 class QToolButton;
-class QVBoxLayout;
 
 struct FxGuiImageFilter::Private {
     FxGuiImageFilter* q;
     HkFilterManipulator* manipulator;
     int objectId;
-    QVBoxLayout* layout = nullptr;  // header, then the page
+    QGridLayout* layout = nullptr;  // header, then the page
     QCheckBox* enabled = nullptr;
     QToolButton* animate = nullptr;
     QToolButton* up = nullptr;
@@ -22,6 +22,7 @@ struct FxGuiImageFilter::Private {
     void build();
     void connectControls();
     void setPage(QWidget* page);  ///< adopts the page; null for none
-    void showState();             ///< the header shows what the store holds
+    void showState();             ///< the header shows what the store holds of the instance
+    void showPlace(bool isFirst, bool isLast);  ///< where the instance is in the rendering order
     void moveBy(int places);
 };

@@ -37,6 +37,7 @@ struct HkFilterManipulator::Private {
     void dropEntry(int objectId);
     void showObject(int objectId);
     void showAll();
+    void showOrder();
     void connectTo(KernelNotifier* notifier);
 };
 
@@ -80,6 +81,7 @@ FxGuiImageFilter* HkFilterManipulator::Private::makeEntry(int objectId) {
     entries.insert(objectId, entry);
     entry->d->setPage(q->createFilterGui(entry));
     showObject(objectId);
+    showOrder();
     return entry;
 }
 
@@ -103,10 +105,15 @@ void HkFilterManipulator::Private::showAll() {
     for (const int objectId : entries.keys()) showObject(objectId);
 }
 
+void HkFilterManipulator::Private::showOrder() {
+    if (entries.isEmpty()) return;
+    const std::vector<InstanceId> order = KernelStore::instance().instances();
+    for (std::size_t i = 0; i < order.size(); ++i)
+        if (FxGuiImageFilter* entry = entries.value(order[i].objectId))
+            entry->d->showPlace(i == 0, i + 1 == order.size());
+}
+
 void HkFilterManipulator::Private::connectTo(KernelNotifier* notifier) {
-    connect(notifier, &KernelNotifier::objectAdded, q, [this](int typeId, int objectId) {
-        if (isMine(typeId)) q->getFilterGui(objectId);
-    });
     connect(notifier, &KernelNotifier::objectRemoved, q, [this](int typeId, int objectId) {
         if (isMine(typeId)) dropEntry(objectId);
     });
@@ -114,10 +121,7 @@ void HkFilterManipulator::Private::connectTo(KernelNotifier* notifier) {
         if (isMine(typeId)) showObject(objectId);
     });
     connect(notifier, &KernelNotifier::currentFrameChanged, q, [this] { showAll(); });
-    connect(notifier, &KernelNotifier::orderChanged, q, [this] {
-        for (const QPointer<FxGuiImageFilter>& entry : entries)
-            if (entry) entry->d->showState();
-    });
+    connect(notifier, &KernelNotifier::orderChanged, q, [this] { showOrder(); });
 }
 
 HkFilterManipulator::HkFilterManipulator(QObject* parent)

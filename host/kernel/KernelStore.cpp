@@ -116,6 +116,10 @@ bool KernelStore::isRegistered(const HkFilterManipulator& manipulator) {
     return manipulator.registered;
 }
 
+QUndoStack* KernelStore::undoStackOf(const HkFilterManipulator& manipulator) {
+    return manipulator.undoStack;
+}
+
 bool KernelStore::registerType(HkFilterManipulator* manipulator, int typeId) {
     if (!manipulator || typeId < 1 || d->type(typeId)) return false;
     const WriteLock guard(d->lock);

@@ -8,6 +8,8 @@
 #include "framework/contract/FxKernelApi/HkFXKernelData.h"
 #include "host/kernel/InstanceState.h"
 
+class QUndoStack;
+
 /// Names one applied filter instance. Object ids are unique over all types.
 struct InstanceId {
     int typeId = 0;
@@ -40,6 +42,7 @@ public:
 
     static int filterTypeOf(const HkFilterManipulator& manipulator);
     static bool isRegistered(const HkFilterManipulator& manipulator);  ///< its registration flag
+    static QUndoStack* undoStackOf(const HkFilterManipulator& manipulator);  ///< null for none
 
     // --- Instances ---
 

@@ -15,12 +15,12 @@ ExitCode runCheck(const CheckOptions& options, const document::FilterCatalog& ca
     const std::vector<std::int64_t> frames = chosenFrames(options.frames, *source);
 
     document::ChainCheck check;
-    const bool wantsPicture = document::ChainCheck::wantsPicture();
+    check.lookAtKeys(source->frames().front(), source->frames().back());
     for (std::int64_t frame : frames) {
         try {
             const media::PictureInfo info = source->info(frame);
             check.lookAtSettings(frame, info.width, info.height);
-            if (wantsPicture) check.lookAtPicture(frame, source->read(frame));
+            if (check.wantsPicture()) check.lookAtPicture(frame, source->read(frame));
         } catch (const media::MediaError& error) {
             check.object(frame, error.what());
         }
@@ -34,16 +34,17 @@ ExitCode runCheck(const CheckOptions& options, const document::FilterCatalog& ca
 std::vector<std::string> warningsFor(const media::MediaSource& source,
                                      const std::vector<std::int64_t>& frames) {
     document::ChainCheck check;
+    check.lookAtKeys(source.frames().front(), source.frames().back());
     try {
         // Frames of one sequence are of one size: the others are not opened before their turn.
         const media::PictureInfo info = source.info(frames.front());
         for (std::int64_t frame : frames) check.lookAtSettings(frame, info.width, info.height);
-        if (document::ChainCheck::wantsPicture())
-            check.lookAtPicture(frames.front(), source.read(frames.front()));
+        if (check.wantsPicture()) check.lookAtPicture(frames.front(), source.read(frames.front()));
     } catch (const media::MediaError&) {
         // Rendering the frame will say so.
     }
-    return check.objections();
+    // The error of a single frame that is refused follows at once.
+    return frames.size() == 1 ? check.advice() : check.objections();
 }
 
 }  // namespace render

@@ -14,9 +14,11 @@ namespace {
 const char kIntroduction[] = "Applies the filters of an image filter plug-in to pictures.";
 
 const char kApplyNotes[] =
-    R"(FILTER   KEY or KEY:Name=VALUE,Name=VALUE...  (fxrender list shows what there is)
-VALUE    a number, true or false; over time keys such as "0=1;20|=5;40=9":
-         FRAME=VALUE runs in a line to the next key, FRAME|=VALUE holds until it
+    R"(FILTER   KEY or KEY:Name=VALUE,Name=VALUE...  (fxrender list shows what there is;
+         titles, and labels of the filter's page, are understood as well)
+VALUE    a number, true, false or the name of a choice; over time keys such as
+         "0=1;20|=5;40=9": FRAME=VALUE runs in a line to the next key,
+         FRAME|=VALUE holds until it
 INPUT    a picture, several pictures, a numbered sequence (shot_####.png,
          shot_%04d.png) or a folder
 OUTPUT   a picture, a numbered sequence or a folder; never one of the inputs
@@ -24,7 +26,7 @@ LIST     single frames, ranges, steps: 1,5,10-20:2  -5  -10--5  100-
 
 Examples:
   fxrender apply photo.png -o sharp.png -f Degauss:Threshold=4
-  fxrender apply cells.tif -o split.png -f "Channel separation:Channel=5" \
+  fxrender apply cells.tif -o split.png -f "Channel separation:Channel=L" \
       -f "Adaptive threshold:Size=51,Min=0" -f "Object separator:Det=20"
   fxrender apply shot_####.png -o blurred/ -f "Blur and enhance:Blur=0=1;20=13"
 
@@ -54,7 +56,11 @@ void addSelection(CLI::App& command, std::vector<std::string>& inputs,
 
 void defineList(CLI::App& app, ListOptions& options) {
     CLI::App* list = app.add_subcommand("list", "Shows the filters and their parameters");
-    list->add_flag("--json", options.json, "As JSON, for programs");
+    CLI::Option* filter =
+        list->add_option("KEY", options.filter, "Explains this filter")->type_name("");
+    CLI::Option* json = list->add_flag("--json", options.json, "As JSON, for programs");
+    // For the pages of the documentation.
+    list->add_flag("--markdown", options.markdown)->needs(filter)->excludes(json)->group("");
     addPluginOption(*list, options.plugin);
 }
 
@@ -191,7 +197,8 @@ QStringList asQStrings(const std::vector<std::string>& texts) {
 std::string shortUsage() {
     return "fxrender applies the filters of an image filter plug-in to pictures.\n"
            "\n"
-           "  fxrender list [--json]                            what filters there are\n"
+           "  fxrender list                                     what filters there are\n"
+           "  fxrender list KEY                                 what a filter's parameters mean\n"
            "  fxrender apply INPUT... -o OUTPUT -f FILTER ...   apply filters to pictures\n"
            "  fxrender check INPUT... -f FILTER ...             what would go wrong, nothing "
            "rendered\n"

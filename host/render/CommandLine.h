@@ -9,8 +9,10 @@
 namespace render {
 
 struct ListOptions {
+    std::string filter;  ///< empty: all of them
     std::string plugin;  ///< empty: the one that belongs to this program
     bool json = false;
+    bool markdown = false;
 };
 
 struct ApplyOptions {

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "host/document/FilterError.h"
+#include "host/kernel/KernelStore.h"
 #include "host/media/MediaError.h"
 #include "host/render/ApplyCommand.h"
 #include "host/render/CheckCommand.h"
@@ -34,6 +35,15 @@ int printText(const std::string& text) {
     return Done;
 }
 
+std::string listText(const ListOptions& options, const document::FilterCatalog& catalog) {
+    std::vector<int> types = KernelStore::instance().types();
+    if (!options.filter.empty()) types = {catalog.typeOf(QString::fromStdString(options.filter))};
+    if (options.json) return filterJson(catalog, types);
+    if (options.filter.empty()) return filterTables(catalog);
+    return options.markdown ? filterMarkdown(catalog, types.front())
+                            : filterExplanation(catalog, types.front());
+}
+
 int runCommand(const std::vector<std::string>& arguments) {
     const CommandLine commandLine = parseCommandLine(arguments);
     switch (commandLine.command) {
@@ -41,8 +51,7 @@ int runCommand(const std::vector<std::string>& arguments) {
             return printText(commandLine.text);
         case CommandLine::List: {
             const PluginSession session(commandLine.list.plugin);
-            return printText(commandLine.list.json ? filterJson(session.catalog())
-                                                   : filterTable(session.catalog()));
+            return printText(listText(commandLine.list, session.catalog()));
         }
         case CommandLine::Apply: {
             StopSignal::install();

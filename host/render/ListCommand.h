@@ -1,19 +1,29 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/document/FilterCatalog.h"
 
 namespace render {
 
-/// The filters and their parameters as a table to read.
-std::string filterTable(const document::FilterCatalog& catalog);
+/// The filters and their parameters as tables to read.
+std::string filterTables(const document::FilterCatalog& catalog);
 
-/// The same for programs:
+/// Everything about one filter, to read.
+std::string filterExplanation(const document::FilterCatalog& catalog, int typeId);
+
+/// The part of a filter's page in docs/filters that follows from the filter itself: the table of
+/// its parameters, as Markdown.
+std::string filterMarkdown(const document::FilterCatalog& catalog, int typeId);
+
+/// The filters of these types, for programs:
 /// {"filters": [{"key", "title", "description", "typeId", "parameters": [{"name",
 ///   "type": "bool" | "int" | "double" | "string",
-///   "kind": "interpolated" | "stepped" | "constant", "default", "min", "max"}]}]}
-/// min and max are absent where a parameter has no bounds.
-std::string filterJson(const document::FilterCatalog& catalog);
+///   "kind": "interpolated" | "stepped" | "constant", "default", "min", "max",
+///   "label", "lowEnd", "highEnd", "toolTip", "whatsThis", "remark",
+///   "choices": [{"value", "text", "toolTip", "whatsThis"}]}]}]}
+/// From min on, what the filter's page does not tell is absent.
+std::string filterJson(const document::FilterCatalog& catalog, const std::vector<int>& typeIds);
 
 }  // namespace render

@@ -61,7 +61,7 @@ struct PluginSession::Private {
     QUndoStack undoStack;
     QToolBox toolBox;  ///< never shown; with it the filters make their control pages
     PluginLoader loader{PluginServices{&undoStack, nullptr, &toolBox}};
-    document::FilterCatalog catalog{undoStack};
+    document::FilterCatalog catalog;
 };
 
 PluginSession::PluginSession(const std::string& pluginPath) : d(new Private) {

@@ -29,6 +29,7 @@ FilterHost::FilterHost(const char* key)
     manipulator->setUndoStack(&undo);
     manipulator->initManipulator(&toolBox);
     objectId = manipulator->addFilter();
+    static_cast<void>(entry());  // as a window asks for it
     undo.clear();
 }
 

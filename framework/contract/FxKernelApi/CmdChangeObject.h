@@ -10,10 +10,12 @@
 /// Constant parameters never have keys. A key inside a held stretch is held like the one before it.
 /// What is in force is taken at the first redo; an instance that does not exist is left alone.
 ///
-/// merge true: a later command on the same object, frame and set of changed parameters joins this
-/// one into one step, though never across a save point or a mouse release. A step that changes
-/// nothing is dropped from the stack. The text names the filter, the parameters and their old and
-/// new values.
+/// merge true: a later command of the same gesture on the same object and frame joins this one into
+/// one step, whichever parameters it changes, though never across a save point. A gesture is a
+/// press of the mouse with all that follows up to its release, or keys or turns of the wheel in a
+/// row; a change of focus or a second without either ends it. A parameter that is back at its old
+/// value is no part of the step, and a step that changes nothing is dropped from the stack. The
+/// text names the filter, the parameters and their old and new values.
 class FXKERNELAPI_EXPORT CmdChangeObject : public HkFXKernelCommand {
 public:
     CmdChangeObject(int typeId, int objectId, const HkParamKeyframeVector& values, bool merge);

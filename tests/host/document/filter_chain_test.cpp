@@ -3,11 +3,21 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QDir>
+#include <QRegularExpression>
+#include <QToolBox>
+#include <QUndoStack>
+#include <algorithm>
+#include <limits>
 #include <memory>
 
+#include "framework/contract/FxKernelApi/HkFilterManipulator.h"
+#include "framework/contract/FxKernelApi/HkImageFilter.h"
+#include "host/document/ChainRenderer.h"
 #include "host/document/FilterError.h"
 #include "host/kernel/KernelStore.h"
 #include "host/render/PluginSession.h"
+#include "tests/host/kernel/plugins/TestFilter.h"
 
 namespace {
 
@@ -69,8 +79,8 @@ TEST_F(FilterChain, ARefusedOneLeavesTheStoreAsItWas) {
 }
 
 TEST_F(FilterChain, NamesTheNearestFilterOrParameter) {
-    for (const char* slip : {"blur AND enhance", "Blur and enhence", "Blur and enhnace",
-                             "Blr and enhace", "Bluur and enhanced"})
+    for (const char* slip :
+         {"Blur and enhence", "Blur and enhnace", "Blr and enhace", "Bluur and enhanced"})
         expectRefused(slip, "did you mean \"Blur and enhance\"? valid: \"Channel separation\", ");
     expectRefused("OPEN_COLSE", "did you mean \"Open_Close\"?");
     expectRefused("Sepia", "there is no filter \"Sepia\"; valid: \"Channel separation\"");
@@ -79,6 +89,45 @@ TEST_F(FilterChain, NamesTheNearestFilterOrParameter) {
     expectRefused("Object separator:Dte=1", "did you mean \"Det\"?");  // a swap is one slip
     expectRefused("Channel separation:Colour=1", "valid: \"Enabled\", \"Channel\", \"Invert\"");
     expectRefused("Dilate_Erode:Tdi=1", "; valid: \"Enabled\", \"Dilate\"");
+    expectRefused("Degauss:Amuont=1", "did you mean \"Amount\"? valid: ");
+    expectRefused("Object separator:x=1", "\"Type\", \"Det\" (Details)");
+    // Which way a slider goes is not for its labels to decide.
+    expectRefused("Open_Close:close=3", "\"close\" is one end of \"Dilate\"; write Dilate=VALUE");
+}
+
+TEST_F(FilterChain, KnowsFiltersParametersAndChoicesByAllTheirNames) {
+    set({"blur + ENHANCE:blur=7,Enhance=True", "deconvolution:Amount=12,method=fft",
+         "OBJECT SEPARATOR:details=30,Type=borders only", "Channel separation:channel=0=h;9=S"});
+    EXPECT_EQ(param(0, 1).base, QVariant(true));
+    EXPECT_EQ(param(0, 2).base, QVariant(7));
+    EXPECT_EQ(param(1, 1).base, QVariant(12));
+    EXPECT_EQ(param(1, 2).base, QVariant(0));
+    EXPECT_EQ(param(2, 1).base, QVariant(1));
+    EXPECT_EQ(param(2, 2).base, QVariant(30));
+    EXPECT_EQ(param(3, 1).keys, (ParamTrack{{0, {4, true}}, {9, {6, true}}}));
+}
+
+TEST_F(FilterChain, TakesEveryExampleOfTheDocumentation) {
+    const QRegularExpression filter(QStringLiteral("-f (?:\"([^\"…]+)\"|([A-Z][^ \"…`]*))"));
+    int examples = 0;
+    for (const char* folder : {"", "docs", "docs/filters"}) {
+        const QDir pages(QStringLiteral(SOURCE_FOLDER "/") + folder);
+        for (const QString& page : pages.entryList({"*.md"}, QDir::Files)) {
+            QFile file(pages.filePath(page));
+            ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+            auto matches = filter.globalMatch(QString::fromUtf8(file.readAll()));
+            while (matches.hasNext()) {
+                const QRegularExpressionMatch match = matches.next();
+                const QString text = match.captured(1) + match.captured(2);
+                if (text == "FILTER" || text.startsWith("Key:") || text == "Blur and enhence" ||
+                    text.endsWith("Blur=14"))
+                    continue;  // the examples of mistakes
+                EXPECT_NO_THROW(set({text})) << qPrintable(page) << ": " << qPrintable(text);
+                ++examples;
+            }
+        }
+    }
+    EXPECT_GT(examples, 20);
 }
 
 TEST_F(FilterChain, NamesThePieceThatCannotBeRead) {
@@ -90,7 +139,7 @@ TEST_F(FilterChain, NamesThePieceThatCannotBeRead) {
         {"F:=3", "name is missing"},
         {"F:A", "F: A: no value"},
         {"F:A=", "F: A: no value"},
-        {"F:A=1,A=2", "A is given twice"},
+        {"Degauss:Threshold=1,amount=2", "Degauss: Threshold is given twice"},
         {"F:A=1;2", "\"1\" is no key"},
         {"F:A=0=1;", "\"\" is no key"},
         {"F:A=x=1", "\"x\" is no frame number"},
@@ -98,11 +147,12 @@ TEST_F(FilterChain, NamesThePieceThatCannotBeRead) {
         {"F:A=99999999999999999999=1", "is no frame number"},
         {"F:A=0=1;5=", "no value after \"5=\""},
         {"F:A=0=1;0=2", "frame 0 has two values"},
-        {"Channel separation:Channel=red", "is not a number; valid: 1 to 6"},
-        {"Channel separation:Channel=1.5", "is not a whole number; valid: 1 to 6"},
-        {"Channel separation:Channel=0", "is out of range; valid: 1 to 6"},
-        {"Channel separation:Channel=0=1;5=7", "is out of range; valid: 1 to 6"},
-        {"Channel separation:Channel=99999999999", "is out of range; valid: 1 to 6"},
+        {"Channel separation:Channel=red",
+         "Channel=red is none of the choices; valid: 1 (R), 2 (G)"},
+        {"Channel separation:Channel=1.5", "is not a whole number; valid: 1 (R)"},
+        {"Channel separation:Channel=0", "is out of range; valid: 1 (R)"},
+        {"Channel separation:Channel=0=1;5=7", "is out of range; valid: 1 (R)"},
+        {"Channel separation:Channel=99999999999", "is out of range; valid: 1 (R)"},
         {"Channel separation:Invert=yes", "valid: true, false"},
         {"Channel separation:Enabled=2", "valid: true, false"},
         {"Channel separation:Enabled=0=1;5=0", "has one value for all frames"},
@@ -122,6 +172,77 @@ TEST_F(FilterChain, AcceptsTheEndsOfRangesAndDefaultsOutsideThem) {
     EXPECT_EQ(param(1, 1).base, QVariant(-13));
     EXPECT_EQ(param(2, 1).base, QVariant(13));
     EXPECT_EQ(param(3, 0).base, QVariant(0));
+}
+
+/// A picture of one level through the chain; what it was refused with, or nothing.
+std::string refusal(int width, int height, qint64 frame = 0) {
+    auto image = std::make_unique<HkImage>(width, height, 1, nullptr, 4u);
+    std::fill_n(image->data, static_cast<std::size_t>(image->step) * height, 120);
+    try {
+        document::ChainRenderer().render(std::move(image), frame);
+    } catch (const document::FrameRefused& refused) {
+        return refused.what();
+    }
+    return "";
+}
+
+TEST_F(FilterChain, RefusesTheSizesOnWhichAFilterFailsInSilence) {
+    set({"Degauss:Method=FFT,Threshold=4"});
+    const InstanceId id = KernelStore::instance().instances().front();
+    for (const auto& [width, height] :
+         {std::pair{1022, 40}, {1023, 40}, {2046, 20}, {2047, 20}, {40, 1022}, {40, 1023}}) {
+        HkImage image(width, height, 1, nullptr, 4u);
+        std::fill_n(image.data, static_cast<std::size_t>(image.step) * height, 120);
+        const std::unique_ptr<HkImageFilter> filter(
+            KernelStore::instance().manipulator(id.typeId)->createImageFilter(id.objectId));
+        filter->processImage(&image, 0);
+        const bool isBlack = image.data[image.step * (height / 2) + width / 2] == 0;
+        EXPECT_EQ(!refusal(width, height).empty(), isBlack) << width << " x " << height;
+    }
+    EXPECT_THAT(refusal(40, 1100), HasSubstr("Degauss: the FFT method cannot take 40 x 1100"));
+    set({"Degauss:Method=0=LR;3=FFT,Threshold=4"});
+    EXPECT_EQ(refusal(40, 1100, 2), "");
+    EXPECT_NE(refusal(40, 1100, 3), "") << "it depends on the values in force";
+    set({"Degauss:Method=FFT,Enabled=false"});
+    EXPECT_EQ(refusal(40, 1100), "");
+}
+
+TEST_F(FilterChain, RefusesStoredValuesThatNoPageCanHold) {
+    set({"Degauss"});
+    KernelStore& store = KernelStore::instance();
+    const int object = store.instances().front().objectId;
+    ASSERT_TRUE(store.setBaseValue(object, 1, std::numeric_limits<int>::max()));
+    EXPECT_EQ(refusal(8, 8), "Degauss: Threshold=2147483647 is out of range; use 1 to 15");
+    store.setBaseValue(object, 0, 0);
+    EXPECT_EQ(refusal(8, 8), "") << "switched off, it does no harm";
+    // Between the default, 5, and the page's least, 11, lie values of a chain that is valid.
+    set({"Adaptive threshold:Size=0=5;20=51"});
+    for (const qint64 frame : {0, 1, 2, 20}) EXPECT_EQ(refusal(8, 8, frame), "");
+}
+
+TEST_F(FilterChain, AsksAPageWithoutATraceOfIt) {
+    QToolBox toolBox;
+    QUndoStack stack;
+    for (const int largest : {13, 9}) {
+        TestManipulator filter;
+        filter.setUndoStack(&stack);
+        filter.initManipulator(&toolBox);
+        filter.addFilter();
+        const auto instances = KernelStore::instance().instances();
+        const int steps = stack.count();
+        filter.largestSize = largest;
+        const auto& facts = document::pageFacts(TestManipulator::kTypeId);
+        ASSERT_TRUE(facts.at(TestManipulator::Size).range);
+        EXPECT_EQ(facts.at(TestManipulator::Size).range->lowest, 1);
+        EXPECT_EQ(facts.at(TestManipulator::Size).range->highest, largest)
+            << "the facts go with their manipulator";
+        EXPECT_FALSE(facts.at(TestManipulator::Gain).range) << "it is not on the page";
+        EXPECT_EQ(stack.count(), steps);
+        EXPECT_TRUE(stack.canUndo());
+        EXPECT_EQ(KernelStore::undoStackOf(filter), &stack);
+        EXPECT_EQ(KernelStore::instance().instances(), instances);
+        stack.clear();
+    }
 }
 
 }  // namespace

@@ -1,13 +1,17 @@
 // Undoable changes of values: what they write, how they merge, what they say.
 #include <gtest/gtest.h>
+#include <rapidcheck.h>
 
 #include <QApplication>
 #include <QMouseEvent>
+#include <QTest>
 #include <QUndoStack>
+#include <QWheelEvent>
 #include <utility>
 
 #include "framework/contract/FxKernelApi/CmdChangeObject.h"
 #include "host/kernel/KernelStore.h"
+#include "host/kernel/UndoGesture.h"
 #include "tests/host/kernel/plugins/TestFilter.h"
 
 namespace {
@@ -16,13 +20,6 @@ const int kType = TestManipulator::kTypeId;
 const qint64 kNoFrame = HkParamKeyframeVector::NoFrame;
 
 using Values = std::vector<std::pair<QString, QVariant>>;
-
-void releaseMouse() {
-    QObject anything;
-    QMouseEvent release(QEvent::MouseButtonRelease, QPointF(1, 1), QPointF(1, 1), Qt::LeftButton,
-                        Qt::NoButton, Qt::NoModifier);
-    QApplication::sendEvent(&anything, &release);
-}
 
 class ChangeObject : public ::testing::Test {
 protected:
@@ -57,7 +54,7 @@ TEST_F(ChangeObject, WritesOnlyWhatWasAssignedAndDiffers) {
     expected.params[TestManipulator::Size].base = 5;
     EXPECT_TRUE(state() == expected);
     EXPECT_EQ(text(), QString::fromUtf8("Test & try: Size 1 → 5"));
-    push({{"Smooth", true}, {"Gain", 0.25}, {"Size", 5}});
+    push({{"Smooth", true}, {"Gain", 0.25}, {"Size", 5}}, kNoFrame, false);
     EXPECT_EQ(text(), QString::fromUtf8("Test & try: Smooth false → true, Gain 0.5 → 0.25"));
     stack.undo();
     EXPECT_TRUE(state() == expected);
@@ -122,71 +119,183 @@ TEST_F(ChangeObject, FrameNumbersWithoutUseFallBackToTheInstance) {
     EXPECT_EQ(size().keys.size(), 1u);
 }
 
-TEST_F(ChangeObject, StepsOfOneGestureMerge) {
-    for (const int value : {2, 3, 4, 5}) push({{"Size", value}});
+TEST_F(ChangeObject, AMergedStepTellsWhatItChangedInTheEnd) {
+    push({{"Size", 5}, {"Gain", 0.25}});
+    push({{"Size", 6}, {"Smooth", true}});
+    push({{"Gain", 0.5}});
     EXPECT_EQ(stack.count(), 1);
-    EXPECT_EQ(text(), QString::fromUtf8("Test & try: Size 1 → 5"));
-    stack.undo();
-    EXPECT_TRUE(state() == start);
-    stack.redo();
-    EXPECT_EQ(size().base, QVariant(5));
+    EXPECT_EQ(text(), QString::fromUtf8("Test & try: Smooth false → true, Size 1 → 6"));
 }
 
-TEST_F(ChangeObject, WhatDiffersDoesNotMerge) {
-    push({{"Size", 2}});
-    push({{"Gain", 0.25}});
-    EXPECT_EQ(stack.count(), 2) << "another parameter";
-    push({{"Gain", 0.75}, {"Size", 3}});
-    EXPECT_EQ(stack.count(), 3) << "another set of parameters";
-    push({{"Gain", 0.125}, {"Size", 4}}, kNoFrame, false);
-    EXPECT_EQ(stack.count(), 4) << "merge = false";
-    push({{"Gain", 1}, {"Size", 5}});
-    EXPECT_EQ(stack.count(), 5) << "never merges into one with merge = false";
-    const int first = std::exchange(object, store.add(kType));
-    push({{"Gain", 2}, {"Size", 6}});
-    object = first;
-    EXPECT_EQ(stack.count(), 6) << "another instance";
-    store.setAnimated(object, true);
-    push({{"Size", 7}}, 1);
-    push({{"Size", 8}}, 2);
-    EXPECT_EQ(stack.count(), 8) << "another frame";
-    while (stack.canUndo()) stack.undo();
-    store.setAnimated(object, false);
-    EXPECT_TRUE(state() == start);
-}
+/// The rules of merging, told once more: which edits share a step, and what undo brings back.
+class StepModel {
+public:
+    void endGesture() { ++m_gesture, m_ofKeys = false; }
+    void key() {
+        if (!m_ofKeys) endGesture();
+        m_ofKeys = true;
+    }
+    void save() { m_clean = m_index; }
+    void edit(int object, qint64 frame, bool merge, const InstanceState& before,
+              const InstanceState& after) {
+        m_steps.resize(m_index);
+        if (m_clean > static_cast<int>(m_index)) m_clean = -1;
+        if (before == after) return;
+        Step* last = m_steps.empty() ? nullptr : &m_steps.back();
+        const bool joins = last && m_clean != static_cast<int>(m_index) && merge && last->merge &&
+                           last->object == object && last->frame == frame &&
+                           last->gesture == m_gesture;
+        if (joins)
+            last->after = after;
+        else
+            m_steps.push_back({object, frame, merge, m_gesture, before, after});
+        if (m_steps.back().before == m_steps.back().after) m_steps.pop_back();
+        m_index = m_steps.size();
+    }
+    /// The object that a step back changes and the state it then has.
+    std::pair<int, InstanceState> undo() {
+        endGesture();
+        const Step& step = m_steps[--m_index];
+        return {step.object, step.before};
+    }
+    std::pair<int, InstanceState> redo() {
+        const Step& step = m_steps[m_index++];
+        return {step.object, step.after};
+    }
+    int count() const { return static_cast<int>(m_steps.size()); }
+    int index() const { return static_cast<int>(m_index); }
 
-TEST_F(ChangeObject, ASavePointOrAMouseReleaseEndsTheStep) {
-    push({{"Size", 2}});
-    stack.setClean();
-    push({{"Size", 3}});
-    EXPECT_EQ(stack.count(), 2);
-    stack.undo();
-    EXPECT_TRUE(stack.isClean());
-    EXPECT_EQ(size().base, QVariant(2));
-    stack.redo();
-    push({{"Size", 4}});
-    EXPECT_EQ(stack.count(), 2) << "the step after the save point still grows";
-    releaseMouse();
-    push({{"Size", 5}});
-    EXPECT_EQ(stack.count(), 3);
-    push({{"Size", 6}});
-    EXPECT_EQ(stack.count(), 3);
-}
+private:
+    struct Step {
+        int object;
+        qint64 frame;
+        bool merge;
+        int gesture;
+        InstanceState before, after;
+    };
+    std::vector<Step> m_steps;
+    std::size_t m_index = 0;
+    int m_clean = 0;
+    int m_gesture = 0;
+    bool m_ofKeys = false;
+};
 
-TEST_F(ChangeObject, ADragThereAndBackLeavesNothing) {
-    push({{"Size", 2}});
-    push({{"Size", 3}});
-    push({{"Size", 1}});
-    EXPECT_EQ(stack.count(), 0);
-    EXPECT_TRUE(state() == start);
+qint64 g_now = 0;
 
-    store.setAnimated(object, true);
-    store.setKey(object, TestManipulator::Size, 0, 2);
-    const InstanceState animated = state();
-    push({{"Size", 3}}, 10);
-    push({{"Size", 2}}, 10);
-    EXPECT_EQ(stack.count(), 0);
-    EXPECT_TRUE(state() == animated) << "no key stays behind";
+/// A window with real events and the model that follows them.
+struct GestureScene {
+    GestureScene() {
+        for (QWidget* widget : {&target, &neighbour}) widget->setFocusPolicy(Qt::StrongFocus);
+        window.resize(90, 30);
+        neighbour.move(50, 0);
+        window.show();
+        QApplication::setActiveWindow(&window);
+        target.setFocus();
+        QApplication::processEvents();
+    }
+    void press() {
+        QTest::mousePress(&target, Qt::LeftButton);
+        model.endGesture();
+    }
+    void drag() {
+        QMouseEvent move(QEvent::MouseMove, QPointF(3, 3), QPointF(3, 3), Qt::NoButton,
+                         Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&target, &move);
+    }
+    void release() {
+        QTest::mouseRelease(&target, Qt::LeftButton);
+        QApplication::processEvents();
+        model.endGesture();
+    }
+    void key() {
+        QTest::keyClick(&target, Qt::Key_Right);
+        model.key();
+    }
+    void turnWheel() {
+        QWheelEvent turn(QPointF(1, 1), QPointF(1, 1), QPoint(), QPoint(0, 120), Qt::NoButton,
+                         Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&target, &turn);
+    }
+    void changeFocus() {
+        (target.hasFocus() ? neighbour : target).setFocus();
+        model.endGesture();
+    }
+
+    StepModel model;
+    QWidget window;
+    QWidget target{&window}, neighbour{&window};
+};
+
+TEST_F(ChangeObject, MergesWhatIsOneGesture) {
+    setGestureClock([] { return g_now; });
+    const int plain = object, keyed = store.add(kType);
+    store.setAnimated(keyed, true);
+    store.setKey(keyed, TestManipulator::Size, 0, 2);
+    const InstanceState plainStart = *store.state(plain), keyedStart = *store.state(keyed);
+    push({});  // from here on gestures are listened to
+
+    EXPECT_TRUE(rc::check([&] {
+        stack.clear();
+        store.setState(plain, plainStart);
+        store.setState(keyed, keyedStart);
+        GestureScene scene;
+        StepModel& model = scene.model;
+        QStringList told;
+        const int length = *rc::gen::inRange(0, 40);
+        for (int i = 0; i < length; ++i) {
+            const int action = *rc::gen::inRange(0, 24);
+            told.append(QString::number(action));
+            switch (action) {
+                case 0:
+                    scene.press();
+                    break;
+                case 1:
+                    scene.release();
+                    break;
+                case 2:
+                    scene.key();
+                    break;
+                case 3:
+                    scene.changeFocus();
+                    break;
+                case 4:
+                    g_now += 1001, model.endGesture();
+                    break;
+                case 5:
+                    g_now += 900, scene.drag(), g_now += 900, scene.turnWheel();
+                    break;
+                case 6:
+                    stack.setClean(), model.save();
+                    break;
+                case 7:
+                case 8: {
+                    if (!(action == 7 ? stack.canUndo() : stack.canRedo())) break;
+                    action == 7 ? stack.undo() : stack.redo();
+                    const auto [changed, expected] = action == 7 ? model.undo() : model.redo();
+                    RC_ASSERT(*store.state(changed) == expected);
+                    break;
+                }
+                default: {
+                    object = *rc::gen::element(plain, plain, keyed);
+                    const qint64 frame = object == keyed ? *rc::gen::inRange(10, 12) : kNoFrame;
+                    const bool merge = *rc::gen::weightedElement<bool>({{9, true}, {1, false}});
+                    Values values;
+                    if (*rc::gen::arbitrary<bool>())
+                        values.push_back({"Size", *rc::gen::inRange(1, 4)});
+                    if (*rc::gen::arbitrary<bool>())
+                        values.push_back({"Smooth", *rc::gen::arbitrary<bool>()});
+                    if (*rc::gen::inRange(0, 5) == 0) values.push_back({"Enabled", 0});
+                    const InstanceState before = state();
+                    push(values, frame, merge);
+                    model.edit(object, frame, merge, before, state());
+                }
+            }
+            RC_LOG() << told.join(' ').toStdString() << '\n';
+            RC_ASSERT(stack.count() == model.count());
+            RC_ASSERT(stack.index() == model.index());
+        }
+    }));
+    setGestureClock(nullptr);
 }
 
 TEST_F(ChangeObject, InstancesThatAreGoneAreLeftAlone) {

@@ -12,6 +12,7 @@
 #include <QToolButton>
 #include <QUndoStack>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 
 #include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
 #include "host/kernel/KernelNotifier.h"
@@ -101,7 +102,7 @@ TEST_F(Manipulator, EntriesFollowTheInstances) {
     ASSERT_TRUE(made);
     EXPECT_EQ(made->objectId(), object);
     EXPECT_EQ(made->manipulator(), &filter);
-    EXPECT_EQ(made->controlPage->parentWidget()->window(), &window);
+    EXPECT_EQ(made->window(), &window);
     EXPECT_EQ(entry(object), made) << "one entry per instance";
     EXPECT_EQ(other.getFilterGui(object), nullptr);
     EXPECT_EQ(entry(object + 1), nullptr);
@@ -135,6 +136,56 @@ TEST_F(Manipulator, OneEditIsOneStepAndUndoShowsTheOldValue) {
     EXPECT_EQ(stack.count(), 2) << "showing a value is no edit";
     stack.redo();
     EXPECT_EQ(page->size->value(), 5);
+}
+
+TEST_F(Manipulator, ThePageIsTheEntrysOwnChildAndFillsIt) {
+    const int object = filter.addFilter();
+    FxGuiImageFilter* made = entry(object);
+    QWidget* page = made->controlPage;
+    EXPECT_EQ(page->parentWidget(), made);
+    for (const int width : {300, 420}) {
+        window.resize(width, 200);
+        QApplication::processEvents();
+        EXPECT_TRUE(made->rect().contains(page->geometry()));
+        EXPECT_GT(page->width(), made->width() - 20);
+        for (const char* control : {"theChbEnabled", "theTbRemove"}) {
+            const QRect place = made->findChild<QWidget*>(control)->geometry();
+            EXPECT_TRUE(made->rect().contains(place)) << control;
+            EXPECT_LT(place.bottom(), page->geometry().top()) << control;
+        }
+        // What is between the controls belongs to the card, which lies behind them.
+        EXPECT_EQ(made->childAt(1, 1)->metaObject()->className(), std::string("QFrame"));
+        EXPECT_EQ(made->childAt(page->geometry().center())->window(), &window);
+        EXPECT_NE(made->childAt(page->geometry().center()), made->childAt(1, 1));
+    }
+}
+
+TEST_F(Manipulator, EditsOfOneHandAreOneStep) {
+    const int object = filter.addFilter();
+    QSlider* slider = filter.page(object)->size;
+    slider->setFocus();
+    QApplication::processEvents();
+    int steps = stack.count();
+    const auto turnWheel = [slider](int notches) {
+        QWheelEvent turn(QPointF(5, 5), QPointF(slider->mapToGlobal(QPoint(5, 5))), QPoint(),
+                         QPoint(0, 120 * notches), Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+                         false);
+        QApplication::sendEvent(slider, &turn);
+    };
+    for (int i = 0; i < 3; ++i) QTest::keyClick(slider, Qt::Key_Right);
+    EXPECT_EQ(slider->value(), 4);
+    EXPECT_EQ(stack.count(), ++steps) << "keys in a row";
+    QTest::mousePress(slider, Qt::LeftButton, Qt::NoModifier, QPoint(slider->width() - 2, 5));
+    QTest::mouseRelease(slider, Qt::LeftButton);
+    EXPECT_EQ(stack.count(), ++steps) << "a click after them";
+    QApplication::processEvents();
+    QTest::keyClick(slider, Qt::Key_Left);
+    EXPECT_EQ(stack.count(), ++steps) << "a key after the click";
+    filter.page(object)->setFocus();
+    slider->setFocus();
+    turnWheel(-1);
+    turnWheel(-1);
+    EXPECT_EQ(stack.count(), ++steps) << "the wheel after another control had the focus";
 }
 
 TEST_F(Manipulator, EnablingIsShownAndUndone) {

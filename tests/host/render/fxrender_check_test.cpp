@@ -45,16 +45,59 @@ protected:
     }
 };
 
-TEST_F(FxrenderCheck, KnowsTheSizesThatTheTransformRefuses) {
-    const std::pair<int, int> sizes[] = {
-        {1022, 40}, {1023, 40}, {2046, 20}, {2047, 20}, {40, 1023}};
-    for (const auto& [width, height] : sizes) {
-        save(grey(width, height, 120), "in.png");
-        const std::string filter = "Degauss:Method=0,Threshold=4";
-        const bool black = mean(applied(filter)) == 0;
-        EXPECT_EQ(objects(filter, "cannot take"), black) << width << " x " << height;
+TEST_F(FxrenderCheck, ARefusedFrameIsAnErrorAndNoPicture) {
+    for (int frame = 0; frame < 6; ++frame) save(grey(40, 1100, 40 * frame), shot(frame));
+    const std::string filter = "Degauss:Method=0=1;3|=0,Threshold=4";
+    const std::string words = "Degauss: the FFT method cannot take 40 x 1100 pixels";
+    for (const char* jobs : {"1", "3"}) {
+        const ProgramResult result =
+            apply({"shot_####.png", "-o", "out/", "-f", filter, "-j", jobs}, 65);
+        EXPECT_THAT(result.err, HasSubstr(words + " "));
+        EXPECT_THAT(result.err, HasSubstr("(3 frames, 3 to 5)")) << "said before it begins, too";
+        EXPECT_THAT(result.err, HasSubstr("\nfxrender: frame 3: " + words));
+        apply({"shot_####.png", "-o", "out/", "-f", filter, "-j", jobs, "--keep-going", "-q"}, 1);
+        EXPECT_EQ(QDir(path("out")).entryList(QDir::Files),
+                  (QStringList{shot(0), shot(1), shot(2)}));
     }
-    EXPECT_FALSE(objects("Degauss:Method=1", "cannot take"));
+    const ProgramResult check = fxrender({"check", "shot_####.png", "-f", filter});
+    EXPECT_EQ(check.exitCode, 1);
+    EXPECT_THAT(check.out, HasSubstr(words));
+    expectRefusal({"apply", "shot_0004.png", "-o", "o.png", "-f", "Degauss:Method=FFT,Threshold=4"},
+                  65, words);
+}
+
+TEST_F(FxrenderCheck, NamesKeysOutsideAllFrames) {
+    saveSequence(3);
+    const auto said = [&](const std::string& filter) {
+        return fxrender({"check", "shot_####.png", "-f", filter}).out;
+    };
+    EXPECT_THAT(said("Blur and enhance:Blur=0=1;2=3"), HasSubstr("nothing to object to"));
+    EXPECT_THAT(
+        said("Blur and enhance:Blur=-1=4;0=1;20=3"),
+        HasSubstr("Blur and enhance: Blur has keys at frames -1, 20, and the input's frames "
+                  "are 0 to 2"));
+    EXPECT_THAT(said("Blur and enhance:Blur=20=3"),
+                HasSubstr("Blur has no key inside, but a key at frame 20"));
+    const ProgramResult applied =
+        apply({"shot_0000.png", "-o", "o.png", "-f", "Blur and enhance:Blur=9=2"});
+    EXPECT_THAT(applied.err, HasSubstr("warning: Blur and enhance: Blur has no key inside"));
+}
+
+TEST_F(FxrenderCheck, KnowsAThresholdThatLeavesOneColour) {
+    QImage cells = grey(120, 60, 2);
+    for (auto [cx, cy] : {std::pair{30, 30}, {85, 30}})
+        for (int y = 0; y < 60; ++y)
+            for (int x = 0; x < 120; ++x)
+                if ((x - cx) * (x - cx) + (y - cy) * (y - cy) <= 15 * 15)
+                    cells.bits()[y * cells.bytesPerLine() + x] = 10;
+    save(cells, "in.png");
+    for (const char* settings : {"Size=51", "Size=51,Min=0", "Size=51,Min=5"}) {
+        const std::string filter = std::string("Adaptive threshold:") + settings;
+        const bool white = mean(applied(filter)) > 0.99 * 255;
+        EXPECT_EQ(objects(filter, "% white; use Min=0"), white) << settings;
+    }
+    save(grey(50, 50, 0), "in.png");
+    EXPECT_TRUE(objects("Object separator", "its input is all black"));
 }
 
 TEST_F(FxrenderCheck, KnowsTheAmountsThatBrighten) {

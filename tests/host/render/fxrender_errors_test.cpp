@@ -57,7 +57,9 @@ TEST_F(FxrenderErrors, WrongCommandLines) {
     } rows[] = {
         {{"aply"}, 2, "did you mean apply?"},
         {{"frobnicate"}, 2, "valid: list, apply"},
-        {{"list", "json"}, 2, "fxrender list has no use for json"},
+        {{"list", "json"}, 2, "there is no filter \"json\""},
+        {{"list", "Degauss", "Degauss"}, 2, "fxrender list has no use for Degauss"},
+        {{"list", "--markdown"}, 2, "KEY"},
         {{"list", "--jsom"}, 2, "did you mean --json?"},
         {{"apply", "in.png", "--outptu", "o.png", "-f", kSeparate}, 2, "did you mean --output?"},
         {{"apply", "in.png", "-f", kSeparate}, 2, "--output"},

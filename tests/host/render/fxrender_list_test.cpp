@@ -20,18 +20,49 @@ TEST_F(FxrenderList, TellsTypesKindsDefaultsAndRanges) {
         {"Channel separation/Enabled",
          {{"type", "int"}, {"kind", "constant"}, {"default", 1}, {"min", 0}, {"max", 1}}},
         {"Channel separation/Channel",
-         {{"type", "int"}, {"kind", "stepped"}, {"default", 5}, {"min", 1}, {"max", 6}}},
+         {{"type", "int"},
+          {"kind", "stepped"},
+          {"default", 5},
+          {"min", 1},
+          {"max", 6},
+          {"choices",
+           {{{"value", 1}, {"text", "R"}},
+            {{"value", 2}, {"text", "G"}},
+            {{"value", 3}, {"text", "B"}},
+            {{"value", 4}, {"text", "H"}},
+            {{"value", 5}, {"text", "L"}},
+            {{"value", 6}, {"text", "S"}}}}}},
         {"Channel separation/Invert", {{"type", "bool"}, {"kind", "stepped"}, {"default", false}}},
-        {"Blur and enhance/Blur", {{"kind", "interpolated"}, {"min", 1}, {"max", 13}}},
-        {"Adaptive threshold/Size", {{"min", 11}, {"max", 101}}},  // stored as 2 x slider + 1
-        {"Adaptive threshold/Min",                                 // stored as slider / 10
+        {"Blur and enhance/Blur",
+         {{"kind", "interpolated"}, {"min", 1}, {"max", 13}, {"label", "Blur"}}},
+        {"Blur and enhance/Enhance", {{"label", "Enhance"}, {"toolTip", "Enhances an image"}}},
+        {"Adaptive threshold/Size",
+         {{"min", 11}, {"max", 101}, {"label", "Area size"}}},  // stored as 2 x slider + 1
+        {"Adaptive threshold/Min",                              // stored as slider / 10
          {{"type", "double"}, {"default", 12.8}, {"min", 0.0}, {"max", 25.5}}},
-        {"Dilate_Erode/Dilate", {{"min", -13}, {"max", 13}}},
-        {"Open_Close/Dilate", {{"min", -13}, {"max", 13}}},
-        {"Degauss/Threshold", {{"min", 1}, {"max", 15}}},
-        {"Degauss/Method", {{"min", 0}, {"max", 1}}},         // two buttons
+        {"Dilate_Erode/Dilate",
+         {{"min", -13}, {"max", 13}, {"lowEnd", "Dilate"}, {"highEnd", "Erode"}, {"label", {}}}},
+        {"Open_Close/Dilate", {{"min", -13}, {"max", 13}, {"lowEnd", "Open"}}},
+        {"Degauss/Threshold",  // no words of its own, but those of the page around it
+         {{"min", 1},
+          {"max", 15},
+          {"label", "Amount"},
+          {"whatsThis", "Sharpens an image by deconvolution."}}},
+        {"Degauss/Method",  // two buttons beside a label
+         {{"min", 0},
+          {"max", 1},
+          {"label", "Method"},
+          {"choices",
+           {{{"value", 0},
+             {"text", "FFT"},
+             {"toolTip", "FFT deconvolution"},
+             {"whatsThis", "Uses FFT deconvolution algorithm."}},
+            {{"value", 1},
+             {"text", "LR"},
+             {"toolTip", "Lucy-Richardson deconvolution"},
+             {"whatsThis", "Uses Lucy-Richardson deconvolution algorithm."}}}}}},
         {"Object separator/Type", {{"min", 0}, {"max", 1}}},  // of which one bit is stored
-        {"Object separator/Det", {{"min", 1}, {"max", 100}}},
+        {"Object separator/Det", {{"min", 1}, {"max", 100}, {"label", "Details"}}},
     };
     for (const json& filter : filters())
         for (const json& parameter : filter["parameters"]) {
@@ -45,18 +76,52 @@ TEST_F(FxrenderList, TellsTypesKindsDefaultsAndRanges) {
     EXPECT_THAT(expected, testing::IsEmpty());
 }
 
-TEST_F(FxrenderList, TableNamesEveryFilterAndParameter) {
-    const ProgramResult table = fxrender({"list"});
-    EXPECT_EQ(table.exitCode, 0);
-    EXPECT_EQ(table.err, "");
-    const json listed = filters();
-    ASSERT_EQ(listed.size(), 7u);
-    for (const json& filter : listed) {
-        EXPECT_THAT(table.out, HasSubstr(filter["key"].get<std::string>()));
-        for (const json& parameter : filter["parameters"])
-            EXPECT_THAT(table.out, HasSubstr("  " + parameter["name"].get<std::string>()));
+TEST_F(FxrenderList, SaysAllOfItInWords) {
+    const std::string table = fxrender({"list"}).out;
+    for (const json& filter : filters()) {
+        const std::string key = filter["key"];
+        EXPECT_THAT(table, HasSubstr(key + "  ("));
+        const ProgramResult explained = fxrender({"list", filter["title"]});
+        EXPECT_EQ(explained.exitCode, 0) << explained.err;
+        EXPECT_THAT(explained.out, testing::StartsWith(key + "  ("));
+        for (const json& parameter : filter["parameters"]) {
+            EXPECT_THAT(table, HasSubstr("  " + parameter["name"].get<std::string>()));
+            for (const char* words : {"name", "label", "highEnd", "whatsThis", "remark"})
+                EXPECT_THAT(explained.out, HasSubstr(parameter.value(words, "")));
+            for (const json& choice : parameter.value("choices", json::array()))
+                EXPECT_THAT(explained.out,
+                            testing::ContainsRegex(std::to_string(choice["value"].get<int>()) +
+                                                   " +" + choice["text"].get<std::string>()));
+        }
+        const json alone = json::parse(fxrender({"list", key, "--json"}).out)["filters"];
+        EXPECT_EQ(alone, json::array({filter}));
     }
-    EXPECT_THAT(table.out, HasSubstr("11 to 101"));
+    EXPECT_THAT(table, HasSubstr("11 to 101"));
+    EXPECT_THAT(table, HasSubstr("1 R, 2 G, 3 B, 4 H, 5 L, 6 S"));
+}
+
+TEST_F(FxrenderList, PagesOfTheDocumentationAreUpToDate) {
+    const QDir folder(SOURCE_FOLDER "/docs/filters");
+    const QStringList pages = folder.entryList({"*.md"}, QDir::Files);
+    EXPECT_EQ(pages.size(), static_cast<int>(filters().size()));
+    for (const json& filter : filters()) {
+        const std::string key = filter["key"];
+        const QString marker =
+            QStringLiteral("fxrender list \"%1\" --markdown -->\n").arg(key.c_str());
+        int found = 0;
+        for (const QString& page : pages) {
+            QFile file(folder.filePath(page));
+            ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+            const QString text = QString::fromUtf8(file.readAll());
+            const auto place = text.indexOf(marker);
+            if (place < 0) continue;
+            ++found;
+            EXPECT_EQ(text.mid(place + marker.size()).toStdString(),
+                      fxrender({"list", key, "--markdown"}).out)
+                << "docs/filters/update renews it";
+        }
+        EXPECT_EQ(found, 1) << key;
+    }
 }
 
 }  // namespace

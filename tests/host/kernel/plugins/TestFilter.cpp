@@ -72,6 +72,7 @@ HkImageFilter* TestManipulator::createImageFilter(int objectId) {
 
 QWidget* TestManipulator::createFilterGui(QWidget* parent) {
     auto* made = new TestPage(parent);
+    made->size->setMaximum(largestSize);
     connect(made->size, SIGNAL(valueChanged(int)), parent, SLOT(slotGuiControlsChanged()));
     return made;
 }

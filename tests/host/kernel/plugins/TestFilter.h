@@ -41,7 +41,8 @@ public:
     TestPage* page(int objectId);
     bool isRegistered() const { return registered; }
 
-    int refreshes = 0;  ///< calls of updateGuiFromKernel
+    int refreshes = 0;     ///< calls of updateGuiFromKernel
+    int largestSize = 13;  ///< of the pages made from now on
 
 protected:
     QString m_title;
