@@ -36,9 +36,9 @@ ChainCheck::ChainCheck() {
 }
 
 void ChainCheck::lookAtKeys(std::int64_t firstFrame, std::int64_t lastFrame) {
-    const std::string there = firstFrame == lastFrame ? "is " + std::to_string(firstFrame) + " only"
-                                                      : "are " + std::to_string(firstFrame) +
-                                                            " to " + std::to_string(lastFrame);
+    const std::string first = std::to_string(firstFrame), last = std::to_string(lastFrame);
+    const std::string there =
+        firstFrame == lastFrame ? "frame " + first + " only" : "frames " + first + " to " + last;
     for (const Instance& instance : m_instances) {
         const auto state = KernelStore::instance().state(instance.objectId);
         const HkKernelObjectDataDescr* descr =
@@ -54,7 +54,7 @@ void ChainCheck::lookAtKeys(std::int64_t firstFrame, std::int64_t lastFrame) {
                 {Advice,
                  instance.key.toStdString() + ": " + descr->param(index).name.toStdString() +
                      " has " + (outside.size() == keys.size() ? "no key inside, but " : "") +
-                     keysText(outside) + ", and the input's frames " + there,
+                     keysText(outside) + ", and the input has " + there,
                  0, 0, 0});
         }
     }

@@ -31,7 +31,7 @@ struct Gesture {
         lastSign = g_clock();
     }
     void goOn() {
-        if (g_clock() - lastSign > kLongestPause) begin(ofKeys);
+        if (g_clock() - lastSign > kLongestPause) begin(false);
         lastSign = g_clock();
     }
 };
@@ -55,8 +55,8 @@ public:
                 if (static_cast<QMouseEvent*>(event)->buttons() != Qt::NoButton) g_gesture.goOn();
                 break;
             case QEvent::KeyPress:
-                if (!g_gesture.ofKeys) g_gesture.begin(true);
                 g_gesture.goOn();
+                if (!g_gesture.ofKeys) g_gesture.begin(true);
                 break;
             case QEvent::Wheel:
                 g_gesture.goOn();

@@ -45,6 +45,7 @@ void failAt(const char* name) {
 
 std::string stop() {
     g_recording = false;
+    g_watched = nullptr;  // it may be gone before the next start
     return g_calls;
 }
 

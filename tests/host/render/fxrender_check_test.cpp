@@ -74,8 +74,8 @@ TEST_F(FxrenderCheck, NamesKeysOutsideAllFrames) {
     EXPECT_THAT(said("Blur and enhance:Blur=0=1;2=3"), HasSubstr("nothing to object to"));
     EXPECT_THAT(
         said("Blur and enhance:Blur=-1=4;0=1;20=3"),
-        HasSubstr("Blur and enhance: Blur has keys at frames -1, 20, and the input's frames "
-                  "are 0 to 2"));
+        HasSubstr("Blur and enhance: Blur has keys at frames -1, 20, and the input has frames "
+                  "0 to 2"));
     EXPECT_THAT(said("Blur and enhance:Blur=20=3"),
                 HasSubstr("Blur has no key inside, but a key at frame 20"));
     const ProgramResult applied =
