@@ -5,6 +5,7 @@
 #include <QXmlStreamWriter>
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "framework/contract/FxKernelApi/HkKernelObjectData.h"
@@ -257,7 +258,9 @@ public:
                                    .arg(filterName(element), reason));
         }
         m_objectIds.push_back(store.instances().back().objectId);
-        for (const QString& kept : store.state(last())->keptElements)
+        const std::optional<InstanceState> state = store.state(last());
+        if (!state) return;
+        for (const QString& kept : state->keptElements)
             notices.push_back(QStringLiteral("the filter \"%1\" has settings that are not known "
                                              "here and are kept: %2")
                                   .arg(store.filterKey(typeId), kept.left(80))
