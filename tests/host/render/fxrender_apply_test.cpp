@@ -113,12 +113,6 @@ TEST_F(FxrenderApply, KeysRunOrJumpAlongASequence) {
             << frame;
 }
 
-TEST_F(FxrenderApply, ChoosesFrames) {
-    saveSequence(12);
-    apply({"shot_####.png", "-o", "out/", "-f", "Channel separation", "--frames", "1,4-10:3"});
-    EXPECT_EQ(written("out"), (QStringList{shot(1), shot(4), shot(7), shot(10)}));
-}
-
 TEST_F(FxrenderApply, SeveralPicturesAndFoldersInBrackets) {
     ASSERT_TRUE(QDir(folder()).mkdir("[new]"));
     save(picture(1), "[new]/a.png");
