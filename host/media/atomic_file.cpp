@@ -18,27 +18,18 @@ namespace media {
 
 namespace {
 
-[[noreturn]] void failFull(const std::string& path, int errorNumber) {
-    throw MediaError(MediaErrorKind::ReadWrite,
-                     shown(path) + ": writing failed (" + reasonOf(errorNumber) +
-                         "); make room on the disk (space, or numbers of files) or choose another "
-                         "folder");
-}
-
 [[noreturn]] void failCreate(const std::string& path, int errorNumber) {
-    if (errorNumber == ENOSPC || errorNumber == EDQUOT) failFull(path, errorNumber);
     throw MediaError(MediaErrorKind::CannotCreate,
                      shown(path) + ": the file cannot be created (" + reasonOf(errorNumber) +
                          "); choose another name or folder, or change the folder's permissions");
 }
 
 [[noreturn]] void failWrite(const std::string& path, int errorNumber) {
-    if (errorNumber == ENOSPC || errorNumber == EDQUOT) failFull(path, errorNumber);
-    const char* advice = errorNumber == EFBIG
-                             ? "files here may not be so large; choose another folder"
-                             : "check the disk";
-    throw MediaError(MediaErrorKind::ReadWrite,
-                     shown(path) + ": writing failed (" + reasonOf(errorNumber) + "); " + advice);
+    const bool full = errorNumber == ENOSPC || errorNumber == EDQUOT;
+    throw MediaError(
+        MediaErrorKind::ReadWrite,
+        shown(path) + ": writing failed (" + reasonOf(errorNumber) + "); " +
+            (full ? "make room on the disk or choose another folder" : "check the disk"));
 }
 
 /// The file a link stands for, so that the link is kept and its target replaced.

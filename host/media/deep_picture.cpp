@@ -1,12 +1,12 @@
 #include "host/media/deep_picture.h"
 
 #include <OpenImageIO/filesystem.h>
+#include <OpenImageIO/imageio.h>
 
 #include <memory>
 
 #include "host/media/MediaError.h"
 #include "host/media/file_names.h"
-#include "host/media/picture_library.h"
 
 namespace media {
 
@@ -29,7 +29,6 @@ std::vector<unsigned char> encodeDeepPicture(const std::string& path, const Deep
         throw MediaError(
             MediaErrorKind::CannotCreate,
             shown(path) + ": this format does not hold 16 bits a sample; use .png or .tif");
-    keepToOwnThread();
     OIIO::ImageSpec head(picture.width, picture.height, 1, OIIO::TypeUInt16);
     head.attribute("DateTime", "");  // the time would make each file another one
     if (isTiff(fileName)) {
@@ -40,6 +39,7 @@ std::vector<unsigned char> encodeDeepPicture(const std::string& path, const Deep
     OIIO::Filesystem::IOVecOutput memory(bytes);
     const char* suffix = isTiff(fileName) ? ".tif" : ".png";
     const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(suffix + 1);
+    if (output) output->threads(1);  // frames are written side by side, one thread each
     const bool done = output && output->set_ioproxy(&memory) &&
                       output->open(std::string("frame") + suffix, head) &&
                       output->write_image(OIIO::TypeUInt16, picture.samples.data()) &&

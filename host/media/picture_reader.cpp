@@ -256,7 +256,7 @@ auto namingFile(const std::string& path, Work work) {
     } catch (const MediaError&) {
         throw;
     } catch (const std::bad_alloc&) {
-        fail(MediaErrorKind::TryAgainLater, path,
+        fail(MediaErrorKind::NoMemory, path,
              "there is not enough memory to read the picture; use fewer jobs at a time");
     } catch (const std::exception& error) {
         fail(MediaErrorKind::ReadWrite, path,

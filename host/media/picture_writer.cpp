@@ -170,10 +170,7 @@ std::vector<unsigned char> encodePicture(const std::string& path, const HkImage&
         kept.iccProfile.clear();
         if (encode(format, image, kept, bytes, reason)) return bytes;
     } catch (const std::bad_alloc&) {
-        throw MediaError(MediaErrorKind::TryAgainLater,
-                         shown(path) +
-                             ": there is not enough memory to encode the picture; use "
-                             "fewer jobs at a time");
+        reason = "there is not enough memory";
     }
     throw MediaError(MediaErrorKind::ReadWrite, shown(path) + ": the picture cannot be encoded (" +
                                                     shown(reason.substr(0, reason.find('\n'))) +

@@ -16,8 +16,7 @@ std::string writableSuffixes();
 /// Throws MediaError (CannotCreate) when the format of the path's suffix cannot hold the picture.
 void checkPicture(const std::string& path, const PictureInfo& picture);
 
-/// The bytes of a picture file. Throws MediaError: as checkPicture(), ReadWrite or
-/// TryAgainLater.
+/// The bytes of a picture file. Throws MediaError: as checkPicture(), or ReadWrite.
 /// The same picture always gives the same bytes.
 std::vector<unsigned char> encodePicture(const std::string& path, const HkImage& image,
                                          const PictureProperties& properties);
