@@ -5,7 +5,6 @@
 #include "framework/contract/FxKernelApi/HkFXKernelData.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "framework/contract/FxKernelApi/HkImageFilter.h"
-#include "host/imaging/AreaCount.h"
 #include "host/kernel/KernelStore.h"
 
 namespace document {
@@ -45,16 +44,14 @@ std::unique_ptr<HkImage> ChainRenderer::render(std::unique_ptr<HkImage> image, q
     return image;
 }
 
-std::optional<int> ChainRenderer::objectsIn(const HkImage& result, qint64 frame) const {
+bool ChainRenderer::showsObjects(qint64 frame) const {
     const RenderLease lease;
     for (auto step = m_steps.rbegin(); step != m_steps.rend(); ++step) {
         const std::optional<FilterValues> values = valuesAt(*step, frame);
-        if (!values || !values->isEnabled()) continue;
-        if (!resultShowsObjects(step->key, *values)) return {};
-        const int count = countWhiteAreas(result);
-        return count < 0 ? std::optional<int>() : count;
+        if (values && values->isEnabled())
+            return resultShowsObjects(step->key, *values);
     }
-    return {};
+    return false;
 }
 
 std::optional<FilterValues> ChainRenderer::valuesAt(const Step& step, qint64 frame) {

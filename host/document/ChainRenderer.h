@@ -35,9 +35,9 @@ public:
     std::unique_ptr<HkImage> render(std::unique_ptr<HkImage> image, qint64 frame,
                                     const Observer& observer = Observer());
 
-    /// How many objects a result of render() shows at this frame; none when the last enabled
-    /// filter is not one whose result shows objects.
-    std::optional<int> objectsIn(const HkImage& result, qint64 frame) const;
+    /// Whether the white areas of render()'s result at this frame are objects that a user counts:
+    /// whether the last enabled filter is one that shows objects.
+    bool showsObjects(qint64 frame) const;
 
 private:
     struct Step {

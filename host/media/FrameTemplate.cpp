@@ -37,8 +37,9 @@ std::optional<Place> printfPlace(const std::string& name) {
         int digits = 1;
         if (end > i + 1) {
             // %4d would pad with blanks, which no file name does.
-            std::from_chars(name.data() + i + 1, name.data() + end, digits);
-            if (name[i + 1] != '0' || digits < 1 || digits > kMostDigits) continue;
+            const auto read = std::from_chars(name.data() + i + 1, name.data() + end, digits);
+            const bool isWidth = read.ec == std::errc() && digits >= 1 && digits <= kMostDigits;
+            if (name[i + 1] != '0' || !isWidth) continue;
         }
         return Place{i, end + 1, digits};
     }

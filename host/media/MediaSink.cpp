@@ -57,15 +57,28 @@ public:
     void write(std::int64_t frame, const HkImage& image,
                const PictureProperties& properties) override {
         const std::string file = path(frame);
-        const std::vector<unsigned char> bytes = encodePicture(file, image, properties);
+        writeFile(file, encodePicture(file, image, properties));
+    }
+
+    void write(std::int64_t frame, const DeepPicture& picture) override {
+        const std::string file = path(frame);
+        writeFile(file, encodeDeepPicture(file, picture));
+    }
+
+private:
+    void writeFile(const std::string& file, const std::vector<unsigned char>& bytes) const {
         if (!m_newFolder.empty()) makeFolder();
         writeFileAtomically(file, bytes);
     }
 
-private:
     void makeFolder() const {
         std::error_code error;
         std::filesystem::create_directories(m_newFolder, error);
+        if (error == std::errc::no_space_on_device)
+            throw MediaError(MediaErrorKind::ReadWrite,
+                             shown(m_newFolder) + ": the folder cannot be made (" +
+                                 reasonOf(error.value()) +
+                                 "); make room on the disk or choose another folder");
         if (error)
             failCreate(m_newFolder, "the folder cannot be made (" + reasonOf(error.value()) +
                                         "); choose another name or make it yourself");
@@ -104,15 +117,22 @@ void requireOwnFiles(const std::map<std::int64_t, std::string>& paths, const Med
             inputs.emplace(identity, input);
 
     std::map<std::string, std::int64_t> taken;
+    std::map<FileIdentity, std::int64_t> takenByLinks;
+    const auto refuseSecond = [](const std::string& path, std::int64_t first, std::int64_t second,
+                                 const char* advice) {
+        failCreate(path, "frames " + std::to_string(first) + " and " + std::to_string(second) +
+                             " would both be written to this file; " + advice);
+    };
     for (const auto& [frame, path] : paths) {
         const auto [other, isNew] = taken.emplace(path, frame);
         if (!isNew)
-            failCreate(path, "frames " + std::to_string(other->second) + " and " +
-                                 std::to_string(frame) +
-                                 " would both be written to this file; use a numbered name such "
-                                 "as frame_####.png");
+            refuseSecond(path, other->second, frame, "use a numbered name such as frame_####.png");
         requireReplaceable(path);
         if (!identityOf(path, identity)) continue;
+        const auto [linked, isFirst] = takenByLinks.emplace(identity, frame);
+        if (!isFirst)
+            refuseSecond(path, linked->second, frame,
+                         "their names are links to it: remove the links or choose another folder");
         const auto input = inputs.find(identity);
         if (input != inputs.end())
             failCreate(path, "this is the input " + shown(input->second) +
@@ -125,14 +145,18 @@ std::string withoutTrailingSlashes(std::string path) {
     return path;
 }
 
+bool canBeWritten(const std::string& fileName, SampleDepth depth) {
+    return depth == SampleDepth::Deep ? isDeepWritable(fileName) : isWritable(fileName);
+}
+
 std::unique_ptr<MediaSink> openFolder(const std::string& name, const MediaSource& source,
-                                      const std::vector<std::int64_t>& frames) {
+                                      const std::vector<std::int64_t>& frames, SampleDepth depth) {
     const std::string folder = withoutTrailingSlashes(name);
     std::map<std::int64_t, std::string> paths;
     for (const std::int64_t frame : frames) {
         const std::string suffix = suffixOf(fileNameOf(source.path(frame)));
         const std::string file =
-            source.frameName(frame) + (isWritable("frame" + suffix) ? suffix : ".png");
+            source.frameName(frame) + (canBeWritten("frame" + suffix, depth) ? suffix : ".png");
         paths[frame] = (folder == "/" ? folder : folder + '/') + file;
     }
     const bool exists = isFolder(folder);
@@ -147,16 +171,20 @@ std::unique_ptr<MediaSink> openFolder(const std::string& name, const MediaSource
 }  // namespace
 
 std::unique_ptr<MediaSink> MediaSink::open(const std::string& output, const MediaSource& source,
-                                           const std::vector<std::int64_t>& frames) {
+                                           const std::vector<std::int64_t>& frames,
+                                           SampleDepth depth) {
     if (output.empty()) failCreate("\"\"", "the output has no name; name a file or a folder");
     const std::string fileName = fileNameOf(output);
     const std::optional<FrameTemplate> pattern = FrameTemplate::parse(output);
     const bool namesFolder = fileName.empty() || (suffixOf(fileName).empty() && !pattern);
-    if (isFolder(output) || namesFolder) return openFolder(output, source, frames);
+    if (isFolder(output) || namesFolder) return openFolder(output, source, frames, depth);
 
-    if (!isWritable(fileName))
-        failCreate(output, "pictures are not written to files of this suffix; use " +
-                               writableSuffixes() + ", or end the name with / for a folder");
+    if (!canBeWritten(fileName, depth))
+        failCreate(output, std::string("pictures ") +
+                               (depth == SampleDepth::Deep ? "of 16 bits a sample " : "") +
+                               "are not written to files of this suffix; use " +
+                               (depth == SampleDepth::Deep ? ".png or .tif" : writableSuffixes()) +
+                               ", or end the name with / for a folder");
     std::map<std::int64_t, std::string> paths;
     if (pattern) {
         for (const std::int64_t frame : frames) paths[frame] = pattern->path(frame);

@@ -6,8 +6,12 @@
 #include <vector>
 
 #include "host/media/MediaSource.h"
+#include "host/media/deep_picture.h"
 
 namespace media {
+
+/// What is written: pictures such as those of a source, or one channel of 16 bits a sample.
+enum class SampleDepth { Usual, Deep };
 
 /// Where frames are written: a still, a numbered sequence, a folder.
 ///
@@ -23,12 +27,13 @@ public:
     /// source.frameName() says, with the suffix of its input where that can be written, else .png;
     /// the folder is made with the first frame. A name whose file part holds #### or %04d: a
     /// template filled with the frame number. Any other name: one still, for exactly one frame.
-    /// The suffix decides the format.
+    /// The suffix decides the format. Deep pictures go to .png and .tif only.
     /// Throws CannotCreate when the suffix is not one that can be written, several frames would go
     /// to one file, a file written would be one of the source's (whatever road leads to it: links,
     /// "./", case), or the folder is missing or may not be written to.
     static std::unique_ptr<MediaSink> open(const std::string& output, const MediaSource& source,
-                                           const std::vector<std::int64_t>& frames);
+                                           const std::vector<std::int64_t>& frames,
+                                           SampleDepth depth = SampleDepth::Usual);
 
     virtual ~MediaSink() = default;
 
@@ -43,6 +48,9 @@ public:
     /// behind then, and a file that was there before is as it was.
     virtual void write(std::int64_t frame, const HkImage& image,
                        const PictureProperties& properties = PictureProperties()) = 0;
+
+    /// The same for a sink that was opened for deep pictures.
+    virtual void write(std::int64_t frame, const DeepPicture& picture) = 0;
 
     /// Ends the output (a video's trailer). Nothing may be written afterwards.
     virtual void finish() {}

@@ -59,7 +59,7 @@ public:
     /// multiplied into the colours. properties, when given, receives the rest.
     /// Throws as info() does: MissingInput when the frame is not one of frames() or its file cannot
     /// be read, InvalidData when the file is no picture, is cut short, is damaged or exceeds 32,768
-    /// pixels a side or 2^28 pixels, ReadWrite when memory or the device fails.
+    /// pixels a side or 2^28 pixels, ReadWrite when the device fails, NoMemory.
     virtual std::unique_ptr<HkImage> read(std::int64_t frame,
                                           PictureProperties* properties = nullptr) const = 0;
 

@@ -248,14 +248,19 @@ PictureProperties propertiesOf(const OIIO::ImageSpec& head) {
     return properties;
 }
 
-/// Runs work; a lack of memory becomes a message.
+/// Runs work; whatever the libraries throw becomes a message that names the file.
 template <typename Work>
-auto reportingMemory(const std::string& path, Work work) {
+auto namingFile(const std::string& path, Work work) {
     try {
         return work();
+    } catch (const MediaError&) {
+        throw;
     } catch (const std::bad_alloc&) {
-        fail(MediaErrorKind::ReadWrite, path,
+        fail(MediaErrorKind::NoMemory, path,
              "there is not enough memory to read the picture; use fewer jobs at a time");
+    } catch (const std::exception& error) {
+        fail(MediaErrorKind::ReadWrite, path,
+             "the picture cannot be read (" + shown(error.what()) + ")");
     }
 }
 
@@ -266,7 +271,7 @@ bool hasPictureSuffix(const std::string& fileName) {
 }
 
 PictureInfo readPictureInfo(const std::string& path) {
-    return reportingMemory(path, [&] {
+    return namingFile(path, [&] {
         const std::unique_ptr<OIIO::ImageInput> input = openPicture(path);
         const OIIO::ImageSpec& head = headOf(*input);
         PictureInfo info{head.width, head.height, channelsTaken(head)};
@@ -276,7 +281,7 @@ PictureInfo readPictureInfo(const std::string& path) {
 }
 
 std::unique_ptr<HkImage> readPicture(const std::string& path, PictureProperties* properties) {
-    return reportingMemory(path, [&] {
+    return namingFile(path, [&] {
         const std::unique_ptr<OIIO::ImageInput> input = openPicture(path);
         const OIIO::ImageSpec& head = headOf(*input);
         const int channels = channelsTaken(head);

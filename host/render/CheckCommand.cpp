@@ -3,31 +3,28 @@
 #include <cstdio>
 
 #include "host/document/ChainCheck.h"
-#include "host/document/FilterChain.h"
 #include "host/media/MediaError.h"
-#include "host/render/FrameList.h"
+#include "host/render/FrameRun.h"
 
 namespace render {
 
-ExitCode runCheck(const CheckOptions& options, const document::FilterCatalog& catalog) {
-    document::setFilterChain(asQStrings(options.filters), catalog);
-    const auto source = media::MediaSource::open(options.inputs);
-    const std::vector<std::int64_t> frames = chosenFrames(options.frames, *source);
-
+ExitCode runCheck(const Selection& selection, const document::FilterCatalog& catalog) {
+    const ChosenFrames chosen = chooseFrames(selection, catalog);
     document::ChainCheck check;
-    check.lookAtKeys(source->frames().front(), source->frames().back());
-    for (std::int64_t frame : frames) {
+    check.lookAtKeys(chosen.source->frames().front(), chosen.source->frames().back());
+    for (std::int64_t frame : chosen.frames) {
         try {
-            const media::PictureInfo info = source->info(frame);
+            const media::PictureInfo info = chosen.source->info(frame);
             check.lookAtSettings(frame, info.width, info.height);
-            if (check.wantsPicture()) check.lookAtPicture(frame, source->read(frame));
+            if (check.wantsPicture()) check.lookAtPicture(frame, chosen.source->read(frame));
         } catch (const media::MediaError& error) {
             check.object(frame, error.what());
         }
     }
     const std::vector<std::string> objections = check.objections();
     for (const std::string& line : objections) std::printf("%s\n", line.c_str());
-    if (objections.empty()) std::printf("%zu frames: nothing to object to\n", frames.size());
+    if (objections.empty())
+        std::printf("%s: nothing to object to\n", frameCountText(chosen.frames.size()).c_str());
     return objections.empty() ? Done : SomeFramesFailed;
 }
 

@@ -14,7 +14,7 @@ namespace render {
 /// Says on standard output what would go wrong or be meaningless, one line each, and renders
 /// nothing. Returns Done when there is nothing to say, SomeFramesFailed otherwise. Throws as
 /// runApply does when the command itself cannot be carried out.
-ExitCode runCheck(const CheckOptions& options, const document::FilterCatalog& catalog);
+ExitCode runCheck(const Selection& selection, const document::FilterCatalog& catalog);
 
 /// What apply warns of before it renders: settings at every frame, sizes and pixels of the first
 /// one.

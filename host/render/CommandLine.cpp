@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <QStringList>
 #include <algorithm>
+#include <limits>
 #include <map>
 
 #include "host/document/NearestName.h"
@@ -32,7 +33,19 @@ Examples:
 
 Exit codes: 0 done, 1 some frames failed (--keep-going), 2 wrong command line,
   65 invalid data, 66 input missing, 73 output cannot be created,
-  74 read or write error, 75 try again later, 130 or 143 stopped by a signal)";
+  74 read or write error, 75 try again later,
+  129, 130, 131 or 143 stopped by a signal)";
+
+const char kCountNotes[] =
+    R"(Counts the white areas of what the filters make of each frame; pixels that touch
+by a corner are of one area. Standard output gets a CSV table, one row a frame:
+how many, and their mean, smallest and largest area in pixels.
+
+FILTER, INPUT, OUTPUT, LIST and exit codes: as for apply.
+
+Example:
+  fxrender count nuclei_####.tif --table objects.csv --outlines outlines/ \
+      -f "Adaptive threshold:Size=31,Min=0" -f "Object separator:Det=20")";
 
 std::string versionText() {
     return std::string("fxrender ") + FX_VERSION + " (Qt " + qVersion() + ")\n";
@@ -43,15 +56,53 @@ void addPluginOption(CLI::App& command, std::string& path) {
         ->type_name("FILE");
 }
 
-void addSelection(CLI::App& command, std::vector<std::string>& inputs,
-                  std::vector<std::string>& filters, std::string& frames) {
-    command.add_option("INPUT", inputs, "What to read")->required()->type_name("");
+void addSelection(CLI::App& command, Selection& selection) {
+    command.add_option("INPUT", selection.inputs, "What to read")->required()->type_name("");
     command
-        .add_option("-f,--filter", filters, "A filter with its settings; several run in this order")
+        .add_option("-f,--filter", selection.filters,
+                    "A filter with its settings; several run in this order")
         ->required()
         ->allow_extra_args(false)
         ->type_name("FILTER");
-    command.add_option("--frames", frames, "The frames to look at, if not all")->type_name("LIST");
+    command.add_option("--frames", selection.frames, "The frames to look at, if not all")
+        ->type_name("LIST");
+    addPluginOption(command, selection.plugin);
+}
+
+const std::map<std::string, ProgressMode> kProgressModes = {{"auto", ProgressMode::Auto},
+                                                            {"bar", ProgressMode::Bar},
+                                                            {"plain", ProgressMode::Plain},
+                                                            {"json", ProgressMode::Json},
+                                                            {"none", ProgressMode::None}};
+
+void setProgress(const std::string& word, ProgressMode& mode) {
+    const auto found = kProgressModes.find(word);
+    if (found == kProgressModes.end())
+        throw UsageError("--progress: there is no \"" + word +
+                         "\"; valid: auto, bar, plain, json, none");
+    mode = found->second;
+}
+
+CLI::Option* addNumber(CLI::App& command, const std::string& name, int& number, int most,
+                       const std::string& about) {
+    return command.add_option(name, number, about)
+        ->check(CLI::Range(1, most).description(""))
+        ->type_name("N");
+}
+
+void addRunOptions(CLI::App& command, RunOptions& options) {
+    addSelection(command, options);
+    const int mostJobs = 1024;
+    addNumber(command, "-j,--jobs", options.jobs, mostJobs,
+              "How many frames to work on at once, if not one per core");
+    command.add_flag("--keep-going", options.keepGoing, "Do the other frames when one fails");
+    command
+        .add_option_function<std::string>(
+            "--progress",
+            [&options](const std::string& word) { setProgress(word, options.progress); },
+            "auto, bar, plain, json or none")
+        ->type_name("HOW");
+    command.add_flag("-q,--quiet", options.quiet, "Nothing but results and error messages");
 }
 
 void defineList(CLI::App& app, ListOptions& options) {
@@ -66,39 +117,67 @@ void defineList(CLI::App& app, ListOptions& options) {
 
 void defineApply(CLI::App& app, ApplyOptions& options) {
     CLI::App* apply = app.add_subcommand("apply", "Applies filters to pictures");
-    addSelection(*apply, options.inputs, options.filters, options.frames);
     apply->add_option("-o,--output", options.output, "Where to write")
         ->required()
         ->type_name("OUTPUT");
-    const int mostJobs = 1024;
-    apply
-        ->add_option("-j,--jobs", options.jobs,
-                     "How many frames to work on at once, if not one per core")
-        ->check(CLI::Range(1, mostJobs).description(""))
-        ->type_name("N");
-    apply->add_flag("--keep-going", options.keepGoing, "Render the other frames when one fails");
+    addRunOptions(*apply, options);
     apply->add_flag("-n,--dry-run", options.dryRun,
                     "Check everything, say what would be written, write nothing");
-    const std::map<std::string, ProgressMode> modes = {{"auto", ProgressMode::Auto},
-                                                       {"bar", ProgressMode::Bar},
-                                                       {"plain", ProgressMode::Plain},
-                                                       {"json", ProgressMode::Json},
-                                                       {"none", ProgressMode::None}};
-    apply->add_option("--progress", options.progress, "auto, bar, plain, json or none")
-        ->transform(CLI::CheckedTransformer(modes).description(""))
-        ->type_name("HOW");
-    apply->add_option("--report", options.report, "Write what became of every frame, as JSON")
+    apply
+        ->add_option("--report", options.report,
+                     "Write what became of every frame, as JSON; - is standard output")
         ->type_name("FILE");
-    apply->add_flag("-q,--quiet", options.quiet, "Nothing but error messages");
-    addPluginOption(*apply, options.plugin);
     apply->footer(kApplyNotes);
 }
 
-void defineCheck(CLI::App& app, CheckOptions& options) {
+void defineCount(CLI::App& app, CountOptions& options) {
+    CLI::App* count = app.add_subcommand("count", "Counts and measures objects");
+    count
+        ->add_option("--table", options.table,
+                     "Write a row for each object, as CSV; - is standard output")
+        ->type_name("FILE");
+    count
+        ->add_option("--labels", options.labels,
+                     "Write pictures of the objects' numbers, 16 bits, .png or .tif")
+        ->type_name("OUTPUT");
+    count
+        ->add_option("--outlines", options.outlines,
+                     "Write the input with the outlines of the objects drawn over it")
+        ->type_name("OUTPUT");
+    addNumber(*count, "--min-area", options.fewestPixels, std::numeric_limits<int>::max(),
+              "Leave out objects of fewer pixels");
+    count->add_flag("--exclude-border", options.excludeBorder,
+                    "Leave out objects that reach the border of the frame");
+    addRunOptions(*count, options);
+    count->footer(kCountNotes);
+}
+
+void defineCheck(CLI::App& app, Selection& selection) {
     CLI::App* check = app.add_subcommand("check", "Says what would go wrong, renders nothing");
-    addSelection(*check, options.inputs, options.filters, options.frames);
-    addPluginOption(*check, options.plugin);
+    addSelection(*check, selection);
     check->footer("Exit codes: 0 nothing to object to, 1 there is, others as for apply");
+}
+
+/// An empty value is a variable of a script that was not set: it never means "none" or "all".
+void refuseEmptyValues(const CLI::App& command) {
+    for (const CLI::Option* option : command.get_options())
+        for (const std::string& value : option->results())
+            if (value.empty())
+                throw UsageError(option->get_name() +
+                                 ": the value is empty; give one, or leave the option out");
+}
+
+/// "-" stands for standard output only where a text is written.
+void refuseStandardStreams(const CommandLine& commandLine) {
+    const auto refuse = [](const std::string& option, const std::string& value) {
+        if (value == "-")
+            throw UsageError(option +
+                             ": pictures are not written to standard output; name a file, a "
+                             "numbered sequence such as out_####.png or a folder");
+    };
+    refuse("--output", commandLine.apply.output);
+    refuse("--labels", commandLine.count.labels);
+    refuse("--outlines", commandLine.count.outlines);
 }
 
 QStringList commandNames(const CLI::App& app) {
@@ -158,6 +237,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     app.get_formatter()->column_width(26);
     defineList(app, result.list);
     defineApply(app, result.apply);
+    defineCount(app, result.count);
     defineCheck(app, result.check);
 
     std::vector<std::string> backwards(arguments.rbegin(), arguments.rend());
@@ -182,8 +262,11 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
         throw UsageError(error.what());
     }
     if (app.get_subcommands().empty()) throw UsageError("no command given; " + validCommands(app));
+    refuseEmptyValues(activeCommand(app));
+    refuseStandardStreams(result);
     result.command = app.got_subcommand("list")    ? CommandLine::List
                      : app.got_subcommand("check") ? CommandLine::Check
+                     : app.got_subcommand("count") ? CommandLine::Count
                                                    : CommandLine::Apply;
     return result;
 }
@@ -200,6 +283,7 @@ std::string shortUsage() {
            "  fxrender list                                     what filters there are\n"
            "  fxrender list KEY                                 what a filter's parameters mean\n"
            "  fxrender apply INPUT... -o OUTPUT -f FILTER ...   apply filters to pictures\n"
+           "  fxrender count INPUT... -f FILTER ...             count and measure objects\n"
            "  fxrender check INPUT... -f FILTER ...             what would go wrong, nothing "
            "rendered\n"
            "  fxrender apply --help                             all options, and examples\n";

@@ -15,36 +15,46 @@ struct ListOptions {
     bool markdown = false;
 };
 
-struct ApplyOptions {
+/// Which frames go through which filters.
+struct Selection {
     std::vector<std::string> inputs;
-    std::string output;
     std::vector<std::string> filters;
     std::string plugin;  ///< empty: the one that belongs to this program
     std::string frames;  ///< empty: all of them
-    int jobs = 0;        ///< 0: as many as there are cores
+};
+
+/// How a run over frames goes.
+struct RunOptions : Selection {
+    int jobs = 0;  ///< 0: as many as there are cores
     bool keepGoing = false;
-    bool dryRun = false;
     ProgressMode progress = ProgressMode::Auto;
-    std::string report;  ///< empty: none
     bool quiet = false;
 };
 
-struct CheckOptions {
-    std::vector<std::string> inputs;
-    std::vector<std::string> filters;
-    std::string plugin;  ///< empty: the one that belongs to this program
-    std::string frames;  ///< empty: all of them
+struct ApplyOptions : RunOptions {
+    std::string output;
+    bool dryRun = false;
+    std::string report;  ///< empty: none; - is standard output
+};
+
+struct CountOptions : RunOptions {
+    std::string table;     ///< empty: none; - is standard output
+    std::string labels;    ///< empty: none
+    std::string outlines;  ///< empty: none
+    int fewestPixels = 1;
+    bool excludeBorder = false;
 };
 
 /// What the user asks for.
 struct CommandLine {
-    enum Command { ShowText, List, Apply, Check };
+    enum Command { ShowText, List, Apply, Count, Check };
 
     Command command = ShowText;
     std::string text;  ///< what ShowText prints: help or the version
     ListOptions list;
     ApplyOptions apply;
-    CheckOptions check;
+    CountOptions count;
+    Selection check;
 };
 
 /// Throws UsageError; the message names the nearest valid choice where there is one.

@@ -15,7 +15,9 @@ enum ExitCode : int {
     CannotCreate = 73,
     ReadWriteError = 74,
     TryAgainLater = 75,
+    HungUp = 129,       ///< 128 + SIGHUP
     Interrupted = 130,  ///< 128 + SIGINT
+    Quit = 131,         ///< 128 + SIGQUIT
     Terminated = 143    ///< 128 + SIGTERM
 };
 

@@ -7,30 +7,17 @@
 
 namespace render {
 
-void ObjectCounts::set(std::int64_t frame, int count) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_counts[frame] = count;
-}
-
-std::optional<int> ObjectCounts::of(std::int64_t frame) const {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    const auto found = m_counts.find(frame);
-    return found == m_counts.end() ? std::optional<int>() : found->second;
-}
-
 std::vector<FrameWork> renderingWorkers(int count, const media::MediaSource& source,
-                                        media::MediaSink& sink, ObjectCounts& counts) {
+                                        ResultTaker& taker) {
     std::vector<FrameWork> workers;
     for (int i = 0; i < count; ++i) {
         // A std::function is copied about: the filters are shared by its copies, not by workers.
         const auto chain = std::make_shared<document::ChainRenderer>();
-        workers.push_back([chain, &source, &sink, &counts](std::int64_t frame) {
+        workers.push_back([chain, &source, &taker](std::int64_t frame) {
             media::PictureProperties properties;
             std::unique_ptr<HkImage> image = source.read(frame, &properties);
             image = chain->render(std::move(image), frame);
-            sink.write(frame, *image, properties);
-            const std::optional<int> objects = chain->objectsIn(*image, frame);
-            if (objects) counts.set(frame, *objects);
+            taker.take({frame, *image, properties, chain->showsObjects(frame)});
         });
     }
     return workers;

@@ -1,8 +1,8 @@
 #include "host/render/Fxrender.h"
 
-#include <cctype>
 #include <cstdio>
 #include <new>
+#include <system_error>
 
 #include "host/document/FilterError.h"
 #include "host/kernel/KernelStore.h"
@@ -10,6 +10,7 @@
 #include "host/render/ApplyCommand.h"
 #include "host/render/CheckCommand.h"
 #include "host/render/CommandLine.h"
+#include "host/render/CountCommand.h"
 #include "host/render/ListCommand.h"
 #include "host/render/PluginSession.h"
 #include "host/render/StopSignal.h"
@@ -17,18 +18,6 @@
 namespace render {
 
 namespace {
-
-/// A message quotes what the user wrote: whatever that was, it stays one line.
-std::string onOneLine(const char* message) {
-    std::string line;
-    for (const char* c = message; *c != '\0'; ++c) {
-        char escaped[8];
-        const auto byte = static_cast<unsigned char>(*c);
-        std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
-        line += std::iscntrl(byte) ? std::string(escaped) : std::string(1, *c);
-    }
-    return line;
-}
 
 int printText(const std::string& text) {
     std::fputs(text.c_str(), stdout);
@@ -44,7 +33,16 @@ std::string listText(const ListOptions& options, const document::FilterCatalog& 
                             : filterExplanation(catalog, types.front());
 }
 
-int runCommand(const std::vector<std::string>& arguments) {
+/// Loads the filters, to be run over frames: what is done by then is not lost to a signal.
+template <typename Command, typename Options>
+int runOverFrames(Command command, const Options& options, Messages& messages) {
+    StopSignal::install();
+    if (options.progress == ProgressMode::Json) messages.setStyle(Messages::Style::Events);
+    const PluginSession session(options.plugin);
+    return command(options, session.catalog(), messages);
+}
+
+int runCommand(const std::vector<std::string>& arguments, Messages& messages) {
     const CommandLine commandLine = parseCommandLine(arguments);
     switch (commandLine.command) {
         case CommandLine::ShowText:
@@ -53,11 +51,10 @@ int runCommand(const std::vector<std::string>& arguments) {
             const PluginSession session(commandLine.list.plugin);
             return printText(listText(commandLine.list, session.catalog()));
         }
-        case CommandLine::Apply: {
-            StopSignal::install();
-            const PluginSession session(commandLine.apply.plugin);
-            return runApply(commandLine.apply, session.catalog());
-        }
+        case CommandLine::Apply:
+            return runOverFrames(runApply, commandLine.apply, messages);
+        case CommandLine::Count:
+            return runOverFrames(runCount, commandLine.count, messages);
         case CommandLine::Check: {
             const PluginSession session(commandLine.check.plugin);
             return runCheck(commandLine.check, session.catalog());
@@ -66,17 +63,24 @@ int runCommand(const std::vector<std::string>& arguments) {
     return WrongCommandLine;
 }
 
+/// What belongs to an exception without words of ours.
+int exitCodeOf(const std::system_error& error) {
+    const bool isShortage = error.code() == std::errc::resource_unavailable_try_again ||
+                            error.code() == std::errc::not_enough_memory;
+    return isShortage ? TryAgainLater : ReadWriteError;
+}
+
 }  // namespace
 
-int reportErrors(const char* program, const std::function<int()>& work) {
-    const auto fail = [program](const char* message, int code) {
-        std::fprintf(stderr, "%s: %s\n", program, onOneLine(message).c_str());
+int reportErrors(Messages messages, const std::function<int(Messages&)>& work) {
+    const auto fail = [&messages](const char* message, int code) {
+        messages.error(message, code);
         return code;
     };
     try {
-        const int code = work();
+        const int code = work(messages);
         // What did not reach standard output is lost: that is not success.
-        if (std::fflush(stdout) != 0)
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
             return fail("standard output cannot be written", ReadWriteError);
         return code;
     } catch (const CommandError& error) {
@@ -86,7 +90,9 @@ int reportErrors(const char* program, const std::function<int()>& work) {
     } catch (const media::MediaError& error) {
         return fail(error.what(), error.exitCode());
     } catch (const std::bad_alloc&) {
-        return fail("not enough memory", TryAgainLater);
+        return fail("not enough memory; close other programs or use fewer --jobs", TryAgainLater);
+    } catch (const std::system_error& error) {
+        return fail(error.what(), exitCodeOf(error));
     } catch (const std::exception& error) {
         return fail(error.what(), ReadWriteError);
     }
@@ -97,7 +103,9 @@ int runFxrender(const std::vector<std::string>& arguments) {
         std::fputs(shortUsage().c_str(), stderr);
         return WrongCommandLine;
     }
-    return reportErrors("fxrender", [&arguments] { return runCommand(arguments); });
+    return reportErrors(Messages("fxrender"), [&arguments](Messages& messages) {
+        return runCommand(arguments, messages);
+    });
 }
 
 }  // namespace render

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <nlohmann/json.hpp>
+
+#include "host/media/file_names.h"
+#include "host/render/json_event.h"
 
 namespace render {
 
@@ -39,10 +41,6 @@ std::string duration(double seconds) {
 std::string timeLeft(const Tally& tally) {
     if (tally.rate() <= 0) return "";
     return duration((tally.total - tally.ended()) / tally.rate()) + " left";
-}
-
-std::string frameCount(int count) {
-    return std::to_string(count) + (count == 1 ? " frame" : " frames");
 }
 
 class BarProgress : public Progress {
@@ -125,18 +123,18 @@ private:
         const bool failed = outcome.status == FrameOutcome::Failed;
         event["status"] = failed ? "failed" : "done";
         event["seconds"] = outcome.seconds;
-        if (failed) event["error"] = outcome.error;
-        writeEvent(event);
+        if (failed) event["error"] = media::shown(outcome.error);
+        writeTallied(event);
     }
 
-    void showEnd() override { writeEvent({{"event", "end"}}); }
+    void showEnd() override { writeTallied({{"event", "end"}}); }
 
-    void writeEvent(nlohmann::ordered_json event) {
+    void writeTallied(nlohmann::ordered_json event) {
         event["finished"] = tally().finished;
         event["failed"] = tally().failed;
         event["total"] = tally().total;
         event["elapsed"] = tally().seconds;
-        writeLine(event.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+        writeEvent(event, stream());
     }
 };
 
@@ -150,6 +148,10 @@ private:
 };
 
 }  // namespace
+
+std::string frameCountText(std::size_t count) {
+    return std::to_string(count) + (count == 1 ? " frame" : " frames");
+}
 
 std::string barText(const Tally& tally, int columns) {
     std::string numbers = " " + std::to_string(tally.ended()) + "/" + std::to_string(tally.total);
@@ -169,16 +171,18 @@ std::string barText(const Tally& tally, int columns) {
 }
 
 std::string plainText(const Tally& tally) {
-    std::string text = std::to_string(tally.ended()) + " of " + frameCount(tally.total);
+    std::string text = std::to_string(tally.ended()) + " of " +
+                       frameCountText(static_cast<std::size_t>(tally.total));
     if (tally.failed > 0) text += ", " + std::to_string(tally.failed) + " failed";
     if (tally.ended() > 0) text += ", " + speed(tally) + ", " + timeLeft(tally);
     return text;
 }
 
 std::string summaryText(const Tally& tally) {
-    std::string text = tally.finished == tally.total ? frameCount(tally.total) + " done"
-                                                     : std::to_string(tally.finished) + " of " +
-                                                           frameCount(tally.total) + " done";
+    std::string text = tally.finished == tally.total
+                           ? frameCountText(static_cast<std::size_t>(tally.total)) + " done"
+                           : std::to_string(tally.finished) + " of " +
+                                 frameCountText(static_cast<std::size_t>(tally.total)) + " done";
     if (tally.failed > 0) text += ", " + std::to_string(tally.failed) + " failed";
     if (tally.ended() < tally.total)
         text += ", " + std::to_string(tally.total - tally.ended()) + " not begun";
@@ -228,7 +232,7 @@ void Progress::finish() {
 }
 
 void Progress::reportFailure(const FrameOutcome& outcome) {
-    writeLine("fxrender: " + outcome.error);
+    writeLine("fxrender: " + media::shown(outcome.error));
 }
 
 void Progress::writeLine(const std::string& line) {

@@ -28,6 +28,9 @@ struct Tally {
     double rate() const { return seconds > 0 ? ended() / seconds : 0; }  ///< frames a second
 };
 
+/// "1 frame", "48 frames"
+std::string frameCountText(std::size_t count);
+
 /// "[######......] 12/48  5.1 frames/s  7 s left", fitted to `columns` characters.
 std::string barText(const Tally& tally, int columns);
 

@@ -19,13 +19,15 @@ void remember(int signalNumber) {
 }  // namespace
 
 void StopSignal::install() {
-    for (const int signalNumber : {SIGINT, SIGTERM}) {
+    for (const int signalNumber : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
         struct sigaction current = {};
         sigaction(signalNumber, nullptr, &current);
         if (current.sa_handler == SIG_IGN) continue;
         struct sigaction action = {};
         action.sa_handler = remember;
         action.sa_flags = SA_RESTART;  // a read or write under way is part of the current frame
+        if (signalNumber == SIGINT || signalNumber == SIGQUIT)
+            action.sa_flags |= static_cast<int>(SA_RESETHAND);
         sigemptyset(&action.sa_mask);
         sigaction(signalNumber, &action, nullptr);
     }
@@ -36,14 +38,8 @@ bool StopSignal::requested() {
 }
 
 ExitCode StopSignal::exitCode() {
-    switch (g_signal.load()) {
-        case SIGINT:
-            return Interrupted;
-        case SIGTERM:
-            return Terminated;
-        default:
-            return Done;
-    }
+    const int signalNumber = g_signal.load();
+    return signalNumber == 0 ? Done : static_cast<ExitCode>(128 + signalNumber);
 }
 
 }  // namespace render

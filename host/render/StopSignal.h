@@ -4,8 +4,9 @@
 
 namespace render {
 
-/// Turns SIGINT and SIGTERM into a wish to stop, from installation to the end of the process. A
-/// signal that whoever started the process has chosen to ignore stays ignored.
+/// Turns SIGHUP, SIGINT, SIGQUIT and SIGTERM into a wish to stop, from installation to the end of
+/// the process. The second SIGINT or SIGQUIT from an impatient keyboard ends it at once. A signal
+/// that whoever started the process has chosen to ignore stays ignored.
 class StopSignal {
 public:
     static void install();

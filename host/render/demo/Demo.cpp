@@ -7,6 +7,7 @@
 #include "host/document/FilterChain.h"
 #include "host/render/FrameJob.h"
 #include "host/render/Fxrender.h"
+#include "host/render/PictureTaker.h"
 #include "host/render/PluginSession.h"
 #include "host/render/demo/ContactSheet.h"
 #include "host/render/demo/Demonstrations.h"
@@ -37,10 +38,9 @@ void renderSample(const QStringList& filters, const QString& sample, const QStri
     const auto source = media::MediaSource::open({QFile::encodeName(sample).toStdString()});
     const auto sink =
         media::MediaSink::open(QFile::encodeName(result).toStdString(), *source, source->frames());
-    ObjectCounts uncounted;
-    const auto outcomes =
-        runFrames(source->frames(), renderingWorkers(1, *source, *sink, uncounted), RunRules(),
-                  nullptr, nullptr);
+    PictureTaker pictures(*sink, PictureTaker::Objects::Ignored);
+    const auto outcomes = runFrames(source->frames(), renderingWorkers(1, *source, pictures),
+                                    RunRules(), nullptr, nullptr);
     const FrameOutcome& outcome = outcomes.front();
     if (outcome.status != FrameOutcome::Finished) throw CommandError(outcome.code, outcome.error);
     sink->finish();
@@ -81,7 +81,7 @@ int demonstrate(const QString& folderName) {
 }  // namespace
 
 int runFxdemo(const std::vector<std::string>& arguments) {
-    return reportErrors("fxdemo", [&arguments] {
+    return reportErrors(Messages("fxdemo"), [&arguments](Messages&) -> int {
         const std::string folder = arguments.empty() ? "out" : arguments.front();
         if (arguments.size() > 1 || folder.empty() || folder.front() == '-')
             throw UsageError("fxdemo takes one argument: the folder to write to");

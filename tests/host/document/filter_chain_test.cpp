@@ -111,7 +111,7 @@ TEST_F(FilterChain, TakesEveryExampleOfTheDocumentation) {
     const QRegularExpression filter(QStringLiteral("-f (?:\"([^\"…]+)\"|([A-Z][^ \"…`]*))"));
     int examples = 0;
     for (const char* folder : {"", "docs", "docs/filters"}) {
-        const QDir pages(QStringLiteral(SOURCE_FOLDER "/") + folder);
+        const QDir pages(QStringLiteral(FX_SOURCE_FOLDER "/") + folder);
         for (const QString& page : pages.entryList({"*.md"}, QDir::Files)) {
             QFile file(pages.filePath(page));
             ASSERT_TRUE(file.open(QIODevice::ReadOnly));

@@ -35,7 +35,7 @@ TEST(FrameTemplate, PutsNumbersInAndTakesThemOut) {
         EXPECT_EQ(parsed->frameOf(fileNameOf(path)), frame);
     }
     for (const char* none : {"a.png", "d##/a.png", "d%d/a.png", "50%.png", "%4d.png", "%00d.png",
-                             "%s.png", "%%d.png", "%019d.png", "", "####/"})
+                             "%s.png", "%%d.png", "%019d.png", "%0999999999999d.png", "", "####/"})
         EXPECT_FALSE(FrameTemplate::parse(none)) << none;
     const auto four = FrameTemplate::parse("a####.b");
     for (const char* other : {"a7.b", "a00007.b", "a.b", "a0007.bb", "a 007.b", "a+007.b",

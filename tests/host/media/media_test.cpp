@@ -390,6 +390,11 @@ TEST_F(Media, SinksNameTheirFilesAndNeverAnInput) {
     const auto twins = MediaSource::open({in("s_1.png"), in("twin/s_1.png")});
     const auto openBoth = [&] { MediaSink::open(in("new"), *twins, {0, 1}); };
     EXPECT_THAT(errorOf(kCannotCreate, openBoth), HasSubstr("frames 0 and 1"));
+    writeGrey("twin/end.png");
+    fs::create_symlink(in("twin/end.png"), in("to_1.png"));
+    fs::create_hard_link(in("twin/end.png"), in("to_3.png"));
+    EXPECT_THAT(errorOf(kCannotCreate, [&] { pathsFor(in("to_#.png")); }),
+                HasSubstr("frames 1 and 3"));
     const auto one = MediaSink::open(in("x.png"), *source, {2});
     EXPECT_THAT(errorOf(kCannotCreate, [&] { one->path(1); }), HasSubstr("frame 1"));
 }
@@ -428,6 +433,25 @@ TEST_F(Media, WritingLeavesAWholeFileOrNone) {
     writeBytes("sub", "a file came in the way");
     EXPECT_THAT(errorOf(kCannotCreate, [&] { late->write(0, image); }), HasSubstr("/sub"));
     EXPECT_THAT(errorOf(kCannotCreate, [&] { write("e.png", HkImage()); }), HasSubstr("e.png"));
+}
+
+TEST_F(Media, DeepPicturesKeepEverySample) {
+    writeGrey("in.png");
+    const auto source = MediaSource::open({in("in.png")});
+    DeepPicture picture{257, 256, {}};
+    for (int i = 0; i < 257 * 256; ++i) picture.samples.push_back(static_cast<uint16_t>(i));
+    for (const char* name : {"deep.png", "deep.tif"}) {
+        MediaSink::open(in(name), *source, {0}, SampleDepth::Deep)->write(0, picture);
+        const auto file = OIIO::ImageInput::open(in(name));
+        ASSERT_TRUE(file) << name;
+        EXPECT_EQ(file->spec().format, OIIO::TypeUInt16);
+        std::vector<std::uint16_t> samples(picture.samples.size());
+        file->read_image(0, 0, 0, 1, OIIO::TypeUInt16, samples.data());
+        EXPECT_EQ(samples, picture.samples) << name;
+    }
+    EXPECT_THAT(errorOf(kCannotCreate,
+                        [&] { MediaSink::open(in("deep.jpg"), *source, {0}, SampleDepth::Deep); }),
+                HasSubstr(".png or .tif"));
 }
 
 TEST_F(Media, ThreadsReadAndWriteDifferentFrames) {

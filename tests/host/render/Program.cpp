@@ -41,9 +41,9 @@ RunningProgram::RunningProgram(const std::function<int()>& main, const QString& 
     m_pid = fork();
     EXPECT_GE(m_pid, 0);
     if (m_pid != 0) return;
-    // Whoever runs the tests in the background may have them ignore SIGINT; the program must not.
-    signal(SIGINT, SIG_DFL);
-    signal(SIGTERM, SIG_DFL);
+    // Whoever runs the tests in the background may have them ignore signals; the program must not.
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGXFSZ})
+        signal(number, SIG_DFL);
     redirect(STDIN_FILENO, "/dev/null");
     redirect(STDOUT_FILENO, m_outputs.filePath("out"));
     redirect(STDERR_FILENO, m_outputs.filePath("err"));

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <filesystem>
 #include <opencv2/imgproc.hpp>
 #include <sstream>
 
@@ -111,12 +113,6 @@ TEST_F(FxrenderApply, KeysRunOrJumpAlongASequence) {
             << frame;
 }
 
-TEST_F(FxrenderApply, ChoosesFrames) {
-    saveSequence(12);
-    apply({"shot_####.png", "-o", "out/", "-f", "Channel separation", "--frames", "1,4-10:3"});
-    EXPECT_EQ(written("out"), (QStringList{shot(1), shot(4), shot(7), shot(10)}));
-}
-
 TEST_F(FxrenderApply, SeveralPicturesAndFoldersInBrackets) {
     ASSERT_TRUE(QDir(folder()).mkdir("[new]"));
     save(picture(1), "[new]/a.png");
@@ -200,13 +196,45 @@ TEST_F(FxrenderApply, StandardOutputStaysFreeAndProgressObeys) {
     EXPECT_EQ(progress({"--progress", "none"}), "");
     EXPECT_EQ(progress({"--quiet"}), "");
 
-    std::istringstream lines(progress({"--progress", "json"}));
+    EXPECT_EQ(progress({"--frames", "2"}).find("1 frame done"), std::strlen("fxrender: "));
+}
+
+TEST_F(FxrenderApply, EventsTellEverythingAsJson) {
+    saveSequence(4);
+    write(shot(3), "no\tpicture");
+    std::istringstream lines(apply({"shot_####.png", "-o", "out/", "-j", "1", "-f",
+                                    "Object separator", "--progress", "json"},
+                                   65)
+                                 .err);
     std::vector<json> events;
     for (std::string line; std::getline(lines, line);) events.push_back(json::parse(line));
-    ASSERT_EQ(events.size(), 5u);
-    EXPECT_EQ(events[0]["event"], "frame");
-    EXPECT_EQ(events[3]["finished"], 4);
-    EXPECT_EQ(events[4]["event"], "end");
+    ASSERT_EQ(events.size(), 6u);
+    EXPECT_EQ(events[0]["event"], "warning");
+    EXPECT_THAT(events[0]["message"], HasSubstr("black and white"));
+    EXPECT_EQ(events[1]["event"], "frame");
+    EXPECT_EQ(events[3]["finished"], 3);
+    EXPECT_EQ(events[4]["status"], "failed");
+    EXPECT_EQ(events[5]["event"], "error");
+    EXPECT_EQ(events[5]["exitCode"], 65);
+    EXPECT_EQ(events[5]["message"], events[4]["error"]);
+}
+
+TEST_F(FxrenderApply, ReportsGoWhereTheyAreWantedAndNowhereElse) {
+    saveSequence(2);
+    const auto report = [this](const std::string& name) {
+        return apply({"shot_####.png", "-o", "new/", "-q", "-f", "Channel separation", "--report",
+                      name})
+            .out;
+    };
+    EXPECT_EQ(report("new/report.json"), "") << "into the folder that the run makes";
+    EXPECT_EQ(jsonIn("new/report.json")["frames"].size(), 2u);
+    report("new/report.json");  // over an older one
+    EXPECT_EQ(json::parse(report("-"))["frames"][1]["output"], "new/shot_0001.png");
+    write("empty.json", "");
+    report("empty.json");
+    EXPECT_EQ(jsonIn("empty.json")["exitCode"], 0);
+    report("r\xff.json");
+    EXPECT_TRUE(std::filesystem::remove(folder().toStdString() + "/r\xff.json"));
 }
 
 TEST_F(FxrenderApply, AnOutputThatCannotHoldTheResultIsReported) {

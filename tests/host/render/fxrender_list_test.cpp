@@ -101,7 +101,7 @@ TEST_F(FxrenderList, SaysAllOfItInWords) {
 }
 
 TEST_F(FxrenderList, PagesOfTheDocumentationAreUpToDate) {
-    const QDir folder(SOURCE_FOLDER "/docs/filters");
+    const QDir folder(FX_SOURCE_FOLDER "/docs/filters");
     const QStringList pages = folder.entryList({"*.md"}, QDir::Files);
     EXPECT_EQ(pages.size(), static_cast<int>(filters().size()));
     for (const json& filter : filters()) {

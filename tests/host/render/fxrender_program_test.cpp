@@ -13,14 +13,63 @@ namespace {
 using nlohmann::json;
 using testing::HasSubstr;
 
-class FxrenderProgram : public FxrenderTest {};
+class FxrenderProgram : public FxrenderTest {
+protected:
+    ProgramResult shell(const std::string& commands) const {
+        return RunningProgram({"/bin/sh", "-c", commands}, folder()).wait();
+    }
+    /// Descriptor 4 writes to a reader that has gone away.
+    static constexpr const char* kNobodyReads = "mkfifo pipe; exec 3<>pipe 4>pipe 3<&-; ";
+    static constexpr const char* kApply =
+        "exec " FXRENDER " apply shot_####.png -o out/ -f 'Channel separation' ";
+};
 
-TEST_F(FxrenderProgram, AFullStandardOutputIsNoSuccess) {
-    const ProgramResult result =
-        RunningProgram({"/bin/sh", "-c", "exec " FXRENDER " list > /dev/full"}, folder()).wait();
-    EXPECT_EQ(result.exitCode, 74);
-    EXPECT_THAT(result.err, HasSubstr("standard output"));
+TEST_F(FxrenderProgram, LostResultsAreNoSuccess) {
+    for (const char* where : {"> /dev/full", ">&-", ">&4"}) {
+        const ProgramResult result =
+            shell(std::string(kNobodyReads) + "exec " FXRENDER " list " + where);
+        EXPECT_EQ(result.exitCode, 74) << where;
+        EXPECT_THAT(result.err, HasSubstr("standard output")) << where;
+        QFile::remove(path("pipe"));
+    }
 }
+
+TEST_F(FxrenderProgram, NeedsNoStandardStreamsAndNoReaderToRender) {
+    saveSequence(12);
+    ASSERT_EQ(shell(std::string(kApply) + "-q").exitCode, 0);
+    std::vector<std::string> expected;
+    for (int frame = 0; frame < 12; ++frame) expected.push_back(contents("out/" + shot(frame)));
+    for (const std::string streams : {"--progress json 0<&- 1>&- 2>&-", "--progress json 2>&4"}) {
+        QDir(path("out")).removeRecursively();
+        QFile::remove(path("pipe"));
+        EXPECT_EQ(shell(kNobodyReads + (kApply + streams)).exitCode, 0) << streams;
+        for (int frame = 0; frame < 12; ++frame)
+            EXPECT_EQ(contents("out/" + shot(frame)), expected[frame]) << streams << frame;
+    }
+}
+
+TEST_F(FxrenderProgram, AReportThatDoesNotFitLeavesTheOldOne) {
+    for (int frame = 0; frame < 40; ++frame) save(picture(frame, 4, 4), shot(frame));
+    const QByteArray old = "{\"exitCode\": 0, \"frames\": []}\n";
+    write("report.json", old);
+    const ProgramResult result =
+        shell("ulimit -f 2; " + (kApply + std::string("-q --report report.json")));
+    EXPECT_EQ(result.exitCode, 74);
+    EXPECT_THAT(result.err, HasSubstr("report.json"));
+    EXPECT_EQ(contents("report.json"), old.toStdString());
+    EXPECT_EQ(files().filter("out/").size(), 40);
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(FxrenderProgram, AShortageOfMemoryNamesThePictureAndSaysTryAgain) {
+    write("large.ppm", "P6 16384 16384 255\n");
+    std::filesystem::resize_file(path("large.ppm").toStdString(), 19 + 3u * 16384 * 16384);
+    const ProgramResult result =
+        shell("ulimit -v 1000000; exec " FXRENDER " apply large.ppm -o out.png -f Degauss");
+    EXPECT_EQ(result.exitCode, 75) << result.err;
+    EXPECT_THAT(result.err, HasSubstr("large.ppm: there is not enough memory"));
+}
+#endif
 
 TEST_F(FxrenderProgram, SeeksItsPluginBesideItself) {
     ASSERT_TRUE(QDir(folder()).mkdir("bin"));
@@ -66,7 +115,7 @@ TEST_P(FxrenderSignal, EndsAfterTheCurrentFrameAndLeavesNothingHalfDone) {
         EXPECT_EQ(load("out/" + name).size(), QSize(640, 480)) << name.toStdString();
 }
 
-INSTANTIATE_TEST_SUITE_P(Both, FxrenderSignal, testing::Values(SIGINT, SIGTERM));
+INSTANTIATE_TEST_SUITE_P(All, FxrenderSignal, testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGTERM));
 
 class Fxdemo : public FxrenderTest {};
 

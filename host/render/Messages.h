@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+namespace render {
+
+/// What a program tells its user on standard error beside the progress of its frames: warnings and
+/// the error that ends it. Each is one line, whatever the text quotes.
+class Messages {
+public:
+    enum class Style {
+        Lines,  ///< "fxrender: warning: ..."
+        Events  ///< one JSON object a line, for programs
+    };
+
+    explicit Messages(std::string program) : m_program(std::move(program)) {}
+
+    void setStyle(Style style) { m_style = style; }
+
+    void warning(const std::string& text) const;
+    void error(const std::string& text, int exitCode) const;
+
+private:
+    std::string m_program;
+    Style m_style = Style::Lines;
+};
+
+}  // namespace render

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+
+#include "host/media/MediaSource.h"
+
+namespace render {
+
+/// A frame that went through the filters.
+struct RenderedFrame {
+    std::int64_t frame;
+    const HkImage& image;
+    const media::PictureProperties& properties;  ///< of the input
+    bool showsObjects;  ///< the white areas are objects, as far as the host knows the last filter
+};
+
+/// What a command makes of the frames it renders: pictures, numbers.
+class ResultTaker {
+public:
+    virtual ~ResultTaker() = default;
+
+    /// Called once for each frame, for several at once on several threads. Throws as a FrameWork.
+    virtual void take(const RenderedFrame& rendered) = 0;
+
+protected:
+    ResultTaker() = default;
+    ResultTaker(const ResultTaker&) = delete;
+    ResultTaker& operator=(const ResultTaker&) = delete;
+};
+
+}  // namespace render
