@@ -48,8 +48,7 @@ bool ChainRenderer::showsObjects(qint64 frame) const {
     const RenderLease lease;
     for (auto step = m_steps.rbegin(); step != m_steps.rend(); ++step) {
         const std::optional<FilterValues> values = valuesAt(*step, frame);
-        if (values && values->isEnabled())
-            return resultShowsObjects(step->key, *values);
+        if (values && values->isEnabled()) return resultShowsObjects(step->key, *values);
     }
     return false;
 }
