@@ -17,4 +17,9 @@ namespace document {
 /// parameter is given twice.
 InstanceState settingsFromText(const FilterText& text, const FilterCatalog& catalog);
 
+/// Gives the parameters that the text names the values or keys it says, in the place of those the
+/// state has, and leaves the others alone. Throws as settingsFromText().
+void applySettings(const FilterText& text, int typeId, const FilterCatalog& catalog,
+                   InstanceState& state);
+
 }  // namespace document

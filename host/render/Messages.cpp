@@ -5,12 +5,21 @@
 
 namespace render {
 
+void Messages::notice(const std::string& text) const {
+    say("notice", text);
+}
+
 void Messages::warning(const std::string& text) const {
+    say("warning", text);
+}
+
+void Messages::say(const char* kind, const std::string& text) const {
+    if (m_isSilent) return;
     const std::string line = media::shown(text);
     if (m_style == Style::Events)
-        writeEvent({{"event", "warning"}, {"message", line}}, stderr);
+        writeEvent({{"event", kind}, {"message", line}}, stderr);
     else
-        std::fprintf(stderr, "%s: warning: %s\n", m_program.c_str(), line.c_str());
+        std::fprintf(stderr, "%s: %s: %s\n", m_program.c_str(), kind, line.c_str());
 }
 
 void Messages::error(const std::string& text, int exitCode) const {

@@ -4,8 +4,8 @@
 
 namespace render {
 
-/// What a program tells its user on standard error beside the progress of its frames: warnings and
-/// the error that ends it. Each is one line, whatever the text quotes.
+/// What a program tells its user on standard error beside the progress of its frames: notices,
+/// warnings and the error that ends it. Each is one line, whatever the text quotes.
 class Messages {
 public:
     enum class Style {
@@ -17,12 +17,20 @@ public:
 
     void setStyle(Style style) { m_style = style; }
 
+    /// Nothing but the error is said from now on.
+    void silence() { m_isSilent = true; }
+
+    /// What is as it should be, but may not be what the user expects.
+    void notice(const std::string& text) const;
     void warning(const std::string& text) const;
     void error(const std::string& text, int exitCode) const;
 
 private:
+    void say(const char* kind, const std::string& text) const;
+
     std::string m_program;
     Style m_style = Style::Lines;
+    bool m_isSilent = false;
 };
 
 }  // namespace render
