@@ -1,4 +1,4 @@
-#include "numeric/dispatch.h"
+#include "numeric/base/dispatch.h"
 
 #include <gtest/gtest.h>
 
