@@ -16,6 +16,8 @@ namespace numeric {
 enum Build : int { Portable, Ssse3, Sse4, Avx2, Avx512 };
 inline constexpr int kBuildCount = 5;
 inline constexpr int kSlotCount = 6;
+/// Floats of the longest vector of any build.
+inline constexpr int kMostLanes = 16;
 
 /// A family's row functions, indexed by Build. Null for a build the compiler did not make;
 /// Portable is always there.
@@ -25,8 +27,6 @@ using RowBuilds = std::array<const Rows*, kBuildCount>;
 /// For each slot, the slot whose build it runs: slots with the same entry share one build.
 using SlotGrouping = std::array<int, kSlotCount>;
 inline constexpr SlotGrouping kSixBuilds = {0, 1, 2, 3, 4, 5};
-inline constexpr SlotGrouping kSubtractSlots = {0, 1, 1, 3, 4, 4};
-inline constexpr SlotGrouping kSubtractScalarSlots = {0, 1, 2, 3, 4, 4};
 
 /// The best build that this processor and its operating system can run.
 Build bestBuild();
@@ -38,12 +38,14 @@ constexpr Build buildOfSlot(int slot, Build best) {
     return slot == 0 || pinned > best ? best : static_cast<Build>(pinned);
 }
 
-/// The six slots of one kernel. Define it at namespace scope, beside the kernel.
+/// The six slots of one kernel. Defined at namespace scope beside the kernel, declared beside its
+/// row functions, where the tests find its grouping.
 template <class Rows>
 class SlotTable {
 public:
     explicit SlotTable(const RowBuilds<Rows>& builds, const SlotGrouping& grouping = kSixBuilds,
-                       Build best = bestBuild()) {
+                       Build best = bestBuild())
+        : m_grouping(grouping) {
         for (int slot = 0; slot < kSlotCount; ++slot) {
             int build = buildOfSlot(grouping[slot], best);
             while (!builds[build]) --build;
@@ -52,9 +54,11 @@ public:
     }
 
     const Rows& inSlot(int slot) const { return *m_slots[slot]; }
+    const SlotGrouping& grouping() const { return m_grouping; }
     const Rows& selected() const { return inSlot(variantIndex()); }
 
 private:
+    SlotGrouping m_grouping;
     std::array<const Rows*, kSlotCount> m_slots{};
 };
 

@@ -5,16 +5,17 @@
 #include <limits>
 #include <memory>
 
+#include "numeric/base/alloc.h"
 #include "numeric/base/checks.h"
 #include "numeric/base/views.h"
 #include "numeric/deconvolution/deconv_fft_rows.h"
 #include "numeric/deconvolution/deconv_margin.h"
 
 namespace numeric {
-namespace {
+const SlotTable<DeconvFFTRows> kDeconvFFTRowSlots(kDeconvFFTRowBuilds);
+const SlotTable<DeconvFFTColumns> kDeconvFFTColumnSlots(kDeconvFFTColumnBuilds);
 
-const SlotTable<DeconvFFTRows> kRowTransforms(kDeconvFFTRowBuilds);
-const SlotTable<DeconvFFTColumns> kColumnTransforms(kDeconvFFTColumnBuilds);
+namespace {
 
 constexpr int kLargestOrder = 30;
 constexpr int kMostRows = 2 * kMostLanes;  // of a group
@@ -28,9 +29,7 @@ int transformSizeOfOrder(int order) {
 
 /// Room for `count` floats from the next cache line on, or null.
 float* allocFloats(std::int64_t count) {
-    constexpr int kMost = (std::numeric_limits<int>::max() - kCacheLine) / 4;
-    if (count > kMost) return nullptr;
-    return static_cast<float*>(allocAligned(static_cast<int>(count) * 4 + kCacheLine));
+    return allocArray<float>(count, kCacheLine);
 }
 
 struct FreeState {
@@ -206,8 +205,8 @@ KernelStatus deconvFFT(const float* src, int srcStep, float* dst, int dstStep, i
     const KernelStatus status = checkFloatSteps(roiWidth, {srcStep, dstStep});
     if (status != Success) return status;
 
-    const DeconvFFTRows& rowTransforms = kRowTransforms.selected();
-    const auto filterColumns = kColumnTransforms.selected().filterColumns;
+    const DeconvFFTRows& rowTransforms = kDeconvFFTRowSlots.selected();
+    const auto filterColumns = kDeconvFFTColumnSlots.selected().filterColumns;
     const FftPlan& plan = *state->transformSpec;
     const HalfSpectrum layout{plan.length};
     float* spectrum = onCacheLine(state->spectrumArray);

@@ -48,7 +48,7 @@ struct DeconvFFTColumns {
 extern const RowBuilds<DeconvFFTRows> kDeconvFFTRowBuilds;
 extern const RowBuilds<DeconvFFTColumns> kDeconvFFTColumnBuilds;
 
-/// The most lanes of any build.
-inline constexpr int kMostLanes = 16;
+extern const SlotTable<DeconvFFTRows> kDeconvFFTRowSlots;
+extern const SlotTable<DeconvFFTColumns> kDeconvFFTColumnSlots;
 
 }  // namespace numeric

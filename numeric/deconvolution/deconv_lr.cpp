@@ -5,6 +5,7 @@
 #include <limits>
 #include <new>
 
+#include "numeric/base/alloc.h"
 #include "numeric/base/checks.h"
 #include "numeric/base/views.h"
 #include "numeric/deconvolution/deconv_lr_rows.h"
@@ -27,22 +28,14 @@ struct DeconvLRState {
     float* correction;
 };
 
-namespace {
+const SlotTable<DeconvLRRows> kDeconvLRSlots(kDeconvLRBuilds);
 
-const SlotTable<DeconvLRRows> kDeconvLR(kDeconvLRBuilds);
+namespace {
 
 /// Iterations that run behind each other in one sweep, so that what they share stays in the cache.
 constexpr int kLevels = 6;
 
 // --- State ---------------------------------------------------------------------------------
-
-/// Null also when the count is too large for an allocation.
-float* allocFloats(std::int64_t count) {
-    constexpr std::int64_t kMost = std::numeric_limits<int>::max() / sizeof(float);
-    return count > kMost
-               ? nullptr
-               : static_cast<float*>(allocAligned(static_cast<int>(count * sizeof(float))));
-}
 
 void freeState(DeconvLRState* state) {
     freeAligned(state->correction);
@@ -58,9 +51,11 @@ bool allocArrays(DeconvLRState& state, const float* kernel) {
     const std::int64_t k = state.kernelSize;
     const std::int64_t count = (state.maxWidth + k) * (state.maxHeight + k);
     return (state.kernel = copyKernelWithSums(kernel, state.kernelSize)) &&
-           (state.kernelTransposed = allocFloats(k * k)) && (state.observed = allocFloats(count)) &&
-           (state.estimate = allocFloats(count)) && (state.blurred = allocFloats(count)) &&
-           (state.correction = allocFloats(count));
+           (state.kernelTransposed = allocArray<float>(k * k)) &&
+           (state.observed = allocArray<float>(count)) &&
+           (state.estimate = allocArray<float>(count)) &&
+           (state.blurred = allocArray<float>(count)) &&
+           (state.correction = allocArray<float>(count));
 }
 
 // --- One run -------------------------------------------------------------------------------
@@ -76,7 +71,7 @@ public:
           m_margin(margin),
           m_src(src),
           m_dst(dst),
-          m_rows(kDeconvLR.selected()),
+          m_rows(kDeconvLRSlots.selected()),
           m_width(margin.extendedWidth()),
           m_height(margin.extendedHeight()) {}
 

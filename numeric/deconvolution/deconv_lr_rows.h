@@ -22,8 +22,6 @@ inline constexpr int kFoldedReach = 2;
 inline constexpr int kFoldedLag = 2 * kFoldedReach;
 /// Lines of sums that a convolution keeps: one for each row that lacks some of the rows below it.
 inline constexpr int kFoldedSums = 2 * kFoldedReach;
-/// No build has longer vectors. Lines of sums are written in whole vectors.
-inline constexpr int kMostLanes = 16;
 
 /// One block of one iteration with a FoldedKernel: up to kFoldedBlockRows rows of the estimate
 /// enter, the same number of rows, kFoldedLag rows above them, leave corrected.
@@ -68,5 +66,6 @@ struct DeconvLRRows {
 };
 
 extern const RowBuilds<DeconvLRRows> kDeconvLRBuilds;
+extern const SlotTable<DeconvLRRows> kDeconvLRSlots;
 
 }  // namespace numeric

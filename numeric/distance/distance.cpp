@@ -4,15 +4,16 @@
 #include <limits>
 
 #include "numeric/base/checks.h"
+#include "numeric/base/scratch.h"
 #include "numeric/base/views.h"
 #include "numeric/distance/distance_rows.h"
 
 namespace numeric {
+const SlotTable<DistanceRows> kDistanceSlots(kDistanceBuilds);
+
 namespace {
 
-const SlotTable<DistanceRows> kDistance(kDistanceBuilds);
-
-constexpr int kScratchAlignment = 16;
+constexpr int kScratchAlignment = alignof(double);
 constexpr int kScratchBytesPerEntry = 24;
 constexpr int kScratchBytesMore = 56;
 
@@ -21,15 +22,14 @@ constexpr int kScratchBytesMore = 56;
 class DistanceScratch {
 public:
     DistanceScratch(unsigned char* scratch, int width) {
-        unsigned char* next = width < kNarrow ? m_narrow : scratch;
-        next += -reinterpret_cast<std::uintptr_t>(next) % kScratchAlignment;
-        farSquares = take<double>(next, width + kLineOverrun / 4);
-        above = take<std::int32_t>(next, width + kLineOverrun / 4);
-        nearest = take<std::int32_t>(next, width + 1);
+        ScratchLayout layout(width < kNarrow ? m_narrow : scratch);
+        farSquares = layout.take<double>(width + kLineOverrun / 4);
+        above = layout.take<std::int32_t>(width + kLineOverrun / 4);
+        nearest = layout.take<std::int32_t>(width + 1);
         const int padded = kNearReach + width + kLineOverrun + kNearReach;
-        nearSquares = take<std::int16_t>(next, padded) + kNearReach;
+        nearSquares = layout.take<std::int16_t>(padded) + kNearReach;
         std::fill_n(nearSquares - kNearReach, padded, std::numeric_limits<std::int16_t>::max());
-        reaches = take<unsigned char>(next, mostBlocks(width));
+        reaches = layout.take<unsigned char>(mostBlocks(width));
         forgetReaches(width);
     }
     DistanceScratch(const DistanceScratch&) = delete;
@@ -45,13 +45,6 @@ public:
     unsigned char* reaches;
 
 private:
-    template <class T>
-    static T* take(unsigned char*& next, int count) {
-        T* line = reinterpret_cast<T*>(next);
-        next += static_cast<std::size_t>(count) * sizeof(T);
-        return line;
-    }
-
     static int mostBlocks(int width) { return (width + 1) / 2; }
 
     static constexpr int kNarrow = 128;
@@ -132,28 +125,24 @@ void DistanceTransform::transformRowsFrom(int start) const {
 }  // namespace
 
 KernelStatus distanceTransformScratchSize(int width, int height, int* size) {
-    if (!size) return NullPointer;
-    const KernelStatus status = checkSize(width, height);
-    if (status != Success) return status;
-
-    const std::int64_t longer = (std::int64_t{std::max(width, height)} + 3) / 4 * 4;
-    const std::int64_t bytes = kScratchBytesPerEntry * longer + kScratchBytesMore;
-    if (bytes > std::numeric_limits<int>::max()) return BadSize;
-    *size = static_cast<int>(bytes);
-    return Success;
+    return reportScratchSize(width, height, size, [](int w, int h) {
+        const std::int64_t longer = (std::int64_t{std::max(w, h)} + 3) / 4 * 4;
+        return kScratchBytesPerEntry * longer + kScratchBytesMore;
+    });
 }
 
 KernelStatus distanceTransform(const unsigned char* src, int srcStep, float* dst, int dstStep,
                                int width, int height, unsigned char* scratch) {
-    if (!src || !dst || !scratch) return NullPointer;
-    KernelStatus status = checkSize(width, height);
-    if (status == Success) status = checkByteSteps(width, {srcStep});
-    if (status == Success) status = checkFloatSteps(width, {dstStep});
+    const KernelStatus status =
+        firstError({checkPointers({src, dst, scratch}), checkSize(width, height),
+                    checkByteSteps(width, {srcStep}), checkFloatSteps(width, {dstStep})});
     if (status != Success) return status;
 
     DistanceScratch lines(scratch, width);
-    const DistanceTransform transform{
-        kDistance.selected(), {src, srcStep, width, height}, {dst, dstStep, width, height}, lines};
+    const DistanceTransform transform{kDistanceSlots.selected(),
+                                      {src, srcStep, width, height},
+                                      {dst, dstStep, width, height},
+                                      lines};
     const int done = transform.transformNearRows();
     if (done < height) transform.transformRowsFrom(done);
     return Success;

@@ -4,11 +4,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
+#include "numeric/base/row_ends-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace numeric {
@@ -22,26 +22,6 @@ using ShortTag = hn::ScalableTag<std::int16_t>;
 using IntTag = hn::ScalableTag<std::int32_t>;
 using FloatTag = hn::ScalableTag<float>;
 using DoubleTag = hn::ScalableTag<double>;
-
-// --- The end of a row of a plane: the bytes behind it are not ours -------------------------------
-
-template <class D, class T = hn::TFromD<D>>
-HWY_INLINE hn::Vec<D> loadFirst(D d, const T* from, int count) {
-    const int lanes = static_cast<int>(hn::Lanes(d));
-    if (count >= lanes) return hn::LoadU(d, from);
-    HWY_ALIGN T buffer[hn::MaxLanes(d)] = {};
-    if (count > 0) std::memcpy(buffer, from, static_cast<std::size_t>(count) * sizeof(T));
-    return hn::Load(d, buffer);
-}
-
-template <class D, class T = hn::TFromD<D>>
-HWY_INLINE void storeFirst(hn::Vec<D> v, D d, T* to, int count) {
-    const int lanes = static_cast<int>(hn::Lanes(d));
-    if (count >= lanes) return hn::StoreU(v, d, to);
-    HWY_ALIGN T buffer[hn::MaxLanes(d)];
-    hn::Store(v, d, buffer);
-    if (count > 0) std::memcpy(to, buffer, static_cast<std::size_t>(count) * sizeof(T));
-}
 
 // --- Vertical counts -----------------------------------------------------------------------------
 

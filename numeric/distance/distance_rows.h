@@ -55,5 +55,6 @@ struct DistanceRows {
 };
 
 extern const RowBuilds<DistanceRows> kDistanceBuilds;
+extern const SlotTable<DistanceRows> kDistanceSlots;
 
 }  // namespace numeric

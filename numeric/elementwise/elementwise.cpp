@@ -7,14 +7,15 @@
 #include "numeric/elementwise/elementwise_rows.h"
 
 namespace numeric {
-namespace {
 
-const SlotTable<ElementwiseRows> kThresholdFloat(kElementwiseBuilds);
-const SlotTable<ElementwiseRows> kSubtractScalar(kElementwiseBuilds, kSubtractScalarSlots);
-const SlotTable<ElementwiseRows> kSubtract(kElementwiseBuilds, kSubtractSlots);
-const SlotTable<ElementwiseRows> kMaximum(kElementwiseBuilds);
-const SlotTable<ElementwiseRows> kBitwiseOr(kElementwiseBuilds);
-const SlotTable<ElementwiseRows> kByteThresholds(kElementwiseBuilds);
+const SlotTable<ElementwiseRows> kThresholdFloatSlots(kElementwiseBuilds);
+const SlotTable<ElementwiseRows> kSubtractScalarSlots(kElementwiseBuilds, {0, 1, 2, 3, 4, 4});
+const SlotTable<ElementwiseRows> kSubtractSlots(kElementwiseBuilds, {0, 1, 1, 3, 4, 4});
+const SlotTable<ElementwiseRows> kMaximumSlots(kElementwiseBuilds);
+const SlotTable<ElementwiseRows> kBitwiseOrSlots(kElementwiseBuilds);
+const SlotTable<ElementwiseRows> kByteThresholdsSlots(kElementwiseBuilds);
+
+namespace {
 
 constexpr int kLargestByte = 255;
 
@@ -41,27 +42,25 @@ ByteThresholds toByteThresholds(int lowerLevel, int lowerValue, int upperLevel, 
 
 KernelStatus thresholdFloat(float* data, int step, int width, int height, float level,
                             float value) {
-    if (!data) return NullPointer;
-    const KernelStatus status =
-        firstError(checkSize(width, height), checkFloatSteps(width, {step}));
+    const KernelStatus status = firstError(
+        {checkPointers({data}), checkSize(width, height), checkFloatSteps(width, {step})});
     if (status != Success) return status;
 
     const PlaneView<float> plane{data, step, width, height};
-    const auto thresholdRow = kThresholdFloat.selected().thresholdFloat;
+    const auto thresholdRow = kThresholdFloatSlots.selected().thresholdFloat;
     for (int y = 0; y < height; ++y) thresholdRow(plane.row(y), width, level, value);
     return Success;
 }
 
 KernelStatus subtractScalar(const float* src, int srcStep, float scalar, float* dst, int dstStep,
                             int width, int height) {
-    if (!src || !dst) return NullPointer;
-    const KernelStatus status =
-        firstError(checkSize(width, height), checkFloatSteps(width, {srcStep, dstStep}));
+    const KernelStatus status = firstError({checkPointers({src, dst}), checkSize(width, height),
+                                            checkFloatSteps(width, {srcStep, dstStep})});
     if (status != Success) return status;
 
     const PlaneView<const float> in{src, srcStep, width, height};
     const PlaneView<float> out{dst, dstStep, width, height};
-    const ElementwiseRows& rows = kSubtractScalar.selected();
+    const ElementwiseRows& rows = kSubtractScalarSlots.selected();
     const bool isStreamed =
         src != dst && std::int64_t{width} * height * int{sizeof(float)} > kStreamedBytes;
     const auto subtractRow = isStreamed ? rows.subtractScalarStreamed : rows.subtractScalar;
@@ -71,26 +70,24 @@ KernelStatus subtractScalar(const float* src, int srcStep, float scalar, float* 
 
 KernelStatus subtract(const float* src, int srcStep, float* srcDst, int srcDstStep, int width,
                       int height) {
-    if (!src || !srcDst) return NullPointer;
-    const KernelStatus status =
-        firstError(checkSize(width, height), checkFloatSteps(width, {srcStep, srcDstStep}));
+    const KernelStatus status = firstError({checkPointers({src, srcDst}), checkSize(width, height),
+                                            checkFloatSteps(width, {srcStep, srcDstStep})});
     if (status != Success) return status;
 
     const PlaneView<const float> in{src, srcStep, width, height};
     const PlaneView<float> inOut{srcDst, srcDstStep, width, height};
-    const auto subtractRow = kSubtract.selected().subtract;
+    const auto subtractRow = kSubtractSlots.selected().subtract;
     for (int y = 0; y < height; ++y) subtractRow(in.row(y), inOut.row(y), width);
     return Success;
 }
 
 KernelStatus maximum(const float* data, int step, int width, int height, float* max) {
-    if (!data || !max) return NullPointer;
-    const KernelStatus status =
-        firstError(checkSize(width, height), checkFloatSteps(width, {step}));
+    const KernelStatus status = firstError(
+        {checkPointers({data, max}), checkSize(width, height), checkFloatSteps(width, {step})});
     if (status != Success) return status;
 
     const PlaneView<const float> plane{data, step, width, height};
-    const auto maximumRow = kMaximum.selected().maximum;
+    const auto maximumRow = kMaximumSlots.selected().maximum;
     float largest = -std::numeric_limits<float>::infinity();
     for (int y = 0; y < height; ++y) largest = maximumRow(plane.row(y), width, largest);
     // Which of +0 and -0 comes first depends on the vector width; the sum is +0 for both.
@@ -100,27 +97,26 @@ KernelStatus maximum(const float* data, int step, int width, int height, float* 
 
 KernelStatus bitwiseOr(const unsigned char* src, int srcStep, unsigned char* srcDst, int srcDstStep,
                        int width, int height) {
-    if (!src || !srcDst) return NullPointer;
-    const KernelStatus status =
-        firstError(checkSize(width, height), checkByteSteps(width, {srcStep, srcDstStep}));
+    const KernelStatus status = firstError({checkPointers({src, srcDst}), checkSize(width, height),
+                                            checkByteSteps(width, {srcStep, srcDstStep})});
     if (status != Success) return status;
 
     const PlaneView<const unsigned char> in{src, srcStep, width, height};
     const PlaneView<unsigned char> inOut{srcDst, srcDstStep, width, height};
-    const auto orRow = kBitwiseOr.selected().bitwiseOr;
+    const auto orRow = kBitwiseOrSlots.selected().bitwiseOr;
     for (int y = 0; y < height; ++y) orRow(in.row(y), inOut.row(y), width);
     return Success;
 }
 
 KernelStatus thresholdBothSides(unsigned char* data, int step, int width, int height,
                                 int lowerLevel, int lowerValue, int upperLevel, int upperValue) {
-    if (!data) return NullPointer;
-    const KernelStatus status = firstError(checkSize(width, height), checkByteSteps(width, {step}));
+    const KernelStatus status = firstError(
+        {checkPointers({data}), checkSize(width, height), checkByteSteps(width, {step})});
     if (status != Success) return status;
 
     const PlaneView<unsigned char> plane{data, step, width, height};
     const ByteThresholds t = toByteThresholds(lowerLevel, lowerValue, upperLevel, upperValue);
-    const auto thresholdRow = kByteThresholds.selected().thresholdBytes;
+    const auto thresholdRow = kByteThresholdsSlots.selected().thresholdBytes;
     for (int y = 0; y < height; ++y) thresholdRow(plane.row(y), width, t);
     return Success;
 }

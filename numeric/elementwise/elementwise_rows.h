@@ -24,4 +24,11 @@ struct ElementwiseRows {
 
 extern const RowBuilds<ElementwiseRows> kElementwiseBuilds;
 
+extern const SlotTable<ElementwiseRows> kThresholdFloatSlots;
+extern const SlotTable<ElementwiseRows> kSubtractScalarSlots;
+extern const SlotTable<ElementwiseRows> kSubtractSlots;
+extern const SlotTable<ElementwiseRows> kMaximumSlots;
+extern const SlotTable<ElementwiseRows> kBitwiseOrSlots;
+extern const SlotTable<ElementwiseRows> kByteThresholdsSlots;
+
 }  // namespace numeric

@@ -4,29 +4,30 @@
 #include <numeric>
 
 #include "numeric/base/checks.h"
+#include "numeric/base/neighbours.h"
 #include "numeric/base/scratch.h"
 #include "numeric/base/views.h"
 #include "numeric/labelling/label_reuse.h"
 #include "numeric/labelling/label_rows.h"
 
 namespace numeric {
-namespace {
+const SlotTable<LabelRows> kLabelSlots(kLabelBuilds);
 
-const SlotTable<LabelRows> kLabelRows(kLabelBuilds);
+namespace {
 
 constexpr int kLargestByte = 255;
 
 /// Across corners every run of two rows taken together is connected, which halves their number.
-constexpr int rowsPerStrip(int connectivity) {
-    return connectivity == 0 ? 2 : 1;
+constexpr int rowsPerStrip(Neighbours neighbours) {
+    return neighbours == Neighbours::Eight ? 2 : 1;
 }
 
 /// What the labelling keeps in its scratch.
 struct LabelScratch {
     LabelScratch(ScratchLayout layout, int width, int height)
-        : words((width - 1) / kMaskBits + 1),
-          stripMasks(layout.take<std::uint64_t>(std::int64_t{words} * height)),
-          rowMasks(layout.take<std::uint64_t>(std::int64_t{words} * kRowMasks)),
+        : words(wordsOf(width)),
+          stripMasks(layout.take<BitWord>(std::int64_t{words} * height)),
+          rowMasks(layout.take<BitWord>(std::int64_t{words} * kRowMasks)),
           runs(layout.take<RunBounds>(mostRuns(width, 1) + kGroup)),
           contacts(layout.take<Contact>(std::int64_t{width} + kGroup)),
           renumbered(layout.take<int>(mostRuns(width, 1))),
@@ -41,14 +42,14 @@ struct LabelScratch {
     static std::int64_t mostRuns(int width, int height) {
         return (std::int64_t{width} + 1) / 2 * height;
     }
-    std::uint64_t* stripMask(int strip) const { return stripMasks + std::int64_t{strip} * words; }
+    BitWord* stripMask(int strip) const { return stripMasks + std::int64_t{strip} * words; }
     /// Of two strips at a time.
-    std::uint64_t* rowMask(int row) const { return rowMasks + row % kRowMasks * words; }
+    BitWord* rowMask(int row) const { return rowMasks + row % kRowMasks * words; }
 
     static constexpr int kRowMasks = 4;
     int words;  // of a mask
-    std::uint64_t* stripMasks;
-    std::uint64_t* rowMasks;
+    BitWord* stripMasks;
+    BitWord* rowMasks;
     RunBounds* runs;    // of one strip
     Contact* contacts;  // of one strip with the one above
     int* renumbered;    // the areas that begin in one strip
@@ -74,14 +75,15 @@ void unite(int first, int second, int* parents) {
 }
 
 /// Masks all rows and unites the runs that touch.
-void uniteRuns(PlaneView<const unsigned char> marker, const LabelRows& rows, int connectivity,
+void uniteRuns(PlaneView<const unsigned char> marker, const LabelRows& rows, Neighbours neighbours,
                LabelScratch& scratch) {
-    const auto findContacts = connectivity == 0 ? rows.findContacts : rows.findSideContacts;
+    const auto findContacts =
+        neighbours == Neighbours::Eight ? rows.findContacts8 : rows.findContacts4;
     int* const parents = scratch.areaOfRun;
     int runs = 0;
     Strip upper{};
-    for (int y = 0, strip = 0; y < marker.height; y += rowsPerStrip(connectivity), ++strip) {
-        const int lastRow = std::min(y + rowsPerStrip(connectivity), marker.height) - 1;
+    for (int y = 0, strip = 0; y < marker.height; y += rowsPerStrip(neighbours), ++strip) {
+        const int lastRow = std::min(y + rowsPerStrip(neighbours), marker.height) - 1;
         for (int row = y; row <= lastRow; ++row)
             rows.maskRow(marker.row(row), marker.width, scratch.rowMask(row));
         scratch.firstRunOfStrip[strip] = runs;
@@ -137,15 +139,15 @@ void orderByFirstPixel(int strip, const unsigned char* firstRow, int width, int 
 }
 
 /// Turns parents into area numbers, in raster order of first pixels. Returns how many there are.
-int numberAreas(PlaneView<const unsigned char> marker, const LabelRows& rows, int connectivity,
+int numberAreas(PlaneView<const unsigned char> marker, const LabelRows& rows, Neighbours neighbours,
                 LabelScratch& scratch) {
     int areas = 0;
     scratch.firstAreaOfStrip[0] = 0;
-    for (int y = 0, strip = 0; y < marker.height; y += rowsPerStrip(connectivity), ++strip) {
+    for (int y = 0, strip = 0; y < marker.height; y += rowsPerStrip(neighbours), ++strip) {
         const int firstArea = areas;
         areas = numberRuns(scratch.firstRunOfStrip[strip], scratch.firstRunOfStrip[strip + 1],
                            firstArea, scratch.areaOfRun);
-        if (rowsPerStrip(connectivity) > 1 && areas - firstArea > 1)
+        if (rowsPerStrip(neighbours) > 1 && areas - firstArea > 1)
             orderByFirstPixel(strip, marker.row(y), marker.width, firstArea, areas, rows, scratch);
         scratch.firstAreaOfStrip[strip + 1] = areas;
     }
@@ -153,10 +155,10 @@ int numberAreas(PlaneView<const unsigned char> marker, const LabelRows& rows, in
 }
 
 void reuseLabels(const LabelReuse::Demand& demand, PlaneView<const unsigned char> marker,
-                 const LabelRows& rows, int connectivity, LabelScratch& scratch) {
+                 const LabelRows& rows, Neighbours neighbours, LabelScratch& scratch) {
     LabelReuse& reuse = scratch.reuse;
     reuse.begin(demand);
-    for (int y = 0, strip = 0; y < marker.height; y += rowsPerStrip(connectivity), ++strip) {
+    for (int y = 0, strip = 0; y < marker.height; y += rowsPerStrip(neighbours), ++strip) {
         const bool whole = reuse.wantsWholeRow(y);
         const int firstNewArea = scratch.firstAreaOfStrip[strip];
         if (!whole && scratch.firstAreaOfStrip[strip + 1] == firstNewArea) continue;
@@ -176,12 +178,12 @@ void reuseLabels(const LabelReuse::Demand& demand, PlaneView<const unsigned char
     reuse.chooseLabels(scratch.labelOfArea);
 }
 
-void writeLabels(PlaneView<unsigned char> marker, const LabelRows& rows, int connectivity,
+void writeLabels(PlaneView<unsigned char> marker, const LabelRows& rows, Neighbours neighbours,
                  const LabelScratch& scratch) {
     const int* areaOfRun = scratch.areaOfRun;
-    for (int y = 0, strip = 0; y < marker.height; y += rowsPerStrip(connectivity), ++strip) {
+    for (int y = 0, strip = 0; y < marker.height; y += rowsPerStrip(neighbours), ++strip) {
         const int runs = rows.findRuns(scratch.stripMask(strip), marker.width, scratch.runs);
-        const int end = std::min(y + rowsPerStrip(connectivity), marker.height);
+        const int end = std::min(y + rowsPerStrip(neighbours), marker.height);
         rows.drawRuns(scratch.runs, runs, areaOfRun, scratch.labelOfArea, scratch.line);
         if (runs > 0)
             for (int row = y; row < end; ++row)
@@ -193,42 +195,39 @@ void writeLabels(PlaneView<unsigned char> marker, const LabelRows& rows, int con
 }  // namespace
 
 KernelStatus labelSeedsScratchSize(int width, int height, int* size) {
-    if (!size) return NullPointer;
-    const KernelStatus status = checkSize(width, height);
-    if (status != Success) return status;
-    // The size itself would overflow for sides near the largest int.
-    if (std::int64_t{width} * height > std::numeric_limits<int>::max()) return BadSize;
-    const std::int64_t bytes = LabelScratch({}, width, height).size;
-    if (bytes > std::numeric_limits<int>::max()) return BadSize;
-    *size = static_cast<int>(bytes);
-    return Success;
+    return reportScratchSize(width, height, size, [](int w, int h) {
+        const std::int64_t pixels = std::int64_t{w} * h;
+        if (pixels > std::numeric_limits<int>::max()) return pixels;  // the rest could overflow
+        return LabelScratch({}, w, h).size;
+    });
 }
 
 KernelStatus labelSeeds(unsigned char* marker, int step, int width, int height, int smallestLabel,
                         int largestLabel, int connectivity, int* count, unsigned char* scratch) {
-    if (!marker || !count || !scratch) return NullPointer;
     int scratchSize = 0;
-    const KernelStatus status = firstError(labelSeedsScratchSize(width, height, &scratchSize),
-                                           checkByteSteps(width, {step}));
+    const KernelStatus status =
+        firstError({checkPointers({marker, count, scratch}),
+                    labelSeedsScratchSize(width, height, &scratchSize),
+                    checkByteSteps(width, {step}), checkArgument(isNeighbourhood(connectivity)),
+                    checkArgument(smallestLabel >= 1 && largestLabel >= smallestLabel &&
+                                  largestLabel <= kLargestByte)});
     if (status != Success) return status;
-    if (connectivity != 0 && connectivity != 1) return BadArgument;
-    if (smallestLabel < 1 || largestLabel < smallestLabel || largestLabel > kLargestByte)
-        return BadArgument;
 
-    const LabelRows& rows = kLabelRows.selected();
+    const LabelRows& rows = kLabelSlots.selected();
+    const Neighbours neighbours = neighboursOf(connectivity);
     LabelScratch work(ScratchLayout(scratch), width, height);
     const PlaneView<const unsigned char> areasOfInput{marker, step, width, height};
-    uniteRuns(areasOfInput, rows, connectivity, work);
-    const int areas = numberAreas(areasOfInput, rows, connectivity, work);
+    uniteRuns(areasOfInput, rows, neighbours, work);
+    const int areas = numberAreas(areasOfInput, rows, neighbours, work);
 
     const int labels = largestLabel - smallestLabel + 1;
     if (areas <= labels)
         std::iota(work.labelOfArea, work.labelOfArea + areas,
                   static_cast<unsigned char>(smallestLabel));
     else
-        reuseLabels({areas, smallestLabel, labels}, areasOfInput, rows, connectivity, work);
+        reuseLabels({areas, smallestLabel, labels}, areasOfInput, rows, neighbours, work);
 
-    writeLabels({marker, step, width, height}, rows, connectivity, work);
+    writeLabels({marker, step, width, height}, rows, neighbours, work);
     *count = areas;
     return Success;
 }

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "numeric/base/bit_rows.h"
+
 namespace numeric {
 namespace {
-
-constexpr int kWordBits = 64;
 
 int cellsAcross(int pixels, int cellShift) {
     return ((pixels - 1) >> cellShift) + 1;
@@ -61,7 +61,7 @@ void LabelReuse::begin(const Demand& demand) {
     m_turn = 0;
     for (int i = 0; i < 4; ++i) {
         const int inRange = std::clamp(demand.labels - i * kWordBits, 0, kWordBits);
-        m_outOfRange.words[i] = inRange == kWordBits ? 0 : ~std::uint64_t{0} << inRange;
+        m_outOfRange.words[i] = inRange == kWordBits ? 0 : ~BitWord{0} << inRange;
     }
 }
 
@@ -117,10 +117,10 @@ void LabelReuse::findBestGrids() {
 }
 
 /// The labels of a word of the set that are held in the visit's cell or one beside it.
-std::uint64_t LabelReuse::heldAround(const Visit& visit, int grid, int word) const {
+BitWord LabelReuse::heldAround(const Visit& visit, int grid, int word) const {
     const int columns = m_grids[grid].columns;
     const LabelSet* const centre = m_heldIn + cell(visit, grid);
-    std::uint64_t held = 0;
+    BitWord held = 0;
     for (int row = -1; row <= 1; ++row)
         for (int column = -1; column <= 1; ++column)
             held |= centre[row * columns + column].words[word];
@@ -130,11 +130,11 @@ std::uint64_t LabelReuse::heldAround(const Visit& visit, int grid, int word) con
 /// The first label in turn that is not held around any of the visits, or kNone.
 int LabelReuse::nextFree(int firstVisit, int grid) const {
     const int first = m_turn / kWordBits;
-    const std::uint64_t fromTurn = ~std::uint64_t{0} << m_turn % kWordBits;
+    const BitWord fromTurn = ~BitWord{0} << m_turn % kWordBits;
     for (int i = 0; i <= 4; ++i) {  // the first word comes twice: its upper part, its lower part
         const int word = (first + i) % 4;
-        const std::uint64_t wanted = i == 0 ? fromTurn : i == 4 ? ~fromTurn : ~std::uint64_t{0};
-        std::uint64_t taken = m_outOfRange.words[word];
+        const BitWord wanted = i == 0 ? fromTurn : i == 4 ? ~fromTurn : ~BitWord{0};
+        BitWord taken = m_outOfRange.words[word];
         for (int v = firstVisit; v != kNone; v = m_visits[v].next)
             taken |= heldAround(m_visits[v], grid, word);
         if (~taken & wanted) return word * kWordBits + __builtin_ctzll(~taken & wanted);
@@ -154,7 +154,7 @@ int LabelReuse::chooseLabel(int firstVisit) const {
 }
 
 void LabelReuse::hold(int label, const Visit& visit) {
-    const std::uint64_t bit = std::uint64_t{1} << label % kWordBits;
+    const BitWord bit = BitWord{1} << label % kWordBits;
     for (int i = 0; i < m_usedGrids; ++i) m_heldIn[cell(visit, i)].words[label / kWordBits] |= bit;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "numeric/base/bit_rows.h"
 #include "numeric/base/scratch.h"
 
 namespace numeric {
@@ -43,7 +44,7 @@ private:
     static constexpr int kNone = -1;
 
     struct LabelSet {
-        std::uint64_t words[4];
+        BitWord words[4];
     };
     /// An area has pixels in this cell of the finest grid.
     struct Visit {
@@ -70,7 +71,7 @@ private:
     int visitsAround(const Grid& grid, std::int64_t cell) const;
     void countVisits();
     void findBestGrids();
-    std::uint64_t heldAround(const Visit& visit, int grid, int word) const;
+    BitWord heldAround(const Visit& visit, int grid, int word) const;
     int nextFree(int firstVisit, int grid) const;
     int chooseLabel(int firstVisit) const;
     void hold(int label, const Visit& visit);

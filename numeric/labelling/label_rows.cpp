@@ -1,10 +1,10 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "numeric/labelling/label_rows.cpp"
-#include <cstring>
-
+#include "numeric/labelling/label_rows.h"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
-#include "numeric/labelling/label_rows.h"
+#include "numeric/base/neighbours.h"
+#include "numeric/base/row_ends-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace numeric {
@@ -14,9 +14,9 @@ namespace {
 namespace hn = hwy::HWY_NAMESPACE;
 
 using ByteTag = hn::ScalableTag<unsigned char>;
-using Mask = std::uint64_t;
+using Mask = BitWord;
 
-constexpr Mask kLastBit = Mask{1} << (kMaskBits - 1);
+constexpr Mask kLastBit = Mask{1} << (kWordBits - 1);
 
 HWY_INLINE int popCount(Mask bits) {
     return static_cast<int>(hwy::PopCount(bits));
@@ -29,34 +29,27 @@ HWY_INLINE Mask upTo(int n) {
 
 // Each pixel's left neighbour; the pixel before the word's first is the last of `before`.
 HWY_INLINE Mask leftNeighbours(Mask word, Mask before) {
-    return word << 1 | before >> (kMaskBits - 1);
+    return word << 1 | before >> (kWordBits - 1);
 }
 
 HWY_INLINE Mask maskOfBytes(const unsigned char* pixels) {
     const ByteTag d;
     const int lanes = static_cast<int>(hn::Lanes(d));
     Mask bits = 0;
-    for (int i = 0; i < kMaskBits; i += lanes) {
+    for (int i = 0; i < kWordBits; i += lanes) {
         const auto isSet = hn::Ne(hn::LoadU(d, pixels + i), hn::Zero(d));
-        Mask part = 0;
-        hn::StoreMaskBits(d, isSet, reinterpret_cast<std::uint8_t*>(&part));
-        bits |= part << i;
+        bits |= toBits(d, isSet) << i;
     }
     return bits;
 }
 
-void maskRow(const unsigned char* row, int width, std::uint64_t* mask) {
-    int x = 0;
-    for (; x + kMaskBits <= width; x += kMaskBits) *mask++ = maskOfBytes(row + x);
-    if (x < width) {
-        unsigned char last[kMaskBits] = {};
-        std::memcpy(last, row + x, static_cast<std::size_t>(width - x));
-        *mask = maskOfBytes(last);
-    }
+void maskRow(const unsigned char* row, int width, BitWord* mask) {
+    unsigned char last[kWordBits];
+    for (int x = 0; x < width; x += kWordBits)
+        *mask++ = maskOfBytes(wholeBytes(row + x, width - x, 0, last));
 }
 
-int mergeMasks(const std::uint64_t* firstRow, const std::uint64_t* lastRow, int words,
-               std::uint64_t* strip) {
+int mergeMasks(const BitWord* firstRow, const BitWord* lastRow, int words, BitWord* strip) {
     int runs = 0;
     Mask before = 0;
     for (int i = 0; i < words; ++i) {
@@ -78,11 +71,11 @@ HWY_INLINE void listBits(Mask bits, int count, Store store) {
         }
 }
 
-int findRuns(const std::uint64_t* mask, int width, RunBounds* runs) {
+int findRuns(const BitWord* mask, int width, RunBounds* runs) {
     int* const bounds = &runs->start;
     int count = 0;
     Mask before = 0;
-    for (int x = 0; x < width; x += kMaskBits) {
+    for (int x = 0; x < width; x += kWordBits) {
         const Mask bits = *mask++;
         // A run starts or ends where a pixel differs from its left neighbour.
         const Mask edges = bits ^ leftNeighbours(bits, before);
@@ -99,9 +92,8 @@ int findRuns(const std::uint64_t* mask, int width, RunBounds* runs) {
 // standing for each stretch of contact. The number of the run that holds a column is a count of run
 // starts up to it. It is also right for the pixel left of the column: if that is set, no run starts
 // at the column itself.
-template <bool kCorners>
-HWY_INLINE int findContactsOf(const Strip& upperStrip, const Strip& lowerStrip, int words,
-                              Contact* contacts) {
+template <Neighbours kNeighbours>
+int findContacts(const Strip& upperStrip, const Strip& lowerStrip, int words, Contact* contacts) {
     int count = 0;
     int upperRun = upperStrip.firstRun - 1;  // the last run that starts before the word
     int lowerRun = lowerStrip.firstRun - 1;
@@ -112,7 +104,7 @@ HWY_INLINE int findContactsOf(const Strip& upperStrip, const Strip& lowerStrip, 
         const Mask lowerRow = lowerStrip.firstRowMask[i];
         const Mask both = upperRow & lowerRow;
         Mask touching = both & ~leftNeighbours(both, upperRowBefore & lowerRowBefore);
-        if (kCorners) {
+        if (kNeighbours == Neighbours::Eight) {
             // A corner counts where no side does: one row's pixels end just before the other's.
             const Mask upperLeft = leftNeighbours(upperRow, upperRowBefore);
             const Mask lowerLeft = leftNeighbours(lowerRow, lowerRowBefore);
@@ -140,14 +132,6 @@ HWY_INLINE int findContactsOf(const Strip& upperStrip, const Strip& lowerStrip, 
     return count;
 }
 
-int findSideContacts(const Strip& upper, const Strip& lower, int words, Contact* contacts) {
-    return findContactsOf<false>(upper, lower, words, contacts);
-}
-
-int findContacts(const Strip& upper, const Strip& lower, int words, Contact* contacts) {
-    return findContactsOf<true>(upper, lower, words, contacts);
-}
-
 void drawRuns(const RunBounds* runs, int count, const int* areaOfRun,
               const unsigned char* labelOfArea, unsigned char* line) {
     const ByteTag d;
@@ -173,8 +157,13 @@ void replaceNonZero(const unsigned char* line, unsigned char* row, int width) {
 
 }  // namespace
 
-constexpr LabelRows kRows = {maskRow,  mergeMasks, findSideContacts, findContacts,
-                             findRuns, drawRuns,   replaceNonZero};
+constexpr LabelRows kRows = {maskRow,
+                             mergeMasks,
+                             findContacts<Neighbours::Four>,
+                             findContacts<Neighbours::Eight>,
+                             findRuns,
+                             drawRuns,
+                             replaceNonZero};
 
 }  // namespace HWY_NAMESPACE
 }  // namespace numeric

@@ -2,19 +2,17 @@
 
 #include <cstdint>
 
+#include "numeric/base/bit_rows.h"
 #include "numeric/base/dispatch.h"
 
 namespace numeric {
 
-/// Columns in one word of a mask; bit i of word k stands for column 64 k + i.
-inline constexpr int kMaskBits = 64;
-
 /// One row or two neighbouring rows as a mask of the columns with a non-zero pixel. Its runs, the
 /// unbroken stretches of such columns, are numbered in order over all strips.
 struct Strip {
-    const std::uint64_t* mask;
-    const std::uint64_t* firstRowMask;  // of the strip's rows on their own
-    const std::uint64_t* lastRowMask;
+    const BitWord* mask;
+    const BitWord* firstRowMask;  // of the strip's rows on their own
+    const BitWord* lastRowMask;
     int firstRun;
 };
 
@@ -37,16 +35,15 @@ inline constexpr int kLineSlack = 64;
 /// Inner loops of the labelling.
 struct LabelRows {
     /// Writes the mask of the row's non-zero pixels, unused bits zero.
-    void (*maskRow)(const unsigned char* row, int width, std::uint64_t* mask);
+    void (*maskRow)(const unsigned char* row, int width, BitWord* mask);
     /// Writes the mask of a strip. Returns the number of its runs.
-    int (*mergeMasks)(const std::uint64_t* firstRow, const std::uint64_t* lastRow, int words,
-                      std::uint64_t* strip);
-    /// Lists at least one contact of every two runs that touch across a side (4 neighbours), or
-    /// also across a corner (8 neighbours). Returns the number of contacts, at most one a column.
-    int (*findSideContacts)(const Strip& upper, const Strip& lower, int words, Contact* contacts);
-    int (*findContacts)(const Strip& upper, const Strip& lower, int words, Contact* contacts);
+    int (*mergeMasks)(const BitWord* firstRow, const BitWord* lastRow, int words, BitWord* strip);
+    /// Lists at least one contact of every two runs that touch, with four neighbours or
+    /// with eight. Returns the number of contacts, at most one a column.
+    int (*findContacts4)(const Strip& upper, const Strip& lower, int words, Contact* contacts);
+    int (*findContacts8)(const Strip& upper, const Strip& lower, int words, Contact* contacts);
     /// Lists the runs of a mask. Returns their number.
-    int (*findRuns)(const std::uint64_t* mask, int width, RunBounds* runs);
+    int (*findRuns)(const BitWord* mask, int width, RunBounds* runs);
     /// Writes each run's label over its columns, and up to kLineSlack bytes on; the bytes between
     /// runs are left undefined.
     void (*drawRuns)(const RunBounds* runs, int count, const int* areaOfRun,
@@ -56,5 +53,6 @@ struct LabelRows {
 };
 
 extern const RowBuilds<LabelRows> kLabelBuilds;
+extern const SlotTable<LabelRows> kLabelSlots;
 
 }  // namespace numeric

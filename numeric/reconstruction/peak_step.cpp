@@ -1,20 +1,18 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <limits>
 
 #include "numeric/base/checks.h"
+#include "numeric/base/neighbours.h"
+#include "numeric/base/scratch.h"
 #include "numeric/base/views.h"
 #include "numeric/reconstruction/peak_step_rows.h"
 
 namespace numeric {
+const SlotTable<PeakStepRows> kPeakStepSlots8(kPeakStep8Builds);
+const SlotTable<PeakStepRows> kPeakStepSlots4(kPeakStep4Builds);
+
 namespace {
-
-const SlotTable<PeakStepRows> kPeakStep8(kPeakStep8Builds);
-const SlotTable<PeakStepRows> kPeakStep4(kPeakStep4Builds);
-
-constexpr int kChessboard = 0;
-constexpr int kCityBlock = 1;
 
 /// What a band of rows takes of both planes: it stays in the cache from the way down to the way up,
 /// and is high enough for most of what rises to end in the band above.
@@ -35,10 +33,9 @@ struct Task {
 class TaskQueue {
 public:
     TaskQueue(unsigned char* bytes, std::int64_t byteCount) {
-        const auto skipped =
-            static_cast<int>(-reinterpret_cast<std::uintptr_t>(bytes) % alignof(Task));
-        m_tasks = reinterpret_cast<Task*>(bytes + skipped);
-        m_capacity = static_cast<int>((byteCount - skipped) / static_cast<int>(sizeof(Task)));
+        constexpr std::int64_t kAlignment = alignof(Task) - 1;
+        m_capacity = static_cast<int>((byteCount - kAlignment) / std::int64_t{sizeof(Task)});
+        m_tasks = ScratchLayout(bytes).take<Task>(m_capacity);
     }
 
     bool isEmpty() const { return m_count == 0; }
@@ -315,25 +312,18 @@ void Reconstruction::run() {
 }  // namespace
 
 KernelStatus peakStepScratchSize(int width, int height, int* size) {
-    if (!size) return NullPointer;
-    const KernelStatus status = checkSize(width, height);
-    if (status != Success) return status;
-    const std::int64_t bytes = scratchBytes(width, height);
-    if (bytes > std::numeric_limits<int>::max()) return BadSize;
-    *size = static_cast<int>(bytes);
-    return Success;
+    return reportScratchSize(width, height, size, scratchBytes);
 }
 
 KernelStatus peakStep(const float* bound, int boundStep, float* plane, int planeStep, int width,
                       int height, unsigned char* scratch, int mode) {
-    if (!bound || !plane || !scratch) return NullPointer;
-    KernelStatus status = checkSize(width, height);
-    if (status == Success) status = checkFloatSteps(width, {boundStep, planeStep});
+    const KernelStatus status = firstError(
+        {checkPointers({bound, plane, scratch}), checkSize(width, height),
+         checkFloatSteps(width, {boundStep, planeStep}), checkArgument(isNeighbourhood(mode))});
     if (status != Success) return status;
-    if (mode != kChessboard && mode != kCityBlock) return BadArgument;
 
-    const bool isDiagonal = mode == kChessboard;
-    const SlotTable<PeakStepRows>& table = isDiagonal ? kPeakStep8 : kPeakStep4;
+    const bool isDiagonal = neighboursOf(mode) == Neighbours::Eight;
+    const SlotTable<PeakStepRows>& table = isDiagonal ? kPeakStepSlots8 : kPeakStepSlots4;
     Reconstruction(table.selected(), isDiagonal ? 1 : 0, {bound, boundStep, width, height},
                    {plane, planeStep, width, height}, scratch)
         .run();

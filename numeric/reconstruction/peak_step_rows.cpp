@@ -8,6 +8,8 @@
 
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
+#include "numeric/base/neighbours.h"
+#include "numeric/base/row_ends-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace numeric {
@@ -19,7 +21,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 using FloatTag = hn::ScalableTag<float>;
 using FloatVector = hn::Vec<FloatTag>;
 
-enum Neighbours { Four, Eight };
 enum Direction { Rightwards = 1, Leftwards = -1 };
 
 // What a pixel becomes if a neighbour has this value. A bound that is NaN gives NaN, which is
@@ -64,23 +65,15 @@ HWY_INLINE int alignedFrom(const float* row, int x) {
     return x + lanes - static_cast<int>(index % lanes);
 }
 
-/// One bit per lane.
-HWY_INLINE std::uint64_t toBits(hn::Mask<FloatTag> mask) {
-    const FloatTag d;
-    std::uint8_t bytes[8] = {};
-    hn::StoreMaskBits(d, mask, bytes);
-    return bytes[0] | static_cast<std::uint64_t>(bytes[1]) << 8;
-}
-
 /// The segment from the lowest to the highest of the given lanes.
-HWY_INLINE Segment columnsOf(int x, std::uint64_t lanes) {
+HWY_INLINE Segment columnsOf(int x, BitWord lanes) {
     return {x + __builtin_ctzll(lanes), x + 63 - __builtin_clzll(lanes)};
 }
 
 template <Neighbours kNeighbours>
 HWY_INLINE float largestOf(const float* source, int x, int width) {
     float largest = source[x];
-    if (kNeighbours == Four) return largest;
+    if (kNeighbours == Neighbours::Four) return largest;
     if (x > 0) largest = std::max(largest, source[x - 1]);
     if (x + 1 < width) largest = std::max(largest, source[x + 1]);
     return largest;
@@ -90,7 +83,7 @@ template <Neighbours kNeighbours>
 HWY_INLINE FloatVector largestOf(const float* source) {
     const FloatTag d;
     const auto largest = hn::LoadU(d, source);
-    if (kNeighbours == Four) return largest;
+    if (kNeighbours == Neighbours::Four) return largest;
     return hn::Max(largest, hn::Max(hn::LoadU(d, source - 1), hn::LoadU(d, source + 1)));
 }
 
@@ -126,7 +119,7 @@ HWY_INLINE void raisePixel(const RowPair& rows, int x, int width, Raised& raised
     if (!(value > rows.row[x])) return;
     rows.row[x] = value;
     raised.columns.add({x, x});
-    if (kNeighbours == Eight) raised.back.add({x, x});
+    if (kNeighbours == Neighbours::Eight) raised.back.add({x, x});
 }
 
 /// The vectors of pixels that are tested together: whether any of them rises is easier to predict.
@@ -139,28 +132,28 @@ HWY_INLINE void raiseVectors(const RowPair& rows, int x, Raised& raised) {
     const FloatTag d;
     const int lanes = static_cast<int>(hn::Lanes(d));
     FloatVector values[kVectors], limits[kVectors];
-    std::uint64_t risen = 0;
+    BitWord risen = 0;
     for (int i = 0; i < kVectors; ++i) {
         const int at = x + i * lanes;
         values[i] = hn::LoadU(d, rows.row + at);
         limits[i] =
             limited(largestOf<kNeighbours>(rows.source + at), hn::LoadU(d, rows.bound + at));
-        risen |= toBits(hn::Gt(limits[i], values[i])) << (i * lanes);
+        risen |= toBits(FloatTag(), hn::Gt(limits[i], values[i])) << (i * lanes);
     }
     if (risen == 0) return;
     raised.columns.add(columnsOf(x, risen));
-    std::uint64_t rising = 0;
+    BitWord rising = 0;
     for (int i = 0; i < kVectors; ++i) {
         const int at = x + i * lanes;
         const auto isGreater = hn::Gt(limits[i], values[i]);
         hn::StoreU(hn::IfThenElse(isGreater, limits[i], values[i]), d, rows.row + at);
-        if (kNeighbours == Four) continue;
+        if (kNeighbours == Neighbours::Four) continue;
         const auto rises = [&](int side) {
             const auto beside = hn::LoadU(d, rows.source + at + side);
             const auto bound = hn::LoadU(d, rows.sourceBound + at + side);
             return hn::And(hn::Gt(limits[i], beside), hn::Gt(bound, beside));
         };
-        rising |= toBits(hn::Or(rises(-1), rises(1))) << (i * lanes);
+        rising |= toBits(FloatTag(), hn::Or(rises(-1), rises(1))) << (i * lanes);
     }
     rising &= risen;
     if (rising != 0) raised.back.add(columnsOf(x, rising));
@@ -239,7 +232,7 @@ Segment spreadRow(const float* bound, float* row, Segment segment, int width) {
     Segment raised;
     const auto raiseTo = [&](int x, FloatVector before, FloatVector after) {
         hn::StoreU(after, d, row + x);
-        const std::uint64_t lanesRaised = toBits(hn::Gt(after, before));
+        const BitWord lanesRaised = toBits(FloatTag(), hn::Gt(after, before));
         if (lanesRaised != 0) raised.add(columnsOf(x, lanesRaised));
     };
     Segment waiting;  // pixels that the ones to the right of them raise
@@ -280,7 +273,7 @@ template <Neighbours kNeighbours>
 Raised raiseRow(const RowPair& rows, Segment changed, int width) {
     const FloatTag d;
     const int lanes = static_cast<int>(hn::Lanes(d));
-    const int reach = kNeighbours == Eight ? 1 : 0;
+    const int reach = kNeighbours == Neighbours::Eight ? 1 : 0;
     int first = std::max(changed.first - reach, 0);
     int last = std::min(changed.last + reach, width - 1);
     Raised raised;
@@ -312,8 +305,10 @@ Raised raiseRow(const RowPair& rows, Segment changed, int width) {
 
 }  // namespace
 
-constexpr PeakStepRows kRows8 = {lowerRow, lowerAndRaiseRow<Eight>, raiseRow<Eight>, spreadRow};
-constexpr PeakStepRows kRows4 = {lowerRow, lowerAndRaiseRow<Four>, raiseRow<Four>, spreadRow};
+constexpr PeakStepRows kRows8 = {lowerRow, lowerAndRaiseRow<Neighbours::Eight>,
+                                 raiseRow<Neighbours::Eight>, spreadRow};
+constexpr PeakStepRows kRows4 = {lowerRow, lowerAndRaiseRow<Neighbours::Four>,
+                                 raiseRow<Neighbours::Four>, spreadRow};
 
 }  // namespace HWY_NAMESPACE
 }  // namespace numeric

@@ -52,5 +52,7 @@ struct PeakStepRows {
 
 extern const RowBuilds<PeakStepRows> kPeakStep8Builds;
 extern const RowBuilds<PeakStepRows> kPeakStep4Builds;
+extern const SlotTable<PeakStepRows> kPeakStepSlots8;
+extern const SlotTable<PeakStepRows> kPeakStepSlots4;
 
 }  // namespace numeric

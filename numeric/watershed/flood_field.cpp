@@ -4,7 +4,7 @@
 
 namespace numeric {
 
-FloodField::FloodField(const FloodPlanes& planes, const FloodRows& rows, Distances distances,
+FloodField::FloodField(const FloodPlanes& planes, const WatershedRows& rows, Distances distances,
                        ScratchLayout& layout)
     : m_planes(planes),
       m_rows(rows),
@@ -17,7 +17,8 @@ FloodField::FloodField(const FloodPlanes& planes, const FloodRows& rows, Distanc
 }
 
 void FloodField::makeRoom() {
-    // Pixels beside each other often are of one level: they are counted in different places.
+    // Pixels beside each other often are of one level: they are counted in
+    // different places.
     constexpr int kCounters = 4;
     std::array<std::array<int, kLevels>, kCounters> counts{};
     for (int y = 0; y < m_planes.height(); ++y) {

@@ -11,13 +11,14 @@ namespace {
 
 /// Breadth-first flood from level to level, ring by ring.
 ///
-/// A ring holds the pixels that are so many steps away from what was flooded before the level. A
-/// pixel that has been reached may be reached again, with a smaller label, until the turn of its
-/// ring or level comes. Then its label is final, and it reaches its neighbours.
-template <int kNeighbours>
+/// A ring holds the pixels that are so many steps away from what was flooded
+/// before the level. A pixel that has been reached may be reached again, with a
+/// smaller label, until the turn of its ring or level comes. Then its label is
+/// final, and it reaches its neighbours.
+template <Neighbours kNeighbours>
 class StepFlood {
 public:
-    StepFlood(const FloodPlanes& planes, const FloodRows& rows, unsigned char* scratch)
+    StepFlood(const FloodPlanes& planes, const WatershedRows& rows, unsigned char* scratch)
         : StepFlood(planes, rows, ScratchLayout(scratch)) {}
 
     void run() {
@@ -32,10 +33,8 @@ private:
     /// The key of a pixel that has been reached, without the label.
     static constexpr int kReached = 0x0100;
     static constexpr int kLookAhead = 12;
-    /// So few pixels in a ring are fronts in corridors, and their next steps easily foreseen.
-    static constexpr int kFew = 8;
 
-    StepFlood(const FloodPlanes& planes, const FloodRows& rows, ScratchLayout layout)
+    StepFlood(const FloodPlanes& planes, const WatershedRows& rows, ScratchLayout layout)
         : m_field(planes, rows, FloodField::Distances::None, layout),
           m_keys(m_field.keys()),
           m_stride(m_field.stride()) {}
@@ -69,54 +68,45 @@ private:
 
     /// Lets pixels reach their neighbours, which go to the level's list or wait for their own.
     void expand(const int* begin, const int* end) {
-        if (end - begin > kFew) return expandMany(begin, end);
-        int* listEnd = m_field.listEnd(m_level);
-        for (const int* pixel = begin; pixel != end; ++pixel) expand<Kind::Few>(*pixel, listEnd);
-        m_field.setListEnd(m_level, listEnd);
-    }
-
-    void expandMany(const int* begin, const int* end) {
         for (const int* pixel = begin; pixel != end; ++pixel) {
             if (end - pixel > kLookAhead) fetchAround(pixel[kLookAhead]);
-            int* none = nullptr;
-            expand<Kind::Many>(*pixel, none);
+            const Key reached = static_cast<Key>(kReached + m_keys[*pixel]);
+            forEachNeighbour(m_keys + *pixel, [&](Key* neighbour) {
+                const Key key = *neighbour;
+                if (key <= reached) return;
+                if (key >= kFreeKey)
+                    m_field.add(std::max(key - kFreeKey, m_level),
+                                static_cast<int>(neighbour - m_keys));
+                *neighbour = reached;
+            });
         }
     }
 
-    /// All that a ring of a single pixel leads to on this level is of its label. Returns the end of
-    /// the level's pixels.
+    /// All that a ring of a single pixel leads to on this level is of its label.
+    /// Returns the end of the level's pixels.
     const int* fill(const int* ring) {
         int* listEnd = m_field.listEnd(m_level);
-        for (; ring != listEnd; ++ring) expand<Kind::Fill>(*ring, listEnd);
+        for (; ring != listEnd; ++ring) {
+            const Key label = m_keys[*ring];
+            forEachNeighbour(m_keys + *ring, [&](Key* neighbour) {
+                const Key key = *neighbour;
+                if (key <= kReached + label) return;
+                const int next = static_cast<int>(neighbour - m_keys);
+                // An address that hangs on a key would hold up all that is read after it.
+                if (key >= kFreeKey && key <= kFreeKey + m_level) {
+                    *listEnd++ = next;
+                    *neighbour = label;
+                    return;
+                }
+                if (key >= kFreeKey) m_field.add(key - kFreeKey, next);
+                *neighbour = static_cast<Key>(kReached + label);
+            });
+        }
         return ring;
     }
 
-    enum class Kind { Few, Many, Fill };
-
-    template <Kind kKind>
-    void expand(int pixel, int*& listEnd) {
-        const int level = m_level;
-        const Key label = m_keys[pixel];
-        const Key reached = static_cast<Key>(kReached + label);
-        forEachNeighbour(m_keys + pixel, [&](Key* neighbour) {
-            const Key key = *neighbour;
-            if (key <= reached) return;
-            if (key >= kFreeKey) {
-                const int next = static_cast<int>(neighbour - m_keys);
-                // An address that hangs on a key would hold up all that is read after it; of many
-                // pixels a branch would often be foreseen wrongly.
-                if (kKind != Kind::Many && key <= kFreeKey + level) {
-                    *listEnd++ = next;
-                    *neighbour = kKind == Kind::Fill ? label : reached;
-                    return;
-                }
-                m_field.add(std::max(key - kFreeKey, level), next);
-            }
-            *neighbour = reached;
-        });
-    }
-
-    // The pixels of a level lie all over the plane: their surroundings are asked for in time.
+    // The pixels of a level lie all over the plane: their surroundings are asked
+    // for in time.
     void fetchAround(int pixel) const {
         const Key* key = m_keys + pixel;
         __builtin_prefetch(key - m_stride);
@@ -132,7 +122,7 @@ private:
         visit(key - 1);
         visit(key + 1);
         visit(below);
-        if constexpr (kNeighbours == 8) {
+        if constexpr (kNeighbours == Neighbours::Eight) {
             visit(above - 1);
             visit(above + 1);
             visit(below - 1);
@@ -148,12 +138,12 @@ private:
 
 }  // namespace
 
-void floodBySteps(const FloodPlanes& planes, const FloodRows& rows, bool sidesOnly,
+void floodBySteps(const FloodPlanes& planes, const WatershedRows& rows, Neighbours neighbours,
                   unsigned char* scratch) {
-    if (sidesOnly)
-        StepFlood<4>(planes, rows, scratch).run();
+    if (neighbours == Neighbours::Four)
+        StepFlood<Neighbours::Four>(planes, rows, scratch).run();
     else
-        StepFlood<8>(planes, rows, scratch).run();
+        StepFlood<Neighbours::Eight>(planes, rows, scratch).run();
 }
 
 }  // namespace numeric

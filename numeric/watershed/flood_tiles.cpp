@@ -1,8 +1,9 @@
-#include "numeric/watershed/flood_tiles.h"
+#include "numeric/watershed/flood.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "numeric/base/scratch.h"
@@ -10,36 +11,70 @@
 namespace numeric {
 namespace {
 
-/// Floods tile by tile. The keys only ever get smaller, until each is what arrives from its
-/// neighbours; that state is unique, so it is the flood's.
+/// First in, first out, with room for every tile once.
+class TileQueue {
+public:
+    TileQueue(std::int64_t room, ScratchLayout& layout)
+        : m_room(room), m_ids(layout.take<int>(room)) {}
+
+    std::int64_t size() const { return m_size; }
+    int front() const { return m_ids[m_first]; }
+    void push(int id) {
+        m_ids[m_end] = id;
+        if (++m_end == m_room) m_end = 0;
+        ++m_size;
+    }
+    int pop() {
+        const int id = front();
+        if (++m_first == m_room) m_first = 0;
+        --m_size;
+        return id;
+    }
+
+private:
+    std::int64_t m_room;
+    int* m_ids;
+    std::int64_t m_first = 0;
+    std::int64_t m_end = 0;
+    std::int64_t m_size = 0;
+};
+
+/// Floods tile by tile. The keys only ever get smaller, until each is what
+/// arrives from its neighbours; that state is unique, so it is the flood's.
 ///
-/// Only tiles with a free pixel, and those whose seeds lie beside one, have keys at all. A tile is
-/// visited when something smaller arrives at its side, in the order in which that is found out: so
-/// the front moves through the plane as in a flood by a queue, a tile at a time. At last every tile
-/// is settled, and where that finds anything, its surroundings are visited and settled again.
+/// Only tiles with a free pixel, and those whose seeds lie beside one, have
+/// keys at all. A tile is visited when something smaller arrives at its side,
+/// in the order in which that is found out: so the front moves through the
+/// plane as in a flood by a queue, a tile at a time. At last every tile is
+/// settled, and where that finds anything, its surroundings are visited and
+/// settled again.
 class TileFlood {
 public:
-    TileFlood(const FloodPlanes& planes, const FreeRows& freeRows, const TileRows& rows,
-              ScratchLayout layout)
+    TileFlood(const FloodPlanes& planes, const TileRows& rows, ScratchLayout layout)
         : m_planes(planes),
-          m_freeRows(freeRows),
           m_rows(rows),
           m_across(std::int64_t{planes.width() + kTileSide - 1} / kTileSide),
           m_down(std::int64_t{planes.height() + kTileSide - 1} / kTileSide),
-          m_words(std::int64_t{planes.width() + kFreeBits - 1} / kFreeBits),
+          m_words(wordsOf(planes.width())),
           m_tiles(layout.take<Tile>(m_across * m_down + 1)),
           m_places(layout.take<Place>(m_across * m_down + 1)),
           m_ids(layout.take<int>((m_across + 2) * (m_down + 2))),
-          m_queue(layout.take<int>(m_across * m_down)),
-          m_free(layout.take<std::uint64_t>(m_words * planes.height())),
+          m_toVisit(m_across * m_down, layout),
+          m_toSettle(m_across * m_down, layout),
+          m_free(layout.take<BitWord>(m_words * planes.height())),
           m_size(layout.used()) {}
 
     std::int64_t size() const { return m_size; }
 
-    bool run() {
+    bool run(const WatershedRows& rows) {
         const int freeLevel = findFreeLevel();
         if (freeLevel < 0) return true;
-        m_kinds = {static_cast<unsigned char>(freeLevel), 0, false};
+        m_levels = {static_cast<unsigned char>(freeLevel), 0, false};
+        for (int y = 0; y < m_planes.height(); ++y) {
+            rows.scan(m_planes.relief.row(y), m_planes.marker.row(y), m_planes.width(),
+                      m_free + m_words * y, &m_levels);
+            if (m_levels.areMixed) return false;
+        }
         if (flood()) return true;
         clearLabels();
         return false;
@@ -55,14 +90,21 @@ private:
         bool isQueued;
         bool isUnsettled;
         bool hasLabels;
+        std::uint8_t visits;
     };
 
-    /// Rows of tiles in a band: few enough to stay near, enough that not many areas are cut.
+    /// Rows of tiles in a band: few enough to stay near, enough that not many
+    /// areas are cut.
     static constexpr int kBandTiles = 8;
-    /// Visits and settlings of each tile, on average. Open areas need 2 to 4.
+    /// Visits and settlings of each tile, on average. Open areas need 3 to 5.
     static constexpr int kLargestWork = 12;
-    /// Looking for unsettled tiles counts too: that of so many as one visit.
-    static constexpr int kLooksPerVisit = 32;
+    /// A front of so few tiles runs through a corridor, where the queue is faster: a sixteenth of
+    /// the tiles may be visited that way.
+    static constexpr int kLoneTiles = 3;
+    static constexpr int kLoneShare = 16;
+    /// A tile that is visited more often has winding paths inside, which one round leaves undone.
+    static constexpr int kQuickVisits = 2;
+    static constexpr int kThoroughRounds = 4;
 
     int& idAt(int x, int y) const { return m_ids[(m_across + 2) * (y + 1) + x + 1]; }
 
@@ -95,36 +137,34 @@ private:
         return -1;
     }
 
-    /// Works in bands of rows of tiles, so that tiles are settled while they are still near: one
-    /// band behind, since the next one floods back into them. False if it gives up.
+    /// Works in bands of rows of tiles, so that tiles are settled while they are
+    /// still near: one band behind, since the next one floods back into them.
+    /// False if it gives up.
     bool flood() {
         std::fill_n(m_ids, (m_across + 2) * (m_down + 2), 0);
         std::fill_n(m_tiles[0].keys, kTileSide * kTileSide, kWallKey);
         std::fill_n(m_tiles[0].left, kTileSide, kWallKey);
         std::fill_n(m_tiles[0].right, kTileSide, kWallKey);
         m_places[0] = {};
-        int settleBegin = 1, settleEnd = 1;
         for (int top = 0; top < m_down; top += kBandTiles) {
             const int begin = m_count + 1;
             const int bottom = static_cast<int>(std::min(m_down, std::int64_t{top} + kBandTiles));
-            for (int y = top; y < bottom; ++y)
-                if (!makeRowOfTiles(y)) return false;
+            for (int y = top; y < bottom; ++y) makeRowOfTiles(y);
             enqueueTouchedTiles(top);
             if (!visitTiles()) return false;
-            settleTiles(settleBegin, begin);
+            settleTiles(begin);
             if (m_isLong) return false;
-            settleBegin = std::exchange(settleEnd, begin);
         }
-        while (settleTiles(1, m_count + 1))
-            if (!visitTiles()) return false;
-        if (m_isLong) return false;
-        // The rows below may have shown what label goes where nothing arrives.
-        if (m_hasUnnamed && m_kinds.highLabel != 0)
-            for (int id = 1; id <= m_count; ++id) writeLabels(id);
+        m_lone = std::numeric_limits<std::int64_t>::min();  // these may run one by one
+        while (m_toSettle.size() > 0) {
+            settleTiles(m_count + 1);
+            if (m_isLong || !visitTiles()) return false;
+        }
         return true;
     }
 
-    /// The tiles of the first row of a band, which the band above has reached or made.
+    /// The tiles of the first row of a band, which the band above has reached or
+    /// made.
     void enqueueTouchedTiles(int y) {
         for (int x = 0; x < m_across; ++x) {
             const int id = idAt(x, y);
@@ -136,9 +176,8 @@ private:
     void writeLabels(int id) {
         Place& place = m_places[id];
         if (!place.isActive) return;
-        m_rows.readLabels(m_tiles[id], place.bounds, m_kinds.highLabel, pixels(place));
+        m_rows.readLabels(m_tiles[id], place.bounds, m_levels.highLabel, pixels(place));
         place.hasLabels = true;
-        m_hasUnnamed |= m_kinds.highLabel == 0;
     }
 
     /// Takes back what labels were written.
@@ -158,33 +197,29 @@ private:
 
     /// The free pixels of a tile's row.
     std::uint16_t freeMask(int tileX, int row) const {
-        constexpr int kTilesPerWord = kFreeBits / kTileSide;
-        const std::uint64_t word = m_free[m_words * row + tileX / kTilesPerWord];
+        constexpr int kTilesPerWord = kWordBits / kTileSide;
+        const BitWord word = m_free[m_words * row + tileX / kTilesPerWord];
         return static_cast<std::uint16_t>(word >> tileX % kTilesPerWord * kTileSide);
     }
 
-    /// False if the rows are not of the kind that can be flooded here.
-    bool makeRowOfTiles(int y) {
+    void makeRowOfTiles(int y) {
         const int rows = std::min(kTileSide, m_planes.height() - y * kTileSide);
-        std::uint64_t* const words = m_free + m_words * (std::int64_t{y} * kTileSide);
-        for (int row = 0; row < rows; ++row)
-            m_freeRows.scan(m_planes.relief.row(y * kTileSide + row),
-                            m_planes.marker.row(y * kTileSide + row), m_planes.width(),
-                            words + m_words * row, &m_kinds);
-        if (m_kinds.areMixed) return false;
+        const BitWord* const words = m_free + m_words * (std::int64_t{y} * kTileSide);
         for (int word = 0; word < m_words; ++word) {
-            std::uint64_t all = 0;
+            BitWord all = 0;
             for (int row = 0; row < rows; ++row) all |= words[m_words * row + word];
-            for (int x = word * (kFreeBits / kTileSide); all != 0; ++x, all >>= kTileSide)
+            for (int x = word * (kWordBits / kTileSide); all != 0; ++x, all >>= kTileSide)
                 if ((all & 0xFFFF) != 0) activate(x, y, static_cast<unsigned>(all & 0xFFFF));
         }
-        return true;
     }
 
-    /// Makes a tile with free pixels in these columns, and its neighbours beside those.
+    /// Makes a tile with free pixels in these columns, and its neighbours beside
+    /// those.
     void activate(int x, int y, unsigned columns) {
-        Place& place = m_places[make(x, y)];
-        place.isActive = place.isUnsettled = true;
+        const int id = make(x, y);
+        Place& place = m_places[id];
+        place.isActive = true;
+        unsettle(id);
         constexpr int kLast = kTileSide - 1;
         const int firstRow = y * kTileSide;
         int top = 0, bottom = std::min(kLast, m_planes.height() - 1 - firstRow);
@@ -211,30 +246,18 @@ private:
         id = ++m_count;
         if (m_count < m_across * m_down) fetch(m_count + 1);
         Place& place = m_places[id];
-        place = {x, y, {}, false, false, false, false, false};
-        place.hasSeeds = m_rows.fill(pixels(place), m_kinds.freeLevel, &m_tiles[id]);
+        place = {x, y, {}, false, false, false, false, false, 0};
+        place.hasSeeds = m_rows.fill(pixels(place), m_levels.freeLevel, &m_tiles[id]);
         if (place.hasSeeds) enqueue(id);
         return id;
     }
 
     void enqueue(int id) {
-        if (m_places[id].isQueued) return;
-        m_places[id].isQueued = true;
-        m_queue[m_queueEnd] = id;
-        if (++m_queueEnd == m_across * m_down) m_queueEnd = 0;
-        ++m_queued;
+        if (!std::exchange(m_places[id].isQueued, true)) m_toVisit.push(id);
     }
 
     void enqueueActive(int id) {
         if (m_places[id].isActive) enqueue(id);
-    }
-
-    int dequeue() {
-        const int id = m_queue[m_queueBegin];
-        if (++m_queueBegin == m_across * m_down) m_queueBegin = 0;
-        --m_queued;
-        m_places[id].isQueued = false;
-        return id;
     }
 
     /// Starts to bring a tile near.
@@ -244,17 +267,22 @@ private:
             __builtin_prefetch(bytes + line, 1);
     }
 
-    /// Visits the tiles in the queue, and those that come to it meanwhile. False if that takes too
-    /// long.
+    /// Visits the tiles in the queue, and those that come to it meanwhile. False
+    /// if that takes too long.
     bool visitTiles() {
-        while (m_queued > 0) {
-            const int id = dequeue();
-            if (m_queued > 0) fetch(m_queue[m_queueBegin]);
-            const Place& place = m_places[id];
+        while (m_toVisit.size() > 0) {
+            const int id = m_toVisit.pop();
+            if (m_toVisit.size() > 0) fetch(m_toVisit.front());
+            Place& place = m_places[id];
+            place.isQueued = false;
             const TilesAround tiles = around(place);
             if (place.isActive) {
                 if (++m_work > std::int64_t{kLargestWork} * m_count) return false;
-                const unsigned changed = m_rows.relax(&m_tiles[id], tiles, place.bounds);
+                if (m_toVisit.size() < kLoneTiles && ++m_lone > kLoneShare + m_count / kLoneShare)
+                    return false;
+                const int rounds = place.visits < kQuickVisits ? 1 : kThoroughRounds;
+                if (place.visits < kQuickVisits) ++place.visits;
+                const unsigned changed = m_rows.relax(&m_tiles[id], tiles, place.bounds, rounds);
                 if (changed == 0) continue;
                 unsettle(place, changed);
             }
@@ -267,41 +295,41 @@ private:
         return true;
     }
 
-    /// These parts of a tile have changed: it and the tiles beside those are to be settled again.
+    void unsettle(int id) {
+        Place& place = m_places[id];
+        if (place.isActive && !std::exchange(place.isUnsettled, true)) m_toSettle.push(id);
+    }
+
+    /// These parts of a tile have changed: it and the tiles beside those are to
+    /// be settled again.
     void unsettle(const Place& place, unsigned parts) {
         const int left = (parts & kLeft) != 0 ? -1 : 0, right = (parts & kRight) != 0 ? 1 : 0;
         const int above = (parts & kAbove) != 0 ? -1 : 0, below = (parts & kBelow) != 0 ? 1 : 0;
         for (int dy = above; dy <= below; ++dy)
-            for (int dx = left; dx <= right; ++dx)
-                m_places[idAt(place.x + dx, place.y + dy)].isUnsettled = true;
+            for (int dx = left; dx <= right; ++dx) unsettle(idAt(place.x + dx, place.y + dy));
     }
 
-    /// Settles tiles, and writes their labels where nothing was left to do. Returns whether there
-    /// was.
-    bool settleTiles(int begin, int end) {
-        bool any = false;
-        m_work += (end - begin) / kLooksPerVisit;
-        for (int id = begin; id < end; ++id) {
+    /// Settles the tiles that wait for it, up to one that was made as late as this, and writes
+    /// their labels where nothing was left to do.
+    void settleTiles(int end) {
+        for (std::int64_t left = m_toSettle.size(); left > 0 && m_toSettle.front() < end; --left) {
+            const int id = m_toSettle.pop();
+            if (left > 1) fetch(m_toSettle.front());
             Place& place = m_places[id];
-            if (!place.isActive || !place.isUnsettled) continue;
             place.isUnsettled = false;
             ++m_work;
-            if (id + 1 < end) fetch(id + 1);
             const unsigned changed =
                 m_rows.settle(&m_tiles[id], around(place), place.bounds, &m_isLong);
             if (changed != 0) {
                 unsettle(place, changed);
                 enqueue(id);
-                any = true;
             } else {
                 writeLabels(id);
             }
         }
-        return any && !m_isLong;
     }
 
     FloodPlanes m_planes;
-    const FreeRows& m_freeRows;
     const TileRows& m_rows;
     std::int64_t m_across;
     std::int64_t m_down;
@@ -309,25 +337,23 @@ private:
     Tile* m_tiles;  // the first is all wall
     Place* m_places;
     int* m_ids;  // of the tiles, with a rim around; 0 where there is none
-    int* m_queue;
-    std::uint64_t* m_free;  // masks of the rows
+    TileQueue m_toVisit;
+    TileQueue m_toSettle;
+    BitWord* m_free;  // masks of the rows
     std::int64_t m_size;
-    FreeKinds m_kinds{};
+    TwoLevels m_levels{};
     int m_count = 0;
-    std::int64_t m_queueBegin = 0;
-    std::int64_t m_queueEnd = 0;
-    std::int64_t m_queued = 0;
     std::int64_t m_work = 0;
-    bool m_hasUnnamed = false;  // labels were written before the high label was known
+    std::int64_t m_lone = 0;
     bool m_isLong = false;
 };
 
 }  // namespace
 
-bool floodByTiles(const FloodPlanes& planes, const FreeRows& freeRows, const TileRows& rows,
+bool floodByTiles(const FloodPlanes& planes, const WatershedRows& rows, const TileRows& tileRows,
                   unsigned char* scratch, int scratchSize) {
-    if (TileFlood(planes, freeRows, rows, {}).size() > scratchSize) return false;
-    return TileFlood(planes, freeRows, rows, ScratchLayout(scratch)).run();
+    if (TileFlood(planes, tileRows, {}).size() > scratchSize) return false;
+    return TileFlood(planes, tileRows, ScratchLayout(scratch)).run(rows);
 }
 
 }  // namespace numeric

@@ -1,4 +1,5 @@
-// Lines of a tile's keys and what arrives from one to the next, for one target at a time.
+// Lines of a tile's keys and what arrives from one to the next, for one target
+// at a time.
 
 #if defined(NUMERIC_TILE_LINES_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef NUMERIC_TILE_LINES_INL_H_
@@ -8,9 +9,10 @@
 #endif
 
 #include "hwy/highway.h"
-#include "numeric/base/lane_shift-inl.h"
 #include "numeric/base/lanes-inl.h"
+#include "numeric/base/neighbours.h"
 #include "numeric/watershed/arrival.h"
+#include "numeric/watershed/lane_shift-inl.h"
 #include "numeric/watershed/tile_rows.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -89,7 +91,7 @@ HWY_INLINE Line shiftedUp(const Line& line, TileKey start) {
     });
 }
 
-/// Each pixel's neighbour behind it; the last one's is `end`.
+/// Each pixel's neighbour past it; the last one's is `end`.
 HWY_INLINE Line shiftedDown(const Line& line, TileKey end) {
     return makeLine([&](int i) {
         const KeyTag d;
@@ -105,9 +107,10 @@ static_assert(kParts == 1);
 /// The smallest lead at which the label is the corner's.
 constexpr int kCornerLead = kLargestLeadOfSide + 1;
 
-/// Advances, shifted by kTileLabelBits, in tables of 64 entries: one after the side for leads of 1
-/// to 64, one after the corner, less kCornerLead, for larger leads. The index is the lead less
-/// kCornerLead, of which the processor takes the lower 6 bits.
+/// Advances, shifted by kTileLabelBits, in tables of 64 entries: one after the
+/// side for leads of 1 to 64, one after the corner, less kCornerLead, for
+/// larger leads. The index is the lead less kCornerLead, of which the processor
+/// takes the lower 6 bits.
 struct alignas(64) AdvanceTables {
     std::uint16_t afterSide[64];
     std::uint16_t afterCorner[64];
@@ -127,30 +130,33 @@ constexpr AdvanceTables kAdvanceTables;
 static_assert(kCornerLead == 65 && kLargestLead - kCornerLead < 64, "one entry for each lead");
 static_assert(kAdvances[0] == kAdvances[1], "a lead of 0 counts as 1");
 
-/// What arrives over a side neighbour and the earlier of the corners beside it.
-HWY_INLINE Keys arrive(Keys side, Keys corner) {
-    // With the largest label the difference of the keys has that of the distances in its upper
-    // bits, whatever the corner's label.
-    const auto labelMask = _mm512_set1_epi32(kTileLabelMask);
-    const auto lateCorner =
-        _mm512_add_epi32(corner.raw, _mm512_set1_epi32(kCornerLead << kTileLabelBits));
-    const auto lead = _mm512_sub_epi32(_mm512_or_si512(side.raw, labelMask), lateCorner);
-    const auto isOfSide = _mm512_movepi32_mask(lead);
-    constexpr int kLargest = ((kLargestLead - kCornerLead) << kTileLabelBits) + kTileLabelMask;
-    constexpr int kSmallest = -(64 << kTileLabelBits);
-    const auto index =
-        _mm512_srai_epi32(_mm512_min_epi32(_mm512_max_epi32(lead, _mm512_set1_epi32(kSmallest)),
-                                           _mm512_set1_epi32(kLargest)),
-                          kTileLabelBits);
-    constexpr __mmask32 kLowerHalves = 0x55555555;
-    const auto advance = [&](const std::uint16_t(&table)[64]) {
-        return _mm512_maskz_permutex2var_epi16(kLowerHalves, _mm512_load_si512(table), index,
-                                               _mm512_load_si512(table + 32));
-    };
-    const auto fromCorner = _mm512_add_epi32(lateCorner, advance(kAdvanceTables.afterCorner));
-    return Keys{
-        _mm512_mask_add_epi32(fromCorner, isOfSide, side.raw, advance(kAdvanceTables.afterSide))};
-}
+/// The Euclidean order: what arrives over a side neighbour and the earlier of
+/// the corners beside it.
+struct Marching {
+    static HWY_INLINE Keys arrive(Keys side, Keys corner) {
+        // With the largest label the difference of the keys has that of the
+        // distances in its upper bits, whatever the corner's label.
+        const auto labelMask = _mm512_set1_epi32(kTileLabelMask);
+        const auto lateCorner =
+            _mm512_add_epi32(corner.raw, _mm512_set1_epi32(kCornerLead << kTileLabelBits));
+        const auto lead = _mm512_sub_epi32(_mm512_or_si512(side.raw, labelMask), lateCorner);
+        const auto isOfSide = _mm512_movepi32_mask(lead);
+        constexpr int kLargest = ((kLargestLead - kCornerLead) << kTileLabelBits) + kTileLabelMask;
+        constexpr int kSmallest = -(64 << kTileLabelBits);
+        const auto index =
+            _mm512_srai_epi32(_mm512_min_epi32(_mm512_max_epi32(lead, _mm512_set1_epi32(kSmallest)),
+                                               _mm512_set1_epi32(kLargest)),
+                              kTileLabelBits);
+        constexpr __mmask32 kLowerHalves = 0x55555555;
+        const auto advance = [&](const std::uint16_t(&table)[64]) {
+            return _mm512_maskz_permutex2var_epi16(kLowerHalves, _mm512_load_si512(table), index,
+                                                   _mm512_load_si512(table + 32));
+        };
+        const auto fromCorner = _mm512_add_epi32(lateCorner, advance(kAdvanceTables.afterCorner));
+        return Keys{_mm512_mask_add_epi32(fromCorner, isOfSide, side.raw,
+                                          advance(kAdvanceTables.afterSide))};
+    }
+};
 
 /// The smaller of both but where the key is a wall.
 HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
@@ -160,23 +166,26 @@ HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
 
 #else
 
-HWY_INLINE Keys arrive(Keys side, Keys corner) {
-    const KeyTag d;
-    const Lanes df;
-    const auto lead =
-        hn::Sub(hn::ShiftRight<kTileLabelBits>(side), hn::ShiftRight<kTileLabelBits>(corner));
-    const auto usedLead = hn::Min(hn::Max(lead, hn::Zero(d)), hn::Set(d, kLargestLead));
-    // Exact but for the root, which is too far from any half to be rounded the wrong way.
-    const auto leadFloat = hn::ConvertTo(df, usedLead);
-    const auto square = hn::Sub(hn::Set(df, static_cast<float>(kSideDistance * kSideDistance)),
-                                hn::Mul(leadFloat, leadFloat));
-    const auto advance = hn::NearestInt(hn::Sqrt(square));
-    // The label stays in the lower bits of whichever the ray comes from.
-    const auto isOfCorner = hn::Gt(lead, hn::Set(d, kLargestLeadOfSide));
-    const auto source = hn::IfThenElse(isOfCorner, corner, side);
-    const auto later = hn::Add(advance, hn::IfThenElseZero(isOfCorner, usedLead));
-    return hn::Add(source, hn::ShiftLeft<kTileLabelBits>(later));
-}
+struct Marching {
+    static HWY_INLINE Keys arrive(Keys side, Keys corner) {
+        const KeyTag d;
+        const Lanes df;
+        const auto lead =
+            hn::Sub(hn::ShiftRight<kTileLabelBits>(side), hn::ShiftRight<kTileLabelBits>(corner));
+        const auto usedLead = hn::Min(hn::Max(lead, hn::Zero(d)), hn::Set(d, kLargestLead));
+        // Exact but for the root, which is too far from any half to be rounded the
+        // wrong way.
+        const auto leadFloat = hn::ConvertTo(df, usedLead);
+        const auto square = hn::Sub(hn::Set(df, static_cast<float>(kSideDistance * kSideDistance)),
+                                    hn::Mul(leadFloat, leadFloat));
+        const auto advance = hn::NearestInt(hn::Sqrt(square));
+        // The label stays in the lower bits of whichever the ray comes from.
+        const auto isOfCorner = hn::Gt(lead, hn::Set(d, kLargestLeadOfSide));
+        const auto source = hn::IfThenElse(isOfCorner, corner, side);
+        const auto later = hn::Add(advance, hn::IfThenElseZero(isOfCorner, usedLead));
+        return hn::Add(source, hn::ShiftLeft<kTileLabelBits>(later));
+    }
+};
 
 HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
     const auto isWall = hn::Eq(key, hn::Set(KeyTag(), kWallKey));
@@ -185,22 +194,35 @@ HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
 
 #endif
 
+/// The orders by steps: one more than the smallest of the neighbours.
+template <Neighbours kNeighbours>
+struct Stepping {
+    static HWY_INLINE Keys arrive(Keys side, Keys corner) {
+        const auto nearest = kNeighbours == Neighbours::Eight ? hn::Min(side, corner) : side;
+        return hn::Add(nearest, hn::Set(KeyTag(), 1 << kTileLabelBits));
+    }
+};
+
 HWY_INLINE Line smallerBeside(const Line& line, TileKey start, TileKey end) {
     return smaller(shiftedUp(line, start), shiftedDown(line, end));
 }
 
-/// What arrives over a line's pixels and the smaller of the corners beside them.
+/// What arrives over a line's pixels and the smaller of the corners beside
+/// them.
+template <class Order>
 HWY_INLINE Line arrive(const Line& side, const Line& corner) {
-    return makeLine([&](int i) { return arrive(side.parts[i], corner.parts[i]); });
+    return makeLine([&](int i) { return Order::arrive(side.parts[i], corner.parts[i]); });
 }
 
 /// The line lowered to what arrives over a neighbour.
+template <class Order>
 HWY_INLINE Line lowered(const Line& line, const Line& side, const Line& corner) {
-    return makeLine(
-        [&](int i) { return loweredKey(line.parts[i], arrive(side.parts[i], corner.parts[i])); });
+    const Line arriving = arrive<Order>(side, corner);
+    return makeLine([&](int i) { return loweredKey(line.parts[i], arriving.parts[i]); });
 }
 
-/// The line with its free pixels replaced by what arrives. Keeps the longest distances.
+/// The line with its free pixels replaced by what arrives. Keeps the longest
+/// distances.
 HWY_INLINE Line replaced(const Line& line, const Line& arriving, Line* longest) {
     return makeLine([&](int i) {
         const KeyTag d;

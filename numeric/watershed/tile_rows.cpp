@@ -13,7 +13,8 @@ namespace numeric {
 namespace HWY_NAMESPACE {
 namespace {
 
-// The keys just outside of a tile: on each side the line beside it, with the corners at either end.
+// The keys just outside of a tile: on each side the line beside it, with the
+// corners at either end.
 struct Edges {
     TileKey above[kTileSide + 2];
     TileKey below[kTileSide + 2];
@@ -39,15 +40,15 @@ struct Edges {
 struct Lines {
     TileKey* keys;
     const TileKey* before;  // the edges, from their first corner
-    const TileKey* behind;
+    const TileKey* past;
     const TileKey* starts;
     const TileKey* ends;
 
     HWY_INLINE TileKey* line(int i) const { return keys + kTileSide * i; }
-    // Also the line before the first and the one behind the last.
+    // Also the line before the first and the one past the last.
     HWY_INLINE Line load(int i) const {
         if (i < 0) return loadLine(before + 1);
-        return loadLine(i < kTileSide ? line(i) : behind + 1);
+        return loadLine(i < kTileSide ? line(i) : past + 1);
     }
     // The smaller of the corners that line i is to its neighbours.
     HWY_INLINE Line corners(const Line& loaded, int i) const {
@@ -55,20 +56,21 @@ struct Lines {
     }
 };
 
-// From the first line on to the last and back, both at once: they do not wait for each other.
-// *changes is not zero where keys have changed.
+// From the first line on to the last and back, both at once: they do not wait
+// for each other. *changes is not zero where keys have changed.
+template <class Order>
 HWY_INLINE void relaxLines(const Lines& lines, int first, int last, Line* changes) {
     Line fromBefore = lines.load(first - 1);
-    Line fromBehind = lines.load(last + 1);
+    Line fromPast = lines.load(last + 1);
     for (int i = first, j = last; i <= last; ++i, --j) {
         const Line forward = lines.load(i);
-        fromBefore = lowered(forward, fromBefore, lines.corners(fromBefore, i - 1));
+        fromBefore = lowered<Order>(forward, fromBefore, lines.corners(fromBefore, i - 1));
         storeLine(fromBefore, lines.line(i));
         markChanges(forward, fromBefore, changes);
         const Line backward = lines.load(j);
-        fromBehind = lowered(backward, fromBehind, lines.corners(fromBehind, j + 1));
-        storeLine(fromBehind, lines.line(j));
-        markChanges(backward, fromBehind, changes);
+        fromPast = lowered<Order>(backward, fromPast, lines.corners(fromPast, j + 1));
+        storeLine(fromPast, lines.line(j));
+        markChanges(backward, fromPast, changes);
     }
 }
 
@@ -122,27 +124,35 @@ void copyOuterColumns(Tile* tile) {
     }
 }
 
-unsigned relax(Tile* tile, const TilesAround& around, const TileBounds& bounds) {
+template <class Order>
+unsigned relax(Tile* tile, const TilesAround& around, const TileBounds& bounds, int rounds) {
     const Edges edges(around);
     const OuterLines before(*tile);
-    Line changes = zeroLine();
-    relaxLines({tile->keys, edges.above, edges.below, edges.left, edges.right}, bounds.top,
-               bounds.bottom, &changes);
     alignas(64) TileKey turned[kTileSide * kTileSide];
-    turnOver(tile->keys, turned);
-    relaxLines({turned, edges.left, edges.right, edges.above, edges.below}, bounds.left,
-               bounds.right, &changes);
-    turnOver(turned, tile->keys);
+    bool any = false;
+    for (int round = 0; round < rounds; ++round) {
+        Line changes = zeroLine();
+        relaxLines<Order>({tile->keys, edges.above, edges.below, edges.left, edges.right},
+                          bounds.top, bounds.bottom, &changes);
+        turnOver(tile->keys, turned);
+        if (round > 0 && isZero(changes)) break;
+        relaxLines<Order>({turned, edges.left, edges.right, edges.above, edges.below}, bounds.left,
+                          bounds.right, &changes);
+        turnOver(turned, tile->keys);
+        if (isZero(changes)) break;
+        any = true;
+    }
     storeLine(loadLine(turned), tile->left);
     storeLine(loadLine(turned + kTileSide * (kTileSide - 1)), tile->right);
-    return isZero(changes) ? 0 : before.changedParts(*tile);
+    return any ? before.changedParts(*tile) : 0;
 }
 
+template <class Order>
 unsigned settle(Tile* tile, const TilesAround& around, const TileBounds& bounds, bool* isLong) {
     const Edges edges(around);
     const Lines rows = {tile->keys, edges.above, edges.below, edges.left, edges.right};
     struct Row {
-        Line keys, before, behind;
+        Line keys, before, past;
     };
     const auto load = [&](int y) {
         const Line keys = rows.load(y);
@@ -155,10 +165,10 @@ unsigned settle(Tile* tile, const TilesAround& around, const TileBounds& bounds,
     Row row = load(bounds.top);
     for (int y = bounds.top; y <= bounds.bottom; ++y) {
         const Row below = load(y + 1);
-        const Line across = smaller(arrive(above.keys, smaller(above.before, above.behind)),
-                                    arrive(below.keys, smaller(below.before, below.behind)));
-        const Line along = smaller(arrive(row.before, smaller(above.before, below.before)),
-                                   arrive(row.behind, smaller(above.behind, below.behind)));
+        const Line across = smaller(arrive<Order>(above.keys, smaller(above.before, above.past)),
+                                    arrive<Order>(below.keys, smaller(below.before, below.past)));
+        const Line along = smaller(arrive<Order>(row.before, smaller(above.before, below.before)),
+                                   arrive<Order>(row.past, smaller(above.past, below.past)));
         const Line settled = replaced(row.keys, smaller(across, along), &longest);
         storeLine(settled, rows.line(y));
         markChanges(row.keys, settled, &changes);
@@ -172,24 +182,28 @@ unsigned settle(Tile* tile, const TilesAround& around, const TileBounds& bounds,
     return before.changedParts(*tile);
 }
 
+template <class Order>
 HWY_INLINE bool reaches(const TileKey* line, TileKey start, TileKey end, const TileKey* beyond) {
     const Line keys = loadLine(line);
-    return differs(lowered(loadLine(beyond), keys, smallerBeside(keys, start, end)), beyond);
+    return differs(lowered<Order>(loadLine(beyond), keys, smallerBeside(keys, start, end)), beyond);
 }
 
+template <class Order>
 unsigned reach(const Tile& tile, const TilesAround& around) {
     constexpr int kLast = kTileSide - 1;
     const Tile& left = *around.left;
     const Tile& right = *around.right;
     const TileKey* lastRow = tile.keys + kTileSide * kLast;
     unsigned sides = 0;
-    if (reaches(tile.keys, left.right[0], right.left[0], around.above->keys + kTileSide * kLast))
+    if (reaches<Order>(tile.keys, left.right[0], right.left[0],
+                       around.above->keys + kTileSide * kLast))
         sides |= kAbove;
-    if (reaches(lastRow, left.right[kLast], right.left[kLast], around.below->keys)) sides |= kBelow;
+    if (reaches<Order>(lastRow, left.right[kLast], right.left[kLast], around.below->keys))
+        sides |= kBelow;
     const TileKey* above = around.above->keys + kTileSide * kLast;
     const TileKey* below = around.below->keys;
-    if (reaches(tile.left, above[0], below[0], left.right)) sides |= kLeft;
-    if (reaches(tile.right, above[kLast], below[kLast], right.left)) sides |= kRight;
+    if (reaches<Order>(tile.left, above[0], below[0], left.right)) sides |= kLeft;
+    if (reaches<Order>(tile.right, above[kLast], below[kLast], right.left)) sides |= kRight;
     return sides;
 }
 
@@ -272,7 +286,13 @@ void readLabels(const Tile& tile, const TileBounds& bounds, unsigned char highLa
 
 }  // namespace
 
-constexpr TileRows kRows = {fill, relax, settle, reach, isTouched, readLabels};
+template <class Order>
+constexpr TileRows makeRows() {
+    return {fill, relax<Order>, settle<Order>, reach<Order>, isTouched, readLabels};
+}
+constexpr TileRows kMarchingRows = makeRows<Marching>();
+constexpr TileRows kChessboardRows = makeRows<Stepping<Neighbours::Eight>>();
+constexpr TileRows kCityBlockRows = makeRows<Stepping<Neighbours::Four>>();
 
 }  // namespace HWY_NAMESPACE
 }  // namespace numeric
@@ -280,6 +300,8 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace numeric {
-const RowBuilds<TileRows> kTileBuilds = NUMERIC_ROW_BUILDS(kRows);
+const RowBuilds<TileRows> kMarchingTileBuilds = NUMERIC_ROW_BUILDS(kMarchingRows);
+const RowBuilds<TileRows> kChessboardTileBuilds = NUMERIC_ROW_BUILDS(kChessboardRows);
+const RowBuilds<TileRows> kCityBlockTileBuilds = NUMERIC_ROW_BUILDS(kCityBlockRows);
 }  // namespace numeric
 #endif

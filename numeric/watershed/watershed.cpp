@@ -3,33 +3,45 @@
 #include <limits>
 
 #include "numeric/base/checks.h"
-#include "numeric/base/scratch.h"
 #include "numeric/watershed/flood.h"
-#include "numeric/watershed/flood_tiles.h"
-#include "numeric/watershed/free_rows.h"
-#include "numeric/watershed/step_sweeps.h"
-#include "numeric/watershed/watershed_rows.h"
 
+// The watershed: labels grow from their seeds over the relief, level by level, inside a level in
+// the order of their distance. That order defines one result, whatever finds it:
+//
+//   two levels      flood_tiles.cpp     tiles of 16 x 16 keys, visited while their keys still fall,
+//                                       row by row and column by column (tile_rows.cpp)
+//   any relief      flood_steps.cpp     a queue for each level (flood_field.cpp), ring by ring of
+//                   flood_marching.cpp  pixels that are a step away, or within a span of distances
+//
+//        planes           tiles, in bands, only where something is free      queue
+//     +----------+        +----+----+    keys: distance and label            level 0
+//     [seeds|waiting] |  seeds   |  --->  |    |    |    turned over, columns are rows       level
+//     1 [seeds|waiting] |  relief  |        +----+----+    too                                 ...
+//     +----------+        |    |    |
+//
+// Tiles give up where paths are long and winding: the queue then starts anew. Last, borders are
+// drawn.
 namespace numeric {
-namespace {
+const SlotTable<WatershedRows> kWatershedSlots(kWatershedBuilds);
 
-const SlotTable<FloodRows> kFloodRows(kFloodBuilds);
-const SlotTable<FreeRows> kFreeRows(kFreeBuilds);
-const SlotTable<TileRows> kTileRows(kTileBuilds);
-const SlotTable<WatershedRows> kWatershedRows(kWatershedBuilds);
+const SlotTable<TileRows> kMarchingTileSlots(kMarchingTileBuilds);
+const SlotTable<TileRows> kTileSlots8(kChessboardTileBuilds);
+const SlotTable<TileRows> kTileSlots4(kCityBlockTileBuilds);
+
+namespace {
 
 constexpr int kByStepsFlag = 1;
 constexpr int kByDistanceFlag = 2;
 constexpr int kBordersAcrossSidesFlag = 64;
 constexpr int kBordersFlag = 128;
 
-constexpr int kCityBlock = 1;
 constexpr int kEuclidean = 2;
 constexpr int kLargestNorm = 3;
 
 std::int64_t scratchBytes(int width, int height) {
     const std::int64_t w = width;
     const std::int64_t h = height;
+    if (w * h > std::numeric_limits<int>::max()) return w * h;  // enough; the rest could overflow
     const std::int64_t roundedWidth = (w + 31) / 32 * 32;
     return std::max((2 * h + 2) * roundedWidth + 4 * roundedWidth * h + h + 66,
                     12 * w * h + 36 + (w + 2) * (h + 2));
@@ -44,7 +56,7 @@ bool areFlagsValid(int flags) {
 }
 
 /// Draws the borders in place. Three lines keep the labels from before drawing.
-void drawBorders(PlaneView<unsigned char> marker, decltype(WatershedRows::markBorders) markRow,
+void drawBorders(PlaneView<unsigned char> marker, decltype(WatershedRows::markBorders8) markRow,
                  unsigned char* scratch) {
     const int width = marker.width;
     const int lineBytes = 1 + width + kBorderLineSlack;
@@ -67,43 +79,36 @@ void drawBorders(PlaneView<unsigned char> marker, decltype(WatershedRows::markBo
 }  // namespace
 
 KernelStatus watershedScratchSize(int width, int height, int* size) {
-    if (!size) return NullPointer;
-    const KernelStatus status = checkSize(width, height);
-    if (status != Success) return status;
-    // The formula itself would overflow for sides near the largest int.
-    if (std::int64_t{width} * height > std::numeric_limits<int>::max()) return BadSize;
-    const std::int64_t bytes = scratchBytes(width, height);
-    if (bytes > std::numeric_limits<int>::max()) return BadSize;
-    *size = static_cast<int>(bytes);
-    return Success;
+    return reportScratchSize(width, height, size, scratchBytes);
 }
 
 KernelStatus watershed(const unsigned char* relief, int reliefStep, unsigned char* marker,
                        int markerStep, int width, int height, int norm, int flags,
                        unsigned char* scratch) {
-    if (!relief || !marker || !scratch) return NullPointer;
     int size = 0;
-    const KernelStatus status = firstError(watershedScratchSize(width, height, &size),
-                                           checkByteSteps(width, {reliefStep, markerStep}));
+    const KernelStatus status = firstError(
+        {checkPointers({relief, marker, scratch}), watershedScratchSize(width, height, &size),
+         checkByteSteps(width, {reliefStep, markerStep}),
+         checkArgument(norm >= 0 && norm <= kLargestNorm), checkArgument(areFlagsValid(flags))});
     if (status != Success) return status;
-    if (norm < 0 || norm > kLargestNorm || !areFlagsValid(flags)) return BadArgument;
 
     const FloodPlanes planes{{relief, reliefStep, width, height},
                              {marker, markerStep, width, height}};
     const bool isMarching = norm >= kEuclidean && (flags & kByDistanceFlag) != 0;
-    if (isMarching) {
-        if (!floodByTiles(planes, kFreeRows.selected(), kTileRows.selected(), scratch, size))
-            floodByMarching(planes, kFloodRows.selected(), scratch);
-    } else {
-        const bool sidesOnly = norm == kCityBlock;
-        if (!floodByStepSweeps(planes, sidesOnly, scratch, size))
-            floodBySteps(planes, kFloodRows.selected(), sidesOnly, scratch);
+    const Neighbours neighbours = neighboursOf(norm);
+    const WatershedRows& rows = kWatershedSlots.selected();
+    const TileRows& tileRows = isMarching                        ? kMarchingTileSlots.selected()
+                               : neighbours == Neighbours::Eight ? kTileSlots8.selected()
+                                                                 : kTileSlots4.selected();
+    if (!floodByTiles(planes, rows, tileRows, scratch, size)) {
+        if (isMarching)
+            floodByMarching(planes, rows, scratch);
+        else
+            floodBySteps(planes, rows, neighbours, scratch);
     }
-
-    const WatershedRows& rows = kWatershedRows.selected();
-    if ((flags & kBordersFlag) != 0) drawBorders(planes.marker, rows.markBorders, scratch);
+    if ((flags & kBordersFlag) != 0) drawBorders(planes.marker, rows.markBorders8, scratch);
     if ((flags & kBordersAcrossSidesFlag) != 0)
-        drawBorders(planes.marker, rows.markBordersAcrossSides, scratch);
+        drawBorders(planes.marker, rows.markBorders4, scratch);
     return Success;
 }
 
