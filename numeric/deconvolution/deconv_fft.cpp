@@ -11,7 +11,21 @@
 #include "numeric/deconvolution/deconv_fft_rows.h"
 #include "numeric/deconvolution/deconv_margin.h"
 
+// Deconvolution in the frequency domain: transform the region, multiply by the inverse filter that
+// Init made of the kernel (deconv_fft_filter.cpp), transform back. Real transforms throughout.
+//
+//   region + margin       groups of rows          half spectrum           columns of a block
+//   (deconv_margin.cpp)   2 x lanes, lane = row   16 columns a block      lane = column
+//   +-----------+         +-----------+           +----+----+----+        forward, x filter, back
+//   |           |  rows   |===========|  forward  |    |    |    |        (deconv_fft_columns.cpp)
+//   |           |  --->   |===========|  ------>  |    |    |    |  <-->
+//   +-----------+         +-----------+           +----+----+----+
+//         ^                                              |
+//         +---------- threshold, back, by groups --------+   (deconv_fft_rows.cpp)
+//
+// Passes and their order stand in fft_plan.cpp, the butterflies in fft-inl.h.
 namespace numeric {
+
 const SlotTable<DeconvFFTRows> kDeconvFFTRowSlots(kDeconvFFTRowBuilds);
 const SlotTable<DeconvFFTColumns> kDeconvFFTColumnSlots(kDeconvFFTColumnBuilds);
 

@@ -11,6 +11,17 @@
 #include "numeric/deconvolution/deconv_lr_rows.h"
 #include "numeric/deconvolution/deconv_margin.h"
 
+// Lucy-Richardson: ratio = observed / (estimate * kernel); estimate times (ratio * transposed
+// kernel); again. What the convolutions see beyond the region comes from deconv_margin.cpp.
+//
+// A 5 x 5 kernel that is symmetric all round is folded: several iterations run in one sweep, each
+// kFoldedLag rows behind the one before it, so that a plane crosses the cache once for all of them:
+//
+//   row y        iteration 1:  estimate in -> sums of blurred rows -> ratio -> sums of corrections
+//   row y - 4    iteration 2:       what iteration 1 has corrected ...
+//   row y - 8    iteration 3: ...
+//
+// Any other kernel goes row by row. The inner loops of both are in deconv_lr_rows.cpp.
 namespace numeric {
 
 struct DeconvLRState {

@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 
-#include "numeric/numeric.h"
+#include "numeric/base/alloc.h"
 
 namespace numeric {
 namespace {
@@ -24,8 +23,7 @@ float* copyKernelWithSums(const float* kernel, int kernelSize) {
     if (kernelSize > kLargestSize) return nullptr;
     const int columns = kernelSize + 1;
     const std::int64_t bytes = sumsOffset(kernelSize) + std::int64_t{8} * columns * columns;
-    if (bytes > std::numeric_limits<int>::max()) return nullptr;
-    void* block = allocAligned(static_cast<int>(bytes));
+    void* block = allocArray<unsigned char>(bytes);
     if (!block) return nullptr;
 
     float* copy = static_cast<float*>(block);

@@ -2,7 +2,7 @@
 
 namespace numeric {
 
-/// A copy of a kernelSize x kernelSize kernel, row-major, with a table of its sums behind it that
+/// A copy of a kernelSize x kernelSize kernel, row-major, with a table of its sums after it that
 /// DeconvMargin reads. From allocAligned; null when there is no memory for it.
 float* copyKernelWithSums(const float* kernel, int kernelSize);
 

@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <new>
 
-#include "numeric/numeric.h"
+#include "numeric/base/alloc.h"
 
 namespace numeric {
 namespace {
@@ -87,8 +86,7 @@ FftPlan* makeFftPlan(int length) {
     const std::int64_t bytes = static_cast<std::int64_t>(sizeof(FftPlan)) + twiddleFloats * 4 +
                                std::int64_t{4} * groups +
                                static_cast<std::int64_t>(sizeof(FftPlan::Quad)) * plan.quadCount();
-    if (bytes > std::numeric_limits<int>::max()) return nullptr;
-    void* block = allocAligned(static_cast<int>(bytes));
+    void* block = allocArray<unsigned char>(bytes);
     if (!block) return nullptr;
 
     auto* result = new (block) FftPlan(plan);

@@ -8,7 +8,21 @@
 #include "numeric/base/views.h"
 #include "numeric/distance/distance_rows.h"
 
+// The exact Euclidean distance to the nearest zero, first down and up the columns, then along rows:
+//
+//   1. counts upwards: how far the next zero below is, a byte each, parked in the destination
+//
+//        destination, height 8:   row 6 | counts of rows 0 ... 3 |   each row of floats has room
+//                                 row 7 | counts of rows 4 ... 7 |   for four rows of bytes, which
+//                                                                    is written no sooner
+//   2. downwards, row by row: the counts above, the smaller of both squared, then for every pixel
+//      the smallest of square + k^2 among the columns k away, nearest first (near search)
+//   3. from the first row on whose zeros are too far for that, again with counts of any size and
+//      the lower envelope of parabolas (far search; Felzenszwalb & Huttenlocher 2012)
+//
+// The loops of all steps are in distance_rows.cpp.
 namespace numeric {
+
 const SlotTable<DistanceRows> kDistanceSlots(kDistanceBuilds);
 
 namespace {

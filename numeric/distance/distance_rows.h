@@ -14,7 +14,7 @@ inline constexpr int kFarDistance = 181;
 inline constexpr int kNearReach = 60;
 /// For a block of pixels whose largest distance in the row before is not known.
 inline constexpr unsigned char kUnknownReach = 255;
-/// The entries that vector loops may touch behind the end of a line in the scratch.
+/// The entries that vector loops may touch past the end of a line in the scratch.
 inline constexpr int kLineOverrun = 64;
 
 /// Planes up to this width and height have squared distances that fit the far search in integers.
@@ -44,7 +44,7 @@ struct DistanceRows {
                        double* farSquares, int width, int none);
 
     /// The distances of a row from its line of squared vertical ones, which has kNearReach entries
-    /// of INT16_MAX before and behind it. False, and any contents of dst, if some pixel's nearest
+    /// of INT16_MAX before and past it. False, and any contents of dst, if some pixel's nearest
     /// zero is too far away to be certain of. reaches: for each block of pixels, at least two, its
     /// largest distance in the row above, rounded up, or kUnknownReach; becomes that of this row.
     bool (*nearRow)(const std::int16_t* nearSquares, unsigned char* reaches, float* dst, int width);

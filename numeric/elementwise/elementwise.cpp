@@ -6,6 +6,7 @@
 #include "numeric/base/views.h"
 #include "numeric/elementwise/elementwise_rows.h"
 
+// One pass over the pixels each: checks here, the loop over a row in elementwise_rows.cpp.
 namespace numeric {
 
 const SlotTable<ElementwiseRows> kThresholdFloatSlots(kElementwiseBuilds);

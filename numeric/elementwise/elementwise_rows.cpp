@@ -9,7 +9,7 @@
 #include "hwy/highway.h"
 
 // One unrolled vector loop each: the memory is the limit. The rest of a row goes pixel by pixel,
-// since the bytes behind it are not ours.
+// since the bytes past it are not ours.
 HWY_BEFORE_NAMESPACE();
 namespace numeric {
 namespace HWY_NAMESPACE {

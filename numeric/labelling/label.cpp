@@ -10,7 +10,19 @@
 #include "numeric/labelling/label_reuse.h"
 #include "numeric/labelling/label_rows.h"
 
+// Connected areas by runs: a row (4 neighbours) or two rows taken together (8 neighbours) become a
+// strip, a bit for each column; its runs are numbered, and runs that touch are united.
+//
+//   pixels      strip       runs        contacts       areas in raster order      labels
+//   .99..9      011001      0: 1-2      0 - 2          runs 0, 2: area 0          .22..3
+//   .99...                  1: 5        of strips
+//   9.....      100000      2: 0        (Rem's sets)   run 1: area 1              2.....
+//
+// 1. mask, merge and unite (label_rows.cpp), 2. number the areas by their first pixels, 3. one
+// label each, or when areas are more than labels, labels again far apart (label_reuse.cpp),
+// 4. draw the runs.
 namespace numeric {
+
 const SlotTable<LabelRows> kLabelSlots(kLabelBuilds);
 
 namespace {

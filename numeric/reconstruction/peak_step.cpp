@@ -8,7 +8,18 @@
 #include "numeric/base/views.h"
 #include "numeric/reconstruction/peak_step_rows.h"
 
+// Greyscale reconstruction by dilation: the plane grows under the bound until no pixel can rise.
+// The result is the only such plane, so rows may be raised in any order (Vincent 1993).
+//
+//   band      |  pass down     ^  sweep up, on into the bands above as far as anything rises
+//   of rows   v                |
+//             raised segments of a row wait in a queue and raise the rows beside them, until the
+//             allowance is spent; the rest waits in marked rows for further sweeps, up and down
+//
+// Along a row a value is clamped from pixel to pixel; clamps compose, so that a vector needs a few
+// steps only (peak_step_rows.cpp).
 namespace numeric {
+
 const SlotTable<PeakStepRows> kPeakStepSlots8(kPeakStep8Builds);
 const SlotTable<PeakStepRows> kPeakStepSlots4(kPeakStep4Builds);
 

@@ -180,7 +180,7 @@ HWY_INLINE void runLeft(const float* bound, float* row, int x, Segment& raised) 
     }
 }
 
-// A run leaves nothing to raise behind it, so one pass in either direction does.
+// A run leaves nothing to raise where it went, so one pass in either direction does.
 HWY_INLINE Segment spreadPixels(const float* bound, float* row, Segment segment, int width) {
     Segment raised;
     for (int x = segment.first; x <= segment.last; ++x) runRight(bound, row, x, width, raised);
@@ -188,9 +188,9 @@ HWY_INLINE Segment spreadPixels(const float* bound, float* row, Segment segment,
     return raised;
 }
 
-/// For each lane the one so many pixels behind it, or the first one there is.
+/// For each lane the one so many pixels before it on its way, or the first one there is.
 template <Direction kDirection>
-HWY_INLINE auto behindBy(int distance) {
+HWY_INLINE auto earlierBy(int distance) {
     const FloatTag d;
     const int lanes = static_cast<int>(hn::Lanes(d));
     HWY_ALIGN std::int32_t from[hn::MaxLanes(d)];
@@ -208,11 +208,11 @@ HWY_INLINE FloatVector carried(float before, FloatVector values, FloatVector bou
     auto lowest = values;
     auto limit = hn::IfThenElse(hn::Gt(bounds, values), hn::Add(bounds, hn::Zero(d)), values);
     for (int distance = 1; distance < lanes; distance *= 2) {
-        const auto behind = behindBy<kDirection>(distance);
-        const auto lowestBehind = hn::TableLookupLanes(lowest, behind);
-        const auto limitBehind = hn::TableLookupLanes(limit, behind);
-        lowest = hn::Min(limit, hn::Max(lowest, lowestBehind));
-        limit = hn::Min(limit, hn::Max(lowest, limitBehind));
+        const auto earlier = earlierBy<kDirection>(distance);
+        const auto lowestEarlier = hn::TableLookupLanes(lowest, earlier);
+        const auto limitEarlier = hn::TableLookupLanes(limit, earlier);
+        lowest = hn::Min(limit, hn::Max(lowest, lowestEarlier));
+        limit = hn::Min(limit, hn::Max(lowest, limitEarlier));
     }
     return hn::Min(limit, hn::Max(lowest, hn::Set(d, before)));
 }

@@ -9,8 +9,7 @@
 
 namespace numeric {
 
-/// What a flood reads and writes: the relief, and the marker with its seeds, 0
-/// elsewhere.
+/// What a flood reads and writes: the relief, and the marker with its seeds, 0 elsewhere.
 struct FloodPlanes {
     PlaneView<const unsigned char> relief;
     PlaneView<unsigned char> marker;
@@ -20,15 +19,14 @@ struct FloodPlanes {
     std::int64_t pixels() const { return std::int64_t{marker.width} * marker.height; }
 };
 
-/// The flood in tiles, for planes of two levels: all free pixels are of one
-/// level, and all seeds above it have one label. False, with the marker as it
-/// was, where the planes are not of that kind, the paths too long or too
-/// winding, or the scratch too small.
+/// The flood in tiles, for planes of two levels: all free pixels are of one level, and all seeds
+/// above it have one label. False, with the marker as it was, where the planes are not of that
+/// kind, the paths too long or too winding, or the scratch too small.
 bool floodByTiles(const FloodPlanes& planes, const WatershedRows& rows, const TileRows& tileRows,
                   unsigned char* scratch, int scratchSize);
 
-// The floods by a queue, for any relief. The scratch has watershedScratchSize()
-// bytes at any address.
+// The floods by a queue, for any relief. The scratch has watershedScratchSize() bytes at any
+// address.
 
 /// Order inside a level: the number of steps.
 void floodBySteps(const FloodPlanes& planes, const WatershedRows& rows, Neighbours neighbours,

@@ -17,8 +17,7 @@ FloodField::FloodField(const FloodPlanes& planes, const WatershedRows& rows, Dis
 }
 
 void FloodField::makeRoom() {
-    // Pixels beside each other often are of one level: they are counted in
-    // different places.
+    // Pixels beside each other often are of one level: they are counted in different places.
     constexpr int kCounters = 4;
     std::array<std::array<int, kLevels>, kCounters> counts{};
     for (int y = 0; y < m_planes.height(); ++y) {

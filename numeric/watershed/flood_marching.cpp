@@ -11,15 +11,14 @@
 namespace numeric {
 namespace {
 
-/// Fast marching from level to level without a heap: what is settled never
-/// depends on anything less than kLeastAdvance before it, so all pixels of a
-/// ring of that width are settled at once, in any order.
+/// Fast marching from level to level without a heap: what is settled never depends on anything less
+/// than kLeastAdvance before it, so all pixels of a ring of that width are settled at once, in any
+/// order.
 ///
-/// The first ring of a level are the pixels beside what was flooded before, all
-/// at distance 0: how they are reached is known beforehand. After them comes
-/// the band, the pixels beside settled ones whose level has come. For each ring
-/// all of them are worked out, and those that lie within the ring are settled.
-/// Since every neighbour of what was flooded before is in the first ring, the
+/// The first ring of a level are the pixels beside what was flooded before, all at distance 0: how
+/// they are reached is known beforehand. After them comes the band, the pixels beside settled ones
+/// whose level has come. For each ring all of them are worked out, and those that lie within the
+/// ring are settled. Since every neighbour of what was flooded before is in the first ring, the
 /// band depends on distances of this level alone.
 class MarchingFlood {
 public:
@@ -36,9 +35,8 @@ public:
 private:
     using Key = FloodKey;
     using Distance = std::uint16_t;
-    // Keys of reached pixels. Those that wait are reached over a side or a corner
-    // by the label that is added; a side comes before any corner. No label is
-    // added for pixels of the band.
+    // Keys of reached pixels. Those that wait are reached over a side or a corner by the label that
+    // is added; a side comes before any corner. No label is added for pixels of the band.
     static constexpr int kBySide = 0x0100;
     static constexpr int kByCorner = 0x0200;
     static constexpr int kInBand = 0x0100;
@@ -50,8 +48,7 @@ private:
     /// A pixel in the band depends on no ring older than these.
     static constexpr int kRecentRings = 3;
     static constexpr int kLookAhead = 12;
-    /// So few pixels in the band are fronts in corridors, and their next steps
-    /// easily foreseen.
+    /// So few pixels in the band are fronts in corridors, and their next steps easily foreseen.
     static constexpr int kFew = 8;
 
     MarchingFlood(const FloodPlanes& planes, const WatershedRows& rows, ScratchLayout layout)
@@ -101,8 +98,7 @@ private:
         }
     }
 
-    /// Lets a pixel reach its neighbours. Those of the seeds are of the first
-    /// ring.
+    /// Lets a pixel reach its neighbours. Those of the seeds are of the first ring.
     template <Kind kKind>
     void expand(int pixel) {
         Key* const key = m_keys + pixel;
@@ -135,8 +131,7 @@ private:
         reach(below + 1, kByCorner + label);
     }
 
-    // The pixels of a level lie all over the plane: their surroundings are asked
-    // for in time.
+    // The pixels of a level lie all over the plane: their surroundings are asked for in time.
     template <class Number>
     void fetchAround(const Number* pixel) const {
         __builtin_prefetch(pixel - m_stride);
@@ -144,8 +139,7 @@ private:
         __builtin_prefetch(pixel + m_stride);
     }
 
-    /// Settles the pixels of the band that lie within the next ring. Returns how
-    /// many.
+    /// Settles the pixels of the band that lie within the next ring. Returns how many.
     std::int64_t floodRing() {
         int* const bandEnd = m_field.listEnd(m_level);
         if (m_ringEnd > kLargestDistance) bringDistancesDown(bandEnd);
@@ -159,8 +153,8 @@ private:
         return settled;
     }
 
-    /// If all that the band depends on is of one label, so is all that it leads
-    /// to on this level, whatever the distances.
+    /// If all that the band depends on is of one label, so is all that it leads to on this level,
+    /// whatever the distances.
     std::int64_t fill() {
         const int* pixel = m_band;
         for (; pixel != m_field.listEnd(m_level); ++pixel) {
@@ -171,9 +165,8 @@ private:
         return pixel - m_band;
     }
 
-    /// Both settle what lies within the ring and return the end of what they keep
-    /// in the band, in its order, so that pixels beside each other stay so in the
-    /// list.
+    /// Both settle what lies within the ring and return the end of what they keep in the band, in
+    /// its order, so that pixels beside each other stay so in the list.
     int* floodMany(const int* bandEnd) {
         m_ringEnd += kLeastAdvance;
         int* kept = m_band;
@@ -193,8 +186,7 @@ private:
         return kept;
     }
 
-    /// The ring begins with the first of a few pixels, so that each is worked out
-    /// about once.
+    /// The ring begins with the first of a few pixels, so that each is worked out about once.
     int* floodFew(const int* bandEnd) {
         std::array<Arrivals, kFew> arrivals;
         const auto count = static_cast<std::size_t>(bandEnd - m_band);
@@ -217,8 +209,8 @@ private:
         return kept;
     }
 
-    /// Long ways end where the numbers do: only what the band depends on still
-    /// counts, and moves down.
+    /// Long paths end where the numbers do: only what the band depends on still counts, and moves
+    /// down.
     void bringDistancesDown(const int* bandEnd) {
         const int shift = m_ringEnd - kRecentRings * kLeastAdvance;
         for (const int* pixel = m_band; pixel != bandEnd; ++pixel)
@@ -231,8 +223,7 @@ private:
         m_ringEnd -= shift;
     }
 
-    /// When a pixel is reached over each of its sides, and over the first of
-    /// them.
+    /// When a pixel is reached over each of its sides, and over the first of them.
     struct Arrivals {
         std::array<int, 4> over;
         int first;
@@ -276,8 +267,7 @@ private:
         }
     }
 
-    /// The label that arrives over a side: the side's own or that of the earlier
-    /// corner.
+    /// The label that arrives over a side: the side's own or that of the earlier corner.
     Key arrivingLabel(std::ptrdiff_t side, std::ptrdiff_t along) const {
         const std::ptrdiff_t one = side - along;
         const std::ptrdiff_t other = side + along;

@@ -11,10 +11,9 @@ namespace {
 
 /// Breadth-first flood from level to level, ring by ring.
 ///
-/// A ring holds the pixels that are so many steps away from what was flooded
-/// before the level. A pixel that has been reached may be reached again, with a
-/// smaller label, until the turn of its ring or level comes. Then its label is
-/// final, and it reaches its neighbours.
+/// A ring holds the pixels that are so many steps away from what was flooded before the level. A
+/// pixel that has been reached may be reached again, with a smaller label, until the turn of its
+/// ring or level comes. Then its label is final, and it reaches its neighbours.
 template <Neighbours kNeighbours>
 class StepFlood {
 public:
@@ -82,8 +81,8 @@ private:
         }
     }
 
-    /// All that a ring of a single pixel leads to on this level is of its label.
-    /// Returns the end of the level's pixels.
+    /// All that a ring of a single pixel leads to on this level is of its label. Returns the end of
+    /// the level's pixels.
     const int* fill(const int* ring) {
         int* listEnd = m_field.listEnd(m_level);
         for (; ring != listEnd; ++ring) {
@@ -105,8 +104,7 @@ private:
         return ring;
     }
 
-    // The pixels of a level lie all over the plane: their surroundings are asked
-    // for in time.
+    // The pixels of a level lie all over the plane: their surroundings are asked for in time.
     void fetchAround(int pixel) const {
         const Key* key = m_keys + pixel;
         __builtin_prefetch(key - m_stride);

@@ -39,15 +39,13 @@ private:
     std::int64_t m_size = 0;
 };
 
-/// Floods tile by tile. The keys only ever get smaller, until each is what
-/// arrives from its neighbours; that state is unique, so it is the flood's.
+/// Floods tile by tile. The keys only ever get smaller, until each is what arrives from its
+/// neighbours; that state is unique, so it is the flood's.
 ///
-/// Only tiles with a free pixel, and those whose seeds lie beside one, have
-/// keys at all. A tile is visited when something smaller arrives at its side,
-/// in the order in which that is found out: so the front moves through the
-/// plane as in a flood by a queue, a tile at a time. At last every tile is
-/// settled, and where that finds anything, its surroundings are visited and
-/// settled again.
+/// Only tiles with a free pixel, and those whose seeds lie beside one, have keys at all. A tile is
+/// visited when something smaller arrives at its side, in the order in which that is found out: so
+/// the front moves through the plane as in a flood by a queue, a tile at a time. At last every tile
+/// is settled, and where that finds anything, its surroundings are visited and settled again.
 class TileFlood {
 public:
     TileFlood(const FloodPlanes& planes, const TileRows& rows, ScratchLayout layout)
@@ -93,8 +91,7 @@ private:
         std::uint8_t visits;
     };
 
-    /// Rows of tiles in a band: few enough to stay near, enough that not many
-    /// areas are cut.
+    /// Rows of tiles in a band: few enough to stay near, enough that not many areas are cut.
     static constexpr int kBandTiles = 8;
     /// Visits and settlings of each tile, on average. Open areas need 3 to 5.
     static constexpr int kLargestWork = 12;
@@ -137,9 +134,8 @@ private:
         return -1;
     }
 
-    /// Works in bands of rows of tiles, so that tiles are settled while they are
-    /// still near: one band behind, since the next one floods back into them.
-    /// False if it gives up.
+    /// Works in bands of rows of tiles, so that tiles are settled while they are still near: one
+    /// band later, since the next one floods back into them. False if it gives up.
     bool flood() {
         std::fill_n(m_ids, (m_across + 2) * (m_down + 2), 0);
         std::fill_n(m_tiles[0].keys, kTileSide * kTileSide, kWallKey);
@@ -163,8 +159,7 @@ private:
         return true;
     }
 
-    /// The tiles of the first row of a band, which the band above has reached or
-    /// made.
+    /// The tiles of the first row of a band, which the band above has reached or made.
     void enqueueTouchedTiles(int y) {
         for (int x = 0; x < m_across; ++x) {
             const int id = idAt(x, y);
@@ -213,8 +208,7 @@ private:
         }
     }
 
-    /// Makes a tile with free pixels in these columns, and its neighbours beside
-    /// those.
+    /// Makes a tile with free pixels in these columns, and its neighbours beside those.
     void activate(int x, int y, unsigned columns) {
         const int id = make(x, y);
         Place& place = m_places[id];
@@ -267,8 +261,8 @@ private:
             __builtin_prefetch(bytes + line, 1);
     }
 
-    /// Visits the tiles in the queue, and those that come to it meanwhile. False
-    /// if that takes too long.
+    /// Visits the tiles in the queue, and those that come to it meanwhile. False if that takes too
+    /// long.
     bool visitTiles() {
         while (m_toVisit.size() > 0) {
             const int id = m_toVisit.pop();
@@ -300,8 +294,7 @@ private:
         if (place.isActive && !std::exchange(place.isUnsettled, true)) m_toSettle.push(id);
     }
 
-    /// These parts of a tile have changed: it and the tiles beside those are to
-    /// be settled again.
+    /// These parts of a tile have changed: it and the tiles beside those are to be settled again.
     void unsettle(const Place& place, unsigned parts) {
         const int left = (parts & kLeft) != 0 ? -1 : 0, right = (parts & kRight) != 0 ? 1 : 0;
         const int above = (parts & kAbove) != 0 ? -1 : 0, below = (parts & kBelow) != 0 ? 1 : 0;

@@ -1,5 +1,4 @@
-// Lines of a tile's keys and what arrives from one to the next, for one target
-// at a time.
+// Lines of a tile's keys and what arrives from one to the next, for one target at a time.
 
 #if defined(NUMERIC_TILE_LINES_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef NUMERIC_TILE_LINES_INL_H_
@@ -107,10 +106,9 @@ static_assert(kParts == 1);
 /// The smallest lead at which the label is the corner's.
 constexpr int kCornerLead = kLargestLeadOfSide + 1;
 
-/// Advances, shifted by kTileLabelBits, in tables of 64 entries: one after the
-/// side for leads of 1 to 64, one after the corner, less kCornerLead, for
-/// larger leads. The index is the lead less kCornerLead, of which the processor
-/// takes the lower 6 bits.
+/// Advances, shifted by kTileLabelBits, in tables of 64 entries: one after the side for leads of 1
+/// to 64, one after the corner, less kCornerLead, for larger leads. The index is the lead less
+/// kCornerLead, of which the processor takes the lower 6 bits.
 struct alignas(64) AdvanceTables {
     std::uint16_t afterSide[64];
     std::uint16_t afterCorner[64];
@@ -130,12 +128,12 @@ constexpr AdvanceTables kAdvanceTables;
 static_assert(kCornerLead == 65 && kLargestLead - kCornerLead < 64, "one entry for each lead");
 static_assert(kAdvances[0] == kAdvances[1], "a lead of 0 counts as 1");
 
-/// The Euclidean order: what arrives over a side neighbour and the earlier of
-/// the corners beside it.
+/// The Euclidean order: what arrives over a side neighbour and the earlier of the corners beside
+/// it.
 struct Marching {
     static HWY_INLINE Keys arrive(Keys side, Keys corner) {
-        // With the largest label the difference of the keys has that of the
-        // distances in its upper bits, whatever the corner's label.
+        // With the largest label the difference of the keys has that of the distances in its upper
+        // bits, whatever the corner's label.
         const auto labelMask = _mm512_set1_epi32(kTileLabelMask);
         const auto lateCorner =
             _mm512_add_epi32(corner.raw, _mm512_set1_epi32(kCornerLead << kTileLabelBits));
@@ -173,8 +171,7 @@ struct Marching {
         const auto lead =
             hn::Sub(hn::ShiftRight<kTileLabelBits>(side), hn::ShiftRight<kTileLabelBits>(corner));
         const auto usedLead = hn::Min(hn::Max(lead, hn::Zero(d)), hn::Set(d, kLargestLead));
-        // Exact but for the root, which is too far from any half to be rounded the
-        // wrong way.
+        // Exact but for the root, which is too far from any half to be rounded the wrong way.
         const auto leadFloat = hn::ConvertTo(df, usedLead);
         const auto square = hn::Sub(hn::Set(df, static_cast<float>(kSideDistance * kSideDistance)),
                                     hn::Mul(leadFloat, leadFloat));
@@ -207,8 +204,7 @@ HWY_INLINE Line smallerBeside(const Line& line, TileKey start, TileKey end) {
     return smaller(shiftedUp(line, start), shiftedDown(line, end));
 }
 
-/// What arrives over a line's pixels and the smaller of the corners beside
-/// them.
+/// What arrives over a line's pixels and the smaller of the corners beside them.
 template <class Order>
 HWY_INLINE Line arrive(const Line& side, const Line& corner) {
     return makeLine([&](int i) { return Order::arrive(side.parts[i], corner.parts[i]); });
@@ -221,8 +217,7 @@ HWY_INLINE Line lowered(const Line& line, const Line& side, const Line& corner) 
     return makeLine([&](int i) { return loweredKey(line.parts[i], arriving.parts[i]); });
 }
 
-/// The line with its free pixels replaced by what arrives. Keeps the longest
-/// distances.
+/// The line with its free pixels replaced by what arrives. Keeps the longest distances.
 HWY_INLINE Line replaced(const Line& line, const Line& arriving, Line* longest) {
     return makeLine([&](int i) {
         const KeyTag d;

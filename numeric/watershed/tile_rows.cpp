@@ -13,8 +13,7 @@ namespace numeric {
 namespace HWY_NAMESPACE {
 namespace {
 
-// The keys just outside of a tile: on each side the line beside it, with the
-// corners at either end.
+// The keys just outside of a tile: on each side the line beside it, with the corners at either end.
 struct Edges {
     TileKey above[kTileSide + 2];
     TileKey below[kTileSide + 2];
@@ -56,8 +55,8 @@ struct Lines {
     }
 };
 
-// From the first line on to the last and back, both at once: they do not wait
-// for each other. *changes is not zero where keys have changed.
+// From the first line on to the last and back, both at once: they do not wait for each other.
+// *changes is not zero where keys have changed.
 template <class Order>
 HWY_INLINE void relaxLines(const Lines& lines, int first, int last, Line* changes) {
     Line fromBefore = lines.load(first - 1);

@@ -13,17 +13,16 @@
 //   any relief      flood_steps.cpp     a queue for each level (flood_field.cpp), ring by ring of
 //                   flood_marching.cpp  pixels that are a step away, or within a span of distances
 //
-//        planes           tiles, in bands, only where something is free      queue
-//     +----------+        +----+----+    keys: distance and label            level 0
-//     [seeds|waiting] |  seeds   |  --->  |    |    |    turned over, columns are rows       level
-//     1 [seeds|waiting] |  relief  |        +----+----+    too                                 ...
-//     +----------+        |    |    |
+//      planes             tiles of a band, made where pixels are free     lists of the queue
+//   +------------+        +----+----+                                      level 0  seeds|waiting
+//   |   seeds    |  --->  |    |    |   keys: distance and label;          level 1  seeds|waiting
+//   |   relief   |        +----+----+   turned over, columns are rows too  ...
+//   +------------+        |    |    |
 //
-// Tiles give up where paths are long and winding: the queue then starts anew. Last, borders are
-// drawn.
+// Tiles give up where paths are long and winding; the queue then starts anew. Borders come last.
 namespace numeric {
-const SlotTable<WatershedRows> kWatershedSlots(kWatershedBuilds);
 
+const SlotTable<WatershedRows> kWatershedSlots(kWatershedBuilds);
 const SlotTable<TileRows> kMarchingTileSlots(kMarchingTileBuilds);
 const SlotTable<TileRows> kTileSlots8(kChessboardTileBuilds);
 const SlotTable<TileRows> kTileSlots4(kCityBlockTileBuilds);
