@@ -100,7 +100,7 @@ std::vector<Fault> floatSteps(std::size_t count) {
         faults.push_back(step(i, 31));
         faults.push_back(step(i, -32));
     }
-    for (std::size_t i = 0; i < count; ++i) faults.push_back(step(i, 33, UnalignedStep));
+    for (std::size_t i = 0; i < count; ++i) faults.push_back(step(i, 34, UnalignedStep));
     return faults;
 }
 
@@ -175,7 +175,7 @@ std::vector<Kernel> kernels() {
     });
     add("distanceTransform", call({8, 32}),
         nulls(3) + sizes() + byteSteps(1) +
-            std::vector<Fault>{step(1, 31), step(1, 33, UnalignedStep)},
+            std::vector<Fault>{step(1, 31), step(1, 34, UnalignedStep)},
         [=](const Call& c, Buffers& b) {
             return distanceTransform(bytes(c, b), c.steps[0], moreFloats(c, b), c.steps[1], c.width,
                                      c.height, scratch(c, b));
