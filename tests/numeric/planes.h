@@ -119,7 +119,7 @@ public:
     using SizeRoutine = KernelStatus(int width, int height, int* size);
     TestScratch(SizeRoutine sizeRoutine, int width, int height, int offsetBytes = 1)
         : BytePlane(sizeFor(sizeRoutine, width, height), 1, {0, offsetBytes}) {
-        fill(0xCD);
+        fill(0x7F);
     }
 
 private:

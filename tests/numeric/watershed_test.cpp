@@ -244,8 +244,8 @@ TEST(Watershed, MatchesPlainPriorityFloodOnEdgesOfSquares) {
 /// Only what is beside the free pixels is looked at: a seed across a corner, in a square without
 /// any free pixel, still arrives.
 TEST(Watershed, FindsSeedsBesideTheFreePixels) {
-    for (const int x : {31, 32, 47, 48})
-        for (const int y : {31, 32, 47, 48}) {
+    for (const int x : {31, 32, 40, 47, 48})
+        for (const int y : {31, 32, 40, 47, 48}) {
             Picture picture = twoLevelPicture(80, 80, 1u << 30, 1,
                                               [&](int px, int py) { return px == x && py == y; });
             const int seedX = x % 16 == 0 ? x - 1 : x + 1, seedY = y % 16 == 0 ? y - 1 : y + 1;
