@@ -10,7 +10,8 @@ enum class MediaErrorKind {
     InvalidData = 65,   ///< a file is there but is no picture, is damaged, or exceeds a limit
     MissingInput = 66,  ///< an input is missing or cannot be read
     CannotCreate = 73,  ///< an output cannot be created, or must not be
-    ReadWrite = 74      ///< reading or writing failed under way (disk full, device error)
+    ReadWrite = 74,     ///< reading or writing failed under way (disk full, device error)
+    NoMemory = 75       ///< there is not enough memory; fewer frames at a time may do
 };
 
 /// The one exception of this folder. what() is one line of UTF-8 without a full stop at its end: it
