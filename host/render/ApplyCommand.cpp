@@ -97,9 +97,9 @@ void printPlan(const std::vector<FrameOutcome>& outcomes, const media::MediaSour
 
 ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& catalog) {
     document::setFilterChain(asQStrings(options.filters), catalog);
-    const auto source = media::MediaSource::open(options.inputs);
+    const auto source = media::MediaSource::open(options.inputs, options.reading);
     const std::vector<std::int64_t> frames = chosenFrames(options.frames, *source);
-    const auto sink = media::MediaSink::open(options.output, *source, frames);
+    const auto sink = media::MediaSink::open(options.output, *source, frames, options.writing);
     std::optional<Report> report;
     if (!options.report.empty()) {
         checkReportPath(options.report, frames, *source, *sink);
@@ -110,14 +110,19 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
         for (const std::string& warning : warningsFor(*source, frames))
             std::fprintf(stderr, "fxrender: warning: %s\n", warning.c_str());
     ObjectCounts objectCounts;
+    FrameNotes notes;
+    const RenderRequest request{*source, *sink, frames, report ? &objectCounts : nullptr, &notes};
     const int count = workerCount(options.jobs, frames.size());
     const std::vector<FrameWork> workers =
-        options.dryRun ? inspectingWorkers(count, *source)
-                       : renderingWorkers(count, *source, *sink, objectCounts);
+        options.dryRun ? inspectingWorkers(count, *source) : renderingWorkers(count, request);
     const std::vector<FrameOutcome> outcomes = runWithProgress(frames, workers, options);
-    if (!options.dryRun) sink->finish();
+    if (!options.quiet)
+        for (const std::string& line : notes.lines())
+            std::fprintf(stderr, "fxrender: note: %s\n", line.c_str());
 
     const ExitCode code = exitCodeOf(outcomes, options.keepGoing);
+    // A file of many frames that lacks some is not there at all.
+    if (!options.dryRun && (code == Done || code == SomeFramesFailed)) sink->finish();
     if (report)
         report->write(
             outcomes, code, [&](std::int64_t frame) { return source->path(frame); },

@@ -1,11 +1,13 @@
 #include "host/render/CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <QRegularExpression>
 #include <QStringList>
 #include <algorithm>
 #include <map>
 
 #include "host/document/NearestName.h"
+#include "host/render/ExitCode.h"
 
 namespace render {
 
@@ -58,6 +60,36 @@ void defineList(CLI::App& app, ListOptions& options) {
     addPluginOption(*list, options.plugin);
 }
 
+media::SampleRange parseRange(const std::string& text) {
+    if (text == "auto") return {media::SampleRange::Auto, 0, 0};
+    if (text == "each") return {media::SampleRange::Each, 0, 0};
+    static const QRegularExpression pattern(
+        QStringLiteral(R"(^(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)-(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)$)"));
+    const auto match = pattern.match(QString::fromStdString(text));
+    bool lowIsNumber = false, highIsNumber = false;
+    const double low = match.captured(1).toDouble(&lowIsNumber);
+    const double high = match.captured(2).toDouble(&highIsNumber);
+    if (!lowIsNumber || !highIsNumber || low >= high)
+        throw UsageError("--range: cannot use \"" + text +
+                         "\"; write LO-HI with LO below HI, such as 0-4095, or auto, or each");
+    return {media::SampleRange::Given, low, high};
+}
+
+void addPictureOptions(CLI::App& command, ApplyOptions& options) {
+    command
+        .add_option_function<std::string>(
+            "--range", [&](const std::string& text) { options.reading.range = parseRange(text); },
+            "Sample values that become black and white: LO-HI, auto (those of the first frame) or "
+            "each")
+        ->type_name("LO-HI");
+    const int highestLevel = 12;
+    command
+        .add_option("--compression", options.writing.compression,
+                    "Of PNG and TIFF: 0 none, 1 fast (if not given), 12 smallest")
+        ->check(CLI::Range(0, highestLevel).description(""))
+        ->type_name("LEVEL");
+}
+
 void defineApply(CLI::App& app, ApplyOptions& options) {
     CLI::App* apply = app.add_subcommand("apply", "Applies filters to pictures");
     addSelection(*apply, options.inputs, options.filters, options.frames);
@@ -84,6 +116,7 @@ void defineApply(CLI::App& app, ApplyOptions& options) {
     apply->add_option("--report", options.report, "Write what became of every frame, as JSON")
         ->type_name("FILE");
     apply->add_flag("-q,--quiet", options.quiet, "Nothing but error messages");
+    addPictureOptions(*apply, options);
     addPluginOption(*apply, options.plugin);
     apply->footer(kApplyNotes);
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/media/MediaSource.h"
 #include "host/render/Progress.h"
 
 namespace render {
@@ -25,6 +26,8 @@ struct ApplyOptions {
     ProgressMode progress = ProgressMode::Auto;
     std::string report;  ///< empty: none
     bool quiet = false;
+    media::ReadOptions reading;
+    media::WriteOptions writing;
 };
 
 struct CheckOptions {

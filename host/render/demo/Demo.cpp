@@ -37,10 +37,8 @@ void renderSample(const QStringList& filters, const QString& sample, const QStri
     const auto source = media::MediaSource::open({QFile::encodeName(sample).toStdString()});
     const auto sink =
         media::MediaSink::open(QFile::encodeName(result).toStdString(), *source, source->frames());
-    ObjectCounts uncounted;
-    const auto outcomes =
-        runFrames(source->frames(), renderingWorkers(1, *source, *sink, uncounted), RunRules(),
-                  nullptr, nullptr);
+    const auto workers = renderingWorkers(1, RenderRequest{*source, *sink, source->frames()});
+    const auto outcomes = runFrames(source->frames(), workers, RunRules(), nullptr, nullptr);
     const FrameOutcome& outcome = outcomes.front();
     if (outcome.status != FrameOutcome::Finished) throw CommandError(outcome.code, outcome.error);
     sink->finish();
