@@ -48,21 +48,11 @@ private:
     tjhandle m_handle;
 };
 
-tjhandle decompressor() {
-    thread_local const Handle handle(tjInitDecompress());
-    return handle;
-}
-
-tjhandle compressor() {
-    thread_local const Handle handle(tjInitCompress());
-    return handle;
-}
-
 class JpegDecoder : public PictureDecoder {
 public:
     explicit JpegDecoder(const Bytes& file) : m_file(file) {
         int colourSpace = 0;
-        if (tjDecompressHeader3(decompressor(), file.data, static_cast<unsigned long>(file.size),
+        if (tjDecompressHeader3(m_handle, file.data, static_cast<unsigned long>(file.size),
                                 &m_head.width, &m_head.height, &m_subsampling, &colourSpace) != 0)
             refuseDamaged("its head cannot be understood");
         m_isInk = colourSpace == TJCS_CMYK || colourSpace == TJCS_YCCK;
@@ -112,8 +102,8 @@ public:
 
 private:
     void decode(int pixelFormat, unsigned char* rows, std::size_t step) const {
-        if (tjDecompress2(decompressor(), m_file.data, static_cast<unsigned long>(m_file.size),
-                          rows, m_head.width, static_cast<int>(step), m_head.height, pixelFormat,
+        if (tjDecompress2(m_handle, m_file.data, static_cast<unsigned long>(m_file.size), rows,
+                          m_head.width, static_cast<int>(step), m_head.height, pixelFormat,
                           kFlags) != 0)
             refuseDamaged("its compressed pixels are wrong");
     }
@@ -144,6 +134,7 @@ private:
             m_profile[segment.data[sizeof kProfile]] = segment.from(sizeof kProfile + 2);
     }
 
+    const Handle m_handle{tjInitDecompress()};  // one that has failed stays in a state of its own
     Bytes m_file;
     Bytes m_jfif, m_exif;
     std::map<int, Bytes> m_profile;
@@ -205,9 +196,9 @@ void encodeJpeg(const PictureRows& rows, const PictureProperties& properties, co
     thread_local Scratch scratch;
     unsigned long size = tjBufSize(rows.width, rows.height, subsampling);
     unsigned char* stream = scratch.atLeast(size);
-    if (tjCompress2(compressor(), rows.data, rows.width, static_cast<int>(rows.step), rows.height,
-                    rows.channels == 1 ? TJPF_GRAY : TJPF_RGB, &stream, &size, subsampling,
-                    kQuality, TJFLAG_NOREALLOC | TJFLAG_ACCURATEDCT) != 0)
+    if (tjCompress2(Handle(tjInitCompress()), rows.data, rows.width, static_cast<int>(rows.step),
+                    rows.height, rows.channels == 1 ? TJPF_GRAY : TJPF_RGB, &stream, &size,
+                    subsampling, kQuality, TJFLAG_NOREALLOC | TJFLAG_ACCURATEDCT) != 0)
         throw FormatError(MediaErrorKind::ReadWrite,
                           "the picture cannot be encoded; use .png or .tif");
     // The library's own first segment says nothing about resolution; ours takes its place.

@@ -167,7 +167,8 @@ public:
                     unsigned char* in = isPlain ? out : block;
                     const auto wanted =
                         isTiled ? blockSize : static_cast<tmsize_t>(rowSize) * height;
-                    readBlock(isTiled, x, y, plane, in, wanted);
+                    readBlock(isTiled, x, y, plane, in, wanted, static_cast<std::size_t>(blockSize),
+                              rowSize);
                     if (isPlain) continue;
                     const int width = std::min(tileWidth, m_head.width - x);
                     for (int k = 0; k < height; ++k)
@@ -249,16 +250,46 @@ private:
                                    std::to_string(m_stored) + " channels are read");
     }
 
-    void readBlock(bool isTiled, int x, int y, int plane, unsigned char* out, tmsize_t wanted) {
+    /// libtiff does not look at the checksum of deflated pixels in every case: these are taken from
+    /// the file here. False when there is more to undo than the usual predictor.
+    bool inflateBlock(std::uint32_t index, unsigned char* out, std::size_t wanted,
+                      std::size_t blockSize, std::size_t rowSize) {
+        const auto predictor = m_tiff.get<std::uint16_t>(TIFFTAG_PREDICTOR, 1);
+        const auto order = m_tiff.get<std::uint16_t>(TIFFTAG_FILLORDER, FILLORDER_MSB2LSB);
+        const bool isDeflated =
+            m_compression == COMPRESSION_DEFLATE || m_compression == COMPRESSION_ADOBE_DEFLATE;
+        if (!isDeflated || order != FILLORDER_MSB2LSB) return false;
+        const Bytes stream =
+            m_bytes.part(TIFFGetStrileOffset(m_tiff, index), TIFFGetStrileByteCount(m_tiff, index));
+        const bool isOurs = m_bits <= 8 && (predictor == 1 || (predictor == 2 && m_bits == 8));
+        thread_local Scratch scratch;
+        unsigned char* pixels = isOurs ? out : scratch.atLeast(wanted);
+        try {
+            inflateExactly(stream, pixels, wanted);
+        } catch (const FormatError&) {
+            // Some writers fill up the last strip.
+            const std::vector<unsigned char> all = inflateUpTo(stream, blockSize);
+            if (all.size() != blockSize) throw;
+            std::memcpy(pixels, all.data(), wanted);
+        }
+        if (!isOurs || predictor == 1) return isOurs;
+        const auto pixel = static_cast<std::size_t>(m_isPlanar ? 1 : m_stored);
+        for (std::size_t row = 0; row + rowSize <= wanted; row += rowSize)
+            for (std::size_t i = row + pixel; i < row + rowSize; ++i)
+                out[i] = static_cast<unsigned char>(out[i] + out[i - pixel]);
+        return true;
+    }
+
+    void readBlock(bool isTiled, int x, int y, int plane, unsigned char* out, tmsize_t wanted,
+                   std::size_t blockSize, std::size_t rowSize) {
         const auto sample = static_cast<std::uint16_t>(m_isPlanar ? plane : 0);
-        const tmsize_t got =
-            isTiled ? TIFFReadEncodedTile(m_tiff,
-                                          TIFFComputeTile(m_tiff, static_cast<std::uint32_t>(x),
-                                                          static_cast<std::uint32_t>(y), 0, sample),
-                                          out, wanted)
-                    : TIFFReadEncodedStrip(
-                          m_tiff, TIFFComputeStrip(m_tiff, static_cast<std::uint32_t>(y), sample),
-                          out, wanted);
+        const auto column = static_cast<std::uint32_t>(x);
+        const auto row = static_cast<std::uint32_t>(y);
+        const std::uint32_t index = isTiled ? TIFFComputeTile(m_tiff, column, row, 0, sample)
+                                            : TIFFComputeStrip(m_tiff, row, sample);
+        if (inflateBlock(index, out, static_cast<std::size_t>(wanted), blockSize, rowSize)) return;
+        const tmsize_t got = isTiled ? TIFFReadEncodedTile(m_tiff, index, out, wanted)
+                                     : TIFFReadEncodedStrip(m_tiff, index, out, wanted);
         if (got != wanted) refuseDamaged("its compressed pixels are wrong");
     }
 
