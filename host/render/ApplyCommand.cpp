@@ -65,17 +65,16 @@ void writeReport(const ResultFile& report, const RunResult& result, const Chosen
 ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& catalog,
                   const Messages& messages) {
     const ChosenFrames chosen = chooseFrames(options, catalog);
-    const auto sink = media::MediaSink::open(options.output, *chosen.source, chosen.frames);
+    const auto sink =
+        media::MediaSink::open(options.output, *chosen.source, chosen.frames, options.writing);
     const std::optional<ResultFile> report = openReport(options.report, chosen, *sink);
     warnBeforehand(chosen, options, messages);
     if (options.dryRun) return rehearse(chosen, *sink, options);
 
     PictureTaker pictures(*sink,
                           report ? PictureTaker::Objects::Counted : PictureTaker::Objects::Ignored);
-    const RunResult result = runChosen(chosen, options, [&](int count) {
-        return renderingWorkers(count, *chosen.source, pictures);
-    });
-    sink->finish();
+    const RunResult result = renderChosen(chosen, options, pictures, messages);
+    if (result.isWhole()) sink->finish();
     if (report) writeReport(*report, result, chosen, *sink, pictures, messages);
     result.throwEnding();
     return result.exitCode;

@@ -1,12 +1,14 @@
 #include "host/render/CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <QRegularExpression>
 #include <QStringList>
 #include <algorithm>
 #include <limits>
 #include <map>
 
 #include "host/document/NearestName.h"
+#include "host/render/ExitCode.h"
 
 namespace render {
 
@@ -56,6 +58,21 @@ void addPluginOption(CLI::App& command, std::string& path) {
         ->type_name("FILE");
 }
 
+media::SampleRange parseRange(const std::string& text) {
+    if (text == "auto") return {media::SampleRange::Auto, 0, 0};
+    if (text == "each") return {media::SampleRange::Each, 0, 0};
+    static const QRegularExpression pattern(
+        QStringLiteral(R"(^(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)-(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)$)"));
+    const auto match = pattern.match(QString::fromStdString(text));
+    bool lowIsNumber = false, highIsNumber = false;
+    const double low = match.captured(1).toDouble(&lowIsNumber);
+    const double high = match.captured(2).toDouble(&highIsNumber);
+    if (!lowIsNumber || !highIsNumber || low >= high)
+        throw UsageError("--range: cannot use \"" + text +
+                         "\"; write LO-HI with LO below HI, such as 0-4095, or auto, or each");
+    return {media::SampleRange::Given, low, high};
+}
+
 void addSelection(CLI::App& command, Selection& selection) {
     command.add_option("INPUT", selection.inputs, "What to read")->required()->type_name("");
     command
@@ -66,6 +83,13 @@ void addSelection(CLI::App& command, Selection& selection) {
         ->type_name("FILTER");
     command.add_option("--frames", selection.frames, "The frames to look at, if not all")
         ->type_name("LIST");
+    command
+        .add_option_function<std::string>(
+            "--range",
+            [&selection](const std::string& text) { selection.reading.range = parseRange(text); },
+            "Sample values that become black and white: LO-HI, auto (those of the first frame) or "
+            "each")
+        ->type_name("LO-HI");
     addPluginOption(command, selection.plugin);
 }
 
@@ -115,6 +139,15 @@ void defineList(CLI::App& app, ListOptions& options) {
     addPluginOption(*list, options.plugin);
 }
 
+void addPictureOptions(CLI::App& command, ApplyOptions& options) {
+    const int highestLevel = 12;
+    command
+        .add_option("--compression", options.writing.compression,
+                    "Of PNG and TIFF: 0 none, 1 fast (if not given), 12 smallest")
+        ->check(CLI::Range(0, highestLevel).description(""))
+        ->type_name("LEVEL");
+}
+
 void defineApply(CLI::App& app, ApplyOptions& options) {
     CLI::App* apply = app.add_subcommand("apply", "Applies filters to pictures");
     apply->add_option("-o,--output", options.output, "Where to write")
@@ -127,6 +160,7 @@ void defineApply(CLI::App& app, ApplyOptions& options) {
         ->add_option("--report", options.report,
                      "Write what became of every frame, as JSON; - is standard output")
         ->type_name("FILE");
+    addPictureOptions(*apply, options);
     apply->footer(kApplyNotes);
 }
 

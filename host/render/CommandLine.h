@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/media/MediaSource.h"
 #include "host/render/Progress.h"
 
 namespace render {
@@ -21,6 +22,7 @@ struct Selection {
     std::vector<std::string> filters;
     std::string plugin;  ///< empty: the one that belongs to this program
     std::string frames;  ///< empty: all of them
+    media::ReadOptions reading;
 };
 
 /// How a run over frames goes.
@@ -35,6 +37,7 @@ struct ApplyOptions : RunOptions {
     std::string output;
     bool dryRun = false;
     std::string report;  ///< empty: none; - is standard output
+    media::WriteOptions writing;
 };
 
 struct CountOptions : RunOptions {
