@@ -120,9 +120,8 @@ std::string ChainCheck::line(const Objection& objection) {
     const std::string first = std::to_string(*objection.frames.begin());
     const std::string frames = objection.frames.size() == 1
                                    ? "frame " + first
-                                   : std::to_string(objection.frames.size()) + " frames, " +
-                                         first + " to " +
-                                         std::to_string(*objection.frames.rbegin());
+                                   : std::to_string(objection.frames.size()) + " frames, " + first +
+                                         " to " + std::to_string(*objection.frames.rbegin());
     return objection.text + " (" + frames + ")";
 }
 

@@ -162,4 +162,10 @@ bool resultShowsObjects(const QString& key, const FilterValues& values) {
     return key == QLatin1String(kSeparator) && values.isEnabled() && values.toInt("Type") == 0;
 }
 
+double workingBytesPerPixel(const QString& key, const FilterValues& values) {
+    if (!values.isEnabled()) return 0;
+    if (key == QLatin1String(kDeconvolution)) return values.toInt("Method") == 0 ? 20 : 20;
+    return 20;
+}
+
 }  // namespace document

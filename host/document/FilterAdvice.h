@@ -51,4 +51,8 @@ bool looksAtResult(const QString& key);
 /// Whether the white areas of the filter's result are objects that a user counts.
 bool resultShowsObjects(const QString& key, const FilterValues& values);
 
+/// The memory that the filter works in at its peak, beside the picture it is given, for each pixel;
+/// measured with large pictures. Of a filter that is not known, as much as the most that one takes.
+double workingBytesPerPixel(const QString& key, const FilterValues& values);
+
 }  // namespace document

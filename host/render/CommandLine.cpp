@@ -1,12 +1,14 @@
 #include "host/render/CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <QRegularExpression>
 #include <QStringList>
 #include <algorithm>
 #include <limits>
 #include <map>
 
 #include "host/document/NearestName.h"
+#include "host/render/ExitCode.h"
 #include "host/render/MemoryLimit.h"
 #include "host/render/ProjectFile.h"
 
@@ -66,6 +68,19 @@ CLI::Option* addFilters(CLI::App& command, Selection& selection) {
         ->type_name("FILTER");
 }
 
+void addRangeOption(CLI::App& command, Selection& selection) {
+    command
+        .add_option_function<std::string>(
+            "--range",
+            [&selection](const std::string& text) {
+                selection.range = text;
+                selection.reading.range = parseRange(text);
+            },
+            "Sample values that become black and white: LO-HI, auto (those of the first frame) or "
+            "each")
+        ->type_name("LO-HI");
+}
+
 /// Which chain a command takes.
 enum class Chain {
     Filters,  ///< INPUT... -f FILTER
@@ -85,8 +100,7 @@ void addSelection(CLI::App& command, Selection& selection, Chain chain) {
                         chain == Chain::Either ? "What to read, or a project" : "What to read")
             ->required()
             ->type_name("");
-    if (chain != Chain::Project)
-        addFilters(command, selection)->required(chain == Chain::Filters);
+    if (chain != Chain::Project) addFilters(command, selection)->required(chain == Chain::Filters);
     if (chain != Chain::Filters)
         command
             .add_option("--set", selection.overrides,
@@ -96,6 +110,7 @@ void addSelection(CLI::App& command, Selection& selection, Chain chain) {
             ->type_name("SETTING");
     command.add_option("--frames", selection.frames, "The frames to look at, if not all")
         ->type_name("LIST");
+    addRangeOption(command, selection);
     addPluginOption(command, selection.plugin);
 }
 
@@ -166,6 +181,15 @@ void defineList(CLI::App& app, ListOptions& options) {
     addPluginOption(*list, options.plugin);
 }
 
+void addPictureOptions(CLI::App& command, media::WriteOptions& writing) {
+    const int highestLevel = 12;
+    command
+        .add_option("--compression", writing.compression,
+                    "Of PNG and TIFF: 0 none, 1 fast (if not given), 12 smallest")
+        ->check(CLI::Range(0, highestLevel).description(""))
+        ->type_name("LEVEL");
+}
+
 void addApplyOptions(CLI::App& command, ApplyOptions& options, Chain chain) {
     command.add_option("-o,--output", options.output, "Where to write")
         ->required()
@@ -185,6 +209,7 @@ void addApplyOptions(CLI::App& command, ApplyOptions& options, Chain chain) {
                     "Write what became of every frame, as JSON, or as CSV to a .csv file; - is "
                     "standard output")
         ->type_name("FILE");
+    addPictureOptions(command, options.writing);
 }
 
 void defineApply(CLI::App& app, ApplyOptions& options) {
@@ -208,6 +233,7 @@ void defineSave(CLI::App& app, SaveOptions& options) {
         ->type_name("");
     save->add_option("INPUT", options.inputs, "What it is to read")->required()->type_name("");
     addFilters(*save, options)->required();
+    addRangeOption(*save, options);
     addPluginOption(*save, options.plugin);
     save->footer("FILTER, INPUT and exit codes: as for apply.");
 }
@@ -219,6 +245,7 @@ void defineVerify(CLI::App& app, VerifyOptions& options) {
         ->required()
         ->type_name("OUTPUT");
     addSelection(*verify, options, Chain::Either);
+    addPictureOptions(*verify, options.writing);
     verify->footer("Exit codes: 0 all is there and up to date, 1 it is not, others as for apply");
 }
 
@@ -329,6 +356,21 @@ const CLI::App& activeCommand(const CLI::App& app) {
 
 }  // namespace
 
+media::SampleRange parseRange(const std::string& text) {
+    if (text == "auto") return {media::SampleRange::Auto, 0, 0};
+    if (text == "each") return {media::SampleRange::Each, 0, 0};
+    static const QRegularExpression pattern(
+        QStringLiteral(R"(^(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)-(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)$)"));
+    const auto match = pattern.match(QString::fromStdString(text));
+    bool lowIsNumber = false, highIsNumber = false;
+    const double low = match.captured(1).toDouble(&lowIsNumber);
+    const double high = match.captured(2).toDouble(&highIsNumber);
+    if (!lowIsNumber || !highIsNumber || low >= high)
+        throw UsageError("--range: cannot use \"" + text +
+                         "\"; write LO-HI with LO below HI, such as 0-4095, or auto, or each");
+    return {media::SampleRange::Given, low, high};
+}
+
 CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     CommandLine result;
     CLI::App app(kIntroduction, "fxrender");
@@ -370,8 +412,9 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     if (app.got_subcommand("render")) result.apply = project;
     refuseStandardStreams(result);
     const std::map<std::string, CommandLine::Command> commands = {
-        {"list", CommandLine::List},   {"apply", CommandLine::Apply}, {"count", CommandLine::Count},
-        {"check", CommandLine::Check}, {"render", CommandLine::Apply}, {"save", CommandLine::Save},
+        {"list", CommandLine::List},    {"apply", CommandLine::Apply},
+        {"count", CommandLine::Count},  {"check", CommandLine::Check},
+        {"render", CommandLine::Apply}, {"save", CommandLine::Save},
         {"verify", CommandLine::Verify}};
     result.command = commands.at(activeCommand(app).get_name());
     if (result.command == CommandLine::Count) requireChain(activeCommand(app), result.count);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/media/MediaSource.h"
 #include "host/render/Progress.h"
 
 namespace render {
@@ -21,8 +22,10 @@ struct Selection {
     std::vector<std::string> inputs;     ///< the project alone when there are no filters
     std::vector<std::string> filters;    ///< empty: those of a project
     std::vector<std::string> overrides;  ///< values to change, as document::overrideFilter() reads
-    std::string plugin;  ///< empty: the one that belongs to this program
-    std::string frames;  ///< empty: all of them
+    std::string plugin;                  ///< empty: the one that belongs to this program
+    std::string frames;                  ///< empty: all of them
+    std::string range;  ///< which sample values become 0 and 255, as typed; empty: not said
+    media::ReadOptions reading;
 };
 
 /// How a run over frames goes.
@@ -48,6 +51,7 @@ struct ApplyOptions : RunOptions {
     bool resume = false;
     Shard shard;
     std::string report;  ///< empty: none; - is standard output
+    media::WriteOptions writing;
 
     /// Whether it is recorded beside the outputs how they were made.
     bool isRecorded() const { return resume || shard.count > 1 || filters.empty(); }
@@ -55,6 +59,7 @@ struct ApplyOptions : RunOptions {
 
 struct VerifyOptions : Selection {
     std::string output;
+    media::WriteOptions writing;
 };
 
 struct SaveOptions : Selection {
@@ -85,6 +90,9 @@ struct CommandLine {
 
 /// Throws UsageError; the message names the nearest valid choice where there is one.
 CommandLine parseCommandLine(const std::vector<std::string>& arguments);
+
+/// LO-HI, auto or each. Throws UsageError.
+media::SampleRange parseRange(const std::string& text);
 
 /// Texts as they were typed, for the toolkit.
 QStringList asQStrings(const std::vector<std::string>& texts);

@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+
 #include "framework/contract/FxKernelApi/HkFXKernelData.h"
 #include "host/kernel/KernelStore.h"
 #include "host/kernel/ParamValue.h"
@@ -48,9 +50,8 @@ std::string Fingerprint::differenceTo(const Fingerprint& other) const {
     return text;
 }
 
-Fingerprints::Fingerprints(const media::MediaSource& source, const std::string& plugin,
-                           const std::string& format)
-    : m_source(source), m_version(hashOfText(versionOf(plugin))), m_format(format) {
+Fingerprints::Fingerprints(const media::MediaSource& source, const OutputOrigin& origin)
+    : m_source(source), m_version(hashOfText(versionOf(origin.plugin))), m_origin(origin) {
     const KernelStore& store = KernelStore::instance();
     for (const InstanceId& id : store.instances())
         m_filters.push_back({id.typeId, store.filterKey(id.typeId).toStdString(),
@@ -67,14 +68,14 @@ Fingerprint Fingerprints::of(std::int64_t frame, const std::string& output) cons
     fingerprint.parts[Fingerprint::Settings] = hashOfText(settingsAt(frame));
     fingerprint.parts[Fingerprint::Input] = hashOfText(inputAt(frame));
     fingerprint.parts[Fingerprint::Format] =
-        hashOfText(media::suffixOf(media::fileNameOf(output)) + '\n' + m_format);
+        hashOfText(media::suffixOf(media::fileNameOf(output)) + '\n' + m_origin.format);
     // A quarter of each hash tells versions of one thing apart.
     for (std::string& part : fingerprint.parts) part.resize(16);
     return fingerprint;
 }
 
 std::string Fingerprints::settingsAt(std::int64_t frame) const {
-    std::string text;
+    std::string text = "range " + m_origin.range + '\n';
     for (const Filter& filter : m_filters) {
         const HkKernelObjectDataDescr& descr =
             *HkFXKernelData::getInstance()->getDataDescriptor(filter.typeId);
@@ -90,6 +91,11 @@ std::string Fingerprints::settingsAt(std::int64_t frame) const {
 }
 
 std::string Fingerprints::inputAt(std::int64_t frame) const {
+    const std::string file = fileAt(frame);
+    return m_origin.range == "auto" ? file + '\n' + fileAt(m_source.frames().front()) : file;
+}
+
+std::string Fingerprints::fileAt(std::int64_t frame) const {
     const std::string path = m_source.path(frame);
     std::string text = media::fileNameOf(path);
     struct stat status {};

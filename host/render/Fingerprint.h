@@ -29,19 +29,23 @@ inline bool operator==(const Fingerprint& a, const Fingerprint& b) {
     return a.parts == b.parts;
 }
 
+/// What outputs depend on beside filters and inputs.
+struct OutputOrigin {
+    std::string plugin;  ///< the library; empty for the one of this program
+    std::string range;   ///< of samples, as the user wrote it
+    std::string format;  ///< what the user chose about the files that are written
+};
+
 /// The fingerprints of frames for the chain that the kernel store held when this was made.
 class Fingerprints {
 public:
-    /// GUI thread. plugin: the library, empty for the one of this program, which goes by the
-    /// program's version; another goes by its bytes. format: what the user chose about how samples
-    /// are read and outputs are written, in words of any kind.
-    Fingerprints(const media::MediaSource& source, const std::string& plugin,
-                 const std::string& format);
+    /// GUI thread. The program's own plug-in goes by the program's version, another by its bytes.
+    Fingerprints(const media::MediaSource& source, const OutputOrigin& origin);
 
     /// For a frame that is written to a file of this name. The settings are the values in force at
     /// the frame of the filters that are switched on, in their order; the input is its file's name
-    /// without folder, its size and the time of its last change, and the frame's number where
-    /// several frames come from one file.
+    /// without folder, its size and the time of its last change, the frame's number where several
+    /// frames come from one file, and the first frame's file where that sets the range.
     Fingerprint of(std::int64_t frame, const std::string& output) const;
 
 private:
@@ -52,10 +56,11 @@ private:
     };
     std::string settingsAt(std::int64_t frame) const;
     std::string inputAt(std::int64_t frame) const;
+    std::string fileAt(std::int64_t frame) const;
 
     const media::MediaSource& m_source;
     const std::string m_version;
-    const std::string m_format;
+    const OutputOrigin m_origin;
     std::vector<Filter> m_filters;
     std::set<std::string> m_sharedInputs;  ///< files of several frames
 };

@@ -31,8 +31,8 @@ FramePlan planFrames(const std::vector<std::int64_t>& frames, const Shard& shard
         else
             plan.todo.push_back(frame);
         if (stands.kind == Standing::Missing) continue;
-        standing[stands.text + (stands.kind == Standing::UpToDate ? " and left alone"
-                                                                  : ", so done again")]
+        standing[stands.text +
+                 (stands.kind == Standing::UpToDate ? " and left alone" : ", so done again")]
             .push_back(frame);
     }
     for (const auto& [what, which] : standing)

@@ -5,15 +5,15 @@
 
 namespace render {
 
-void Messages::notice(const std::string& text) const {
-    say("notice", text);
+void Messages::note(const std::string& text) const {
+    tell("note", text);
 }
 
 void Messages::warning(const std::string& text) const {
-    say("warning", text);
+    tell("warning", text);
 }
 
-void Messages::say(const char* kind, const std::string& text) const {
+void Messages::tell(const char* kind, const std::string& text) const {
     if (m_isSilent) return;
     const std::string line = media::shown(text);
     if (m_style == Style::Events)

@@ -4,7 +4,7 @@
 
 namespace render {
 
-/// What a program tells its user on standard error beside the progress of its frames: notices,
+/// What a program tells its user on standard error beside the progress of its frames: notes,
 /// warnings and the error that ends it. Each is one line, whatever the text quotes.
 class Messages {
 public:
@@ -20,13 +20,12 @@ public:
     /// Nothing but the error is said from now on.
     void silence() { m_isSilent = true; }
 
-    /// What is as it should be, but may not be what the user expects.
-    void notice(const std::string& text) const;
+    void note(const std::string& text) const;  ///< what a user may want to know, no reason to worry
     void warning(const std::string& text) const;
     void error(const std::string& text, int exitCode) const;
 
 private:
-    void say(const char* kind, const std::string& text) const;
+    void tell(const char* kind, const std::string& text) const;
 
     std::string m_program;
     Style m_style = Style::Lines;

@@ -60,13 +60,13 @@ std::string folderOfOutputs(const media::MediaSink& sink, const std::vector<std:
 }  // namespace
 
 OutputBook::OutputBook(const media::MediaSource& source, const media::MediaSink& sink,
-                       const std::vector<std::int64_t>& frames, const std::string& plugin,
-                       const std::string& format, const std::string& shard)
+                       const std::vector<std::int64_t>& frames, const OutputOrigin& origin,
+                       const std::string& shard)
     : m_sink(sink),
       m_records(readLedgers(folderOfOutputs(sink, frames))),
       m_ledger(folderOfOutputs(sink, frames), shard) {
     // Before any frame is read: an input that changes meanwhile makes its output stale, not right.
-    const Fingerprints fingerprints(source, plugin, format);
+    const Fingerprints fingerprints(source, origin);
     for (const std::int64_t frame : frames)
         m_fingerprints[frame] = fingerprints.of(frame, sink.path(frame));
 }
@@ -77,8 +77,7 @@ Standing OutputBook::standingOf(std::int64_t frame, Look look) const {
     StandingFile file(path);
     if (!file.exists()) return {Standing::Missing, "missing"};
     const auto [begin, end] = m_records.equal_range(media::fileNameOf(path));
-    if (begin == end)
-        return {Standing::Unrecorded, "there, but nobody recorded how it was made"};
+    if (begin == end) return {Standing::Unrecorded, "there, but nobody recorded how it was made"};
     const OutputRecord* latest = nullptr;
     for (auto record = begin; record != end; ++record) {
         if (!file.isFileOf(record->second, look)) continue;

@@ -29,14 +29,14 @@ struct Standing {
 class OutputBook {
 public:
     /// GUI thread. frames: those whose fingerprints matter. All outputs lie in one folder, each in
-    /// a file of its own. format: see Fingerprints. shard: see Ledger.
+    /// a file of its own. shard: see Ledger.
     /// Throws UsageError when several frames go to one file.
     OutputBook(const media::MediaSource& source, const media::MediaSink& sink,
-               const std::vector<std::int64_t>& frames, const std::string& plugin,
-               const std::string& format, const std::string& shard);
+               const std::vector<std::int64_t>& frames, const OutputOrigin& origin,
+               const std::string& shard);
 
     enum class Look {
-        Quick,   ///< a file of the recorded size and time is taken for the one that was written
+        Quick,    ///< a file of the recorded size and time is taken for the one that was written
         Thorough  ///< every byte is read
     };
     Standing standingOf(std::int64_t frame, Look look) const;

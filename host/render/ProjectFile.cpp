@@ -60,8 +60,7 @@ document::Project readProjectFile(const std::string& path, const Messages& messa
     const QByteArray bytes = bytesOf(path);
     try {
         std::vector<std::string> notices;
-        document::Project project =
-            document::readProject(bytes, folderOfProject(path), notices);
+        document::Project project = document::readProject(bytes, folderOfProject(path), notices);
         for (const std::string& notice : notices) messages.warning(path + ": " + notice);
         return project;
     } catch (const document::ProjectError& error) {

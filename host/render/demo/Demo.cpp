@@ -38,9 +38,9 @@ void renderSample(const QStringList& filters, const QString& sample, const QStri
     const auto source = media::MediaSource::open({QFile::encodeName(sample).toStdString()});
     const auto sink =
         media::MediaSink::open(QFile::encodeName(result).toStdString(), *source, source->frames());
-    PictureTaker pictures(*sink, PictureTaker::Objects::Ignored);
-    const auto outcomes = runFrames(source->frames(), renderingWorkers(1, *source, pictures),
-                                    RunRules(), nullptr, nullptr);
+    PictureTaker pictures(*sink, PictureTaker::Facts::Ignored);
+    const auto workers = renderingWorkers(1, RenderRequest{*source, source->frames(), pictures});
+    const auto outcomes = runFrames(source->frames(), workers, RunRules(), nullptr, nullptr);
     const FrameOutcome& outcome = outcomes.front();
     if (outcome.status != FrameOutcome::Finished) throw CommandError(outcome.code, outcome.error);
     sink->finish();
