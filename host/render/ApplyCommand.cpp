@@ -94,18 +94,24 @@ class ReportFile {
 public:
     ReportFile(const std::string& path, const ChosenFrames& chosen, const media::MediaSink& sink)
         : m_isTable(media::suffixOf(media::fileNameOf(path)) == ".csv"),
-          m_file("--report", path, m_isTable ? kCsvReportBeginning : kJsonReportBeginning,
-                 {media::folderOf(sink.path(chosen.frames.front()))}) {
-        FileClaims claims(*chosen.source);
-        claims.claim(sink, chosen.frames, "an output");
-        if (path != "-") claims.claim(path, "the report");
-    }
+          m_file("--report", claimed(path, chosen, sink),
+                 m_isTable ? kCsvReportBeginning : kJsonReportBeginning,
+                 {media::folderOf(sink.path(chosen.frames.front()))}) {}
 
     void write(const std::vector<ReportRow>& rows, ExitCode exitCode) const {
         m_file.write(m_isTable ? csvReport(rows) : jsonReport(rows, exitCode));
     }
 
 private:
+    /// The path, which serves no other purpose.
+    static const std::string& claimed(const std::string& path, const ChosenFrames& chosen,
+                                      const media::MediaSink& sink) {
+        FileClaims claims(*chosen.source);
+        claims.claim(sink, chosen.frames, "an output");
+        if (path != "-") claims.claim(path, "the report");
+        return path;
+    }
+
     const bool m_isTable;
     const ResultFile m_file;
 };

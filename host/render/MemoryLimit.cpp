@@ -18,24 +18,22 @@ namespace {
 
 constexpr std::int64_t kMiB = std::int64_t{1} << 20;
 
-// Measured; docs/command-line.md says how. The program with its libraries, and what a frame takes
-// beside its filters: the picture, and in reading and writing about three copies of it.
-constexpr std::int64_t kProgramBytes = 100 * kMiB;
-constexpr double kCopiesOfPicture = 4;
+// Measured, see docs/command-line.md: the program with its libraries, and what a frame takes beside
+// its filters, in copies of the picture that is read.
+constexpr std::int64_t kProgramBytes = 160 * kMiB;
+constexpr double kCopiesOfPicture = 6;
 
-/// The most that one of the filters takes at any of the frames.
-double filterBytesPerPixel(const std::vector<std::int64_t>& frames) {
+/// The most that one of the filters takes at this frame.
+double filterBytes(std::int64_t frame, const media::PictureInfo& info) {
     double most = 0;
     const KernelStore& store = KernelStore::instance();
     for (const InstanceId& id : store.instances()) {
         const HkKernelObjectData* object =
             HkFXKernelData::getInstance()->getObject(id.typeId, id.objectId);
-        for (const std::int64_t frame : frames)
-            if (object)
-                most = std::max(
-                    most, document::workingBytesPerPixel(
-                              store.filterKey(id.typeId),
-                              document::FilterValues(id.typeId, object->getKeyframesAt(frame))));
+        if (!object) continue;
+        const document::FilterValues values(id.typeId, object->getKeyframesAt(frame));
+        most = std::max(most, document::workingBytes(store.filterKey(id.typeId), values, info.width,
+                                                     info.height));
     }
     return most;
 }
@@ -77,19 +75,17 @@ std::string sizeText(std::int64_t bytes) {
 
 MemoryEstimate estimateMemory(const media::MediaSource& source,
                               const std::vector<std::int64_t>& frames) {
-    double mostPixels = 0, mostSamples = 0;
+    double most = 0;
     for (const std::int64_t frame : frames) {
         try {
             const media::PictureInfo info = source.info(frame);
-            const double pixels = static_cast<double>(info.width) * info.height;
-            mostPixels = std::max(mostPixels, pixels);
-            mostSamples = std::max(mostSamples, pixels * info.channels);
+            const double samples = static_cast<double>(info.width) * info.height * info.channels;
+            most = std::max(most, kCopiesOfPicture * samples + filterBytes(frame, info));
         } catch (const media::MediaError&) {
             // Rendering the frame will say so.
         }
     }
-    return {kProgramBytes, static_cast<std::int64_t>(kCopiesOfPicture * mostSamples +
-                                                     filterBytesPerPixel(frames) * mostPixels)};
+    return {kProgramBytes, static_cast<std::int64_t>(most)};
 }
 
 void limitJobs(RunOptions& options, const media::MediaSource& source,
