@@ -36,7 +36,8 @@ FramePlan planFrames(const std::vector<std::int64_t>& frames, const Shard& shard
             .push_back(frame);
     }
     for (const auto& [what, which] : standing)
-        plan.remarks.push_back(rangesText(rangesOf(which, plan.mine)) + ": " + what);
+        plan.remarks.push_back(rangesText(rangesOf(which, plan.mine)) +
+                               (shard.count > 1 ? " of this shard: " : ": ") + what);
     return plan;
 }
 
