@@ -23,7 +23,7 @@ void attempt(FrameOutcome& outcome, Part part) {
     try {
         part();
     } catch (const media::MediaError& error) {
-        outcome.code = static_cast<ExitCode>(error.exitCode());
+        outcome.code = exitCodeOf(error.kind());
         outcome.error = error.what();
     } catch (const CommandError& error) {
         outcome.code = error.code();
