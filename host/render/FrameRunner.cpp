@@ -23,7 +23,7 @@ void attempt(FrameOutcome& outcome, Part part) {
     try {
         part();
     } catch (const media::MediaError& error) {
-        outcome.code = static_cast<ExitCode>(error.exitCode());
+        outcome.code = exitCodeOf(error.kind());
         outcome.error = error.what();
     } catch (const CommandError& error) {
         outcome.code = error.code();
@@ -32,9 +32,17 @@ void attempt(FrameOutcome& outcome, Part part) {
         outcome.code = TryAgainLater;
         outcome.error = "frame " + std::to_string(outcome.frame) +
                         ": not enough memory; close other programs or use fewer --jobs";
+    } catch (const std::system_error& error) {
+        outcome.code = TryAgainLater;
+        outcome.error = "frame " + std::to_string(outcome.frame) + ": the system refused (" +
+                        error.code().message() + "); close other programs or use fewer --jobs";
     } catch (const std::exception& error) {
         outcome.code = InvalidData;
         outcome.error = "frame " + std::to_string(outcome.frame) + ": " + error.what();
+    } catch (...) {
+        outcome.code = InvalidData;
+        outcome.error = "frame " + std::to_string(outcome.frame) +
+                        ": a filter broke off without a word; use another plug-in library";
     }
     outcome.status = outcome.code == Done ? FrameOutcome::Finished : FrameOutcome::Failed;
     outcome.seconds += std::chrono::duration<double>(Clock::now() - begin).count();
