@@ -51,10 +51,12 @@ std::int64_t mostOutputBytes(const ChosenFrames& chosen, const std::vector<std::
     return bytes;
 }
 
-std::string freeSpaceText(fs::path folder) {
+std::string freeSpaceText(const std::string& folder) {
     std::error_code error;
-    while (!fs::exists(folder, error) && folder.has_parent_path()) folder = folder.parent_path();
-    const fs::space_info space = fs::space(folder.empty() ? "." : folder, error);
+    fs::path nearest = fs::absolute(folder, error);
+    while (!fs::exists(nearest, error) && nearest.has_relative_path())
+        nearest = nearest.parent_path();
+    const fs::space_info space = fs::space(nearest, error);
     return error ? "" : ", " + sizeText(static_cast<std::int64_t>(space.available)) + " are free";
 }
 
@@ -173,7 +175,8 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
                           result.exitCode);
         } catch (const std::exception& error) {
             if (!result.ending) throw;
-            messages.warning(error.what());  // what ended the run is the worse news
+            messages.error(error.what(),
+                           result.exitCode);  // what ended the run is worse: it follows
         }
     }
     result.throwEnding();
