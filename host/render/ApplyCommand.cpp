@@ -152,7 +152,7 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
     std::optional<OutputBook> book;
     if (mustBeRecorded || (options.isRecorded() && !hasOneFile))
         book.emplace(
-            *chosen.source, *sink, framesOfShard(chosen.frames, options.shard),
+            *chosen.source, *sink, chosen.frames,
             OutputOrigin{options.plugin, chosen.range, std::to_string(options.writing.compression)},
             std::to_string(options.shard.index) + "-of-" + std::to_string(options.shard.count));
     std::optional<ReportFile> report;
