@@ -9,6 +9,7 @@
 
 #include "framework/contract/ImageProcessor/HkImage.h"
 #include "host/document/FilterAdvice.h"
+#include "host/kernel/KernelStore.h"
 
 class HkImageFilter;
 
@@ -21,6 +22,8 @@ class ChainRenderer {
 public:
     /// GUI thread. Throws std::runtime_error naming the filter when one cannot be made.
     ChainRenderer();
+    /// The same for these instances instead of those in the store's order.
+    explicit ChainRenderer(const std::vector<InstanceId>& instances);
     ~ChainRenderer();
     ChainRenderer(const ChainRenderer&) = delete;
     ChainRenderer& operator=(const ChainRenderer&) = delete;
@@ -35,6 +38,23 @@ public:
     /// How many objects a result of render() shows at this frame; none when the last enabled
     /// filter is not one whose result shows objects.
     std::optional<int> objectsIn(const HkImage& result, qint64 frame) const;
+
+    // --- Step by step, for a preview that keeps the picture after each. All on any thread. ---
+
+    int stepCount() const { return static_cast<int>(m_steps.size()); }
+    int objectIdOf(int step) const { return m_steps.at(static_cast<std::size_t>(step)).objectId; }
+
+    /// What the result of a step depends on beside its input: the filter and its values in force.
+    std::string settingsOf(int step, qint64 frame) const;
+
+    /// The picture after this step, given the one after the step before. Throws as render() does.
+    std::unique_ptr<HkImage> renderStep(int step, std::unique_ptr<HkImage> input, qint64 frame);
+
+    /// What `check` would object to in this step for this input; a sentence each.
+    std::vector<std::string> objectionsTo(int step, const HkImage& input, qint64 frame) const;
+
+    /// Whether the white areas of the picture after this step are objects that a user counts.
+    bool showsObjectsAfter(int step, qint64 frame) const;
 
 private:
     struct Step {

@@ -257,7 +257,8 @@ public:
                                    .arg(filterName(element), reason));
         }
         m_objectIds.push_back(store.instances().back().objectId);
-        for (const QString& kept : store.state(last())->keptElements)
+        const std::optional<InstanceState> state = store.state(last());
+        for (const QString& kept : state->keptElements)
             notices.push_back(QStringLiteral("the filter \"%1\" has settings that are not known "
                                              "here and are kept: %2")
                                   .arg(store.filterKey(typeId), kept.left(80))
