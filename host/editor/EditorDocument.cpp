@@ -19,8 +19,10 @@ std::string pathBytes(const QString& path) {
     return QFile::encodeName(path).toStdString();
 }
 
+/// A project without a file names its inputs from the root: the journal may be read by a program
+/// that was started elsewhere.
 std::string folderOfProject(const QString& path) {
-    return path.isEmpty() ? std::string() : pathBytes(QFileInfo(path).absolutePath());
+    return path.isEmpty() ? std::string("/") : pathBytes(QFileInfo(path).absolutePath());
 }
 
 }  // namespace

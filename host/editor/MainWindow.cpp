@@ -9,9 +9,11 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
+#include <QLocale>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QSettings>
 #include <QStackedWidget>
@@ -26,13 +28,16 @@
 #include "host/document/FilterChain.h"
 #include "host/editor/ChainPanel.h"
 #include "host/editor/CommandText.h"
+#include "host/editor/ExportDialog.h"
 #include "host/editor/Glyphs.h"
 #include "host/editor/InfoPanel.h"
+#include "host/editor/Journal.h"
 #include "host/editor/MessageBar.h"
 #include "host/editor/PictureView.h"
 #include "host/editor/StartPage.h"
 #include "host/editor/Texts.h"
 #include "host/editor/Theme.h"
+#include "host/editor/TimelinePanel.h"
 #include "host/kernel/CmdSetChain.h"
 #include "host/kernel/KernelNotifier.h"
 #include "host/media/SamplePicture.h"
@@ -72,6 +77,7 @@ bool isProject(const QStringList& paths) {
 MainWindow::MainWindow(EditorSession& session, QWidget* parent)
     : QMainWindow(parent), m_session(session), m_document(session), m_preview(m_document, m_state) {
     setObjectName(QStringLiteral("mainWindow"));
+    m_journal = new Journal(m_document, this);
     setAcceptDrops(true);
     setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);
     setCentralWidget(buildCentre());
@@ -135,6 +141,13 @@ void MainWindow::buildDocks() {
     auto* info = new InfoPanel(m_state);
     addDock(this, Qt::LeftDockWidgetArea, "historyDock", tr("History"), history);
     addDock(this, Qt::RightDockWidgetArea, "infoDock", tr("Levels and pixel"), info);
+    m_timeline = new TimelinePanel(m_document, m_state, m_preview);
+    m_timelineDock =
+        addDock(this, Qt::BottomDockWidgetArea, "timelineDock", tr("Timeline"), m_timeline);
+    connect(m_timeline, &TimelinePanel::noticed, this,
+            [this](const QString& message) { statusBar()->showMessage(message, 8000); });
+    setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
+    setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
     resizeDocks({m_chainDock, findChild<QDockWidget*>(QStringLiteral("infoDock"))}, {520, 210},
                 Qt::Vertical);
 }
@@ -152,6 +165,7 @@ void MainWindow::buildMenus() {
     buildFileMenu();
     buildEditMenu();
     buildFilterMenu();
+    buildFrameMenu();
     buildViewMenu();
 }
 
@@ -169,6 +183,8 @@ void MainWindow::buildFileMenu() {
     m_needsPicture << addAction(menu, tr("Save project &as…"), QKeySequence::SaveAs, "actSaveAs",
                                 [this] { askAndSave(); });
     menu->addSeparator();
+    m_needsPicture << addAction(menu, tr("&Export…"), tr("Ctrl+E"), "actExport",
+                                [this] { showExport(); });
     m_needsPicture << addAction(menu, tr("&Copy as command line"), tr("Ctrl+Shift+C"),
                                 "actCopyCommand", [this] { copyCommandLine(); });
     menu->addSeparator();
@@ -202,6 +218,27 @@ void MainWindow::buildFilterMenu() {
         add->setToolTip(manipulator->filterDescription());
         add->setIconVisibleInMenu(true);
     }
+}
+
+void MainWindow::buildFrameMenu() {
+    QMenu* menu = menuBar()->addMenu(tr("F&rames"));
+    const auto add = [&](const QString& text, const char* keys, const char* name,
+                         const std::function<void()>& action) {
+        m_needsFrames << addAction(menu, text, QKeySequence(QLatin1String(keys)), name, action);
+    };
+    add(tr("&Play or stop"), "Space", "actPlay", [this] { m_timeline->togglePlay(); });
+    add(tr("&Next frame"), ".", "actNextFrame", [this] { m_state.stepFrames(1); });
+    add(tr("P&revious frame"), ",", "actPreviousFrame", [this] { m_state.stepFrames(-1); });
+    menu->addSeparator();
+    add(tr("Ne&xt key"), "Ctrl+.", "actNextKey", [this] { m_timeline->view().goToKey(1); });
+    add(tr("Pre&vious key"), "Ctrl+,", "actPreviousKey",
+        [this] { m_timeline->view().goToKey(-1); });
+    add(tr("&Make a key here"), "K", "actAddKey", [this] { m_timeline->view().addKeyHere(); });
+    add(tr("&Delete selected keys"), "", "actDeleteKeys",
+        [this] { m_timeline->view().deleteSelected(); });
+    add(tr("&Copy selected keys"), "", "actCopyKeys",
+        [this] { m_timeline->view().copySelected(); });
+    add(tr("Pas&te keys here"), "", "actPasteKeys", [this] { m_timeline->view().paste(); });
 }
 
 void MainWindow::buildViewMenu() {
@@ -416,6 +453,60 @@ void MainWindow::copyCommandLine() {
     statusBar()->showMessage(tr("The command is on the clipboard"), 4000);
 }
 
+void MainWindow::showExport() {
+    if (m_export && m_export->isRunning()) {
+        m_export->raise();
+        return;
+    }
+    delete m_export;
+    if (KernelStore::instance().instances().empty() || !m_document.source()) {
+        QMessageBox::information(this, tr("Export"),
+                                 tr("There is nothing to render yet: open a picture and apply a "
+                                    "filter."));
+        return;
+    }
+    const bool isSequence = m_state.frames().size() > 1;
+    const QFileInfo input(QFile::decodeName(m_document.inputs().front().c_str()));
+    const QString folder = input.absolutePath();
+    const QString name =
+        isSequence ? folder + QStringLiteral("/filtered/")
+                   : QStringLiteral("%1/%2-filtered.png").arg(folder, input.completeBaseName());
+    // What is edited while it runs does not change it: the filters are taken now.
+    const QStringList filters = document::currentFilterTexts(m_session.catalog());
+    const std::vector<std::string> inputs = m_document.inputs();
+    m_export = new ExportDialog(
+        name, isSequence,
+        [=](const QString& output) { return renderArguments(inputs, filters, output); }, this);
+    m_export->setAttribute(Qt::WA_DeleteOnClose);
+    m_export->show();
+}
+
+void MainWindow::offerRecovery() {
+    for (const Journal::Left& left : m_journal->findLeft()) {
+        const QString name =
+            left.path.isEmpty() ? tr("an unsaved project") : QFileInfo(left.path).fileName();
+        QMessageBox box(QMessageBox::Question, tr("Recover"),
+                        tr("The editor ended unexpectedly while %1 had unsaved changes (%2).")
+                            .arg(name, QLocale().toString(left.when, QLocale::ShortFormat)),
+                        QMessageBox::NoButton, this);
+        box.setInformativeText(tr("Recovering overwrites no file: you decide whether to save."));
+        QPushButton* recover = box.addButton(tr("&Recover"), QMessageBox::AcceptRole);
+        QPushButton* remove = box.addButton(tr("&Discard"), QMessageBox::DestructiveRole);
+        box.addButton(tr("&Later"), QMessageBox::RejectRole);
+        box.exec();
+        if (box.clickedButton() == remove) Journal::discard(left);
+        if (box.clickedButton() != recover) continue;
+        QStringList notices;
+        if (!attempt(tr("This cannot be recovered"),
+                     [&] { notices = m_document.recover(left.project, left.path); }))
+            continue;
+        m_journal->writeNow();  // under this program's name before the old one goes
+        Journal::discard(left);
+        showNotices(notices);
+        return;
+    }
+}
+
 void MainWindow::duplicate(int objectId) {
     std::vector<ChainItem> chain = currentChain();
     for (auto item = chain.begin(); item != chain.end(); ++item) {
@@ -439,6 +530,9 @@ void MainWindow::sourceChanged() {
         source || m_document.isModified() || !KernelStore::instance().instances().empty();
     m_pages->setCurrentIndex(isOpen ? 1 : 0);
     for (QAction* action : std::as_const(m_needsPicture)) action->setEnabled(isOpen);
+    const bool isSequence = m_state.frames().size() > 1;
+    for (QAction* action : std::as_const(m_needsFrames)) action->setEnabled(isSequence);
+    m_timelineDock->setVisible(isSequence);
     showStatus();
 }
 

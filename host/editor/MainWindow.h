@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QStringList>
+#include <functional>
 
 #include "host/editor/EditorDocument.h"
 #include "host/editor/EditorState.h"
@@ -15,9 +17,12 @@ class QStackedWidget;
 namespace editor {
 
 class ChainPanel;
+class ExportDialog;
+class Journal;
 class MessageBar;
 class PictureView;
 class StartPage;
+class TimelinePanel;
 
 /// Arranges the panels and owns the menus. What an action does is in the class it belongs to.
 class MainWindow : public QMainWindow {
@@ -33,10 +38,14 @@ public:
     bool save();
     bool saveAs(const QString& path);
     void openSample();
+    /// Offers what a crash left behind. Nothing of it is lost before the user has decided.
+    void offerRecovery();
+    void showExport();
 
     EditorDocument& document() { return m_document; }
     EditorState& state() { return m_state; }
     PreviewController& preview() { return m_preview; }
+    Journal& journal() { return *m_journal; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -53,6 +62,7 @@ private:
     void buildEditMenu();
     void buildFilterMenu();
     void buildViewMenu();
+    void buildFrameMenu();
     QWidget* buildCentre();
     QAction* addAction(QMenu* menu, const QString& text, const QKeySequence& keys, const char* name,
                        const std::function<void()>& action);
@@ -78,18 +88,23 @@ private:
     EditorDocument m_document;
     EditorState m_state;
     PreviewController m_preview;
+    Journal* m_journal;
 
     StartPage* m_startPage;
     PictureView* m_view;
     MessageBar* m_messages;
     ChainPanel* m_chain;
+    TimelinePanel* m_timeline;
     QStackedWidget* m_pages;
     QDockWidget* m_chainDock;
+    QDockWidget* m_timelineDock;
     QMenu* m_recentMenu = nullptr;
     QActionGroup* m_comparisons = nullptr;
     QLabel* m_statusPicture;
     QLabel* m_statusZoom;
+    QPointer<ExportDialog> m_export;
     QList<QAction*> m_needsPicture;  ///< only of use when something is open
+    QList<QAction*> m_needsFrames;   ///< only with more than one frame
 };
 
 }  // namespace editor

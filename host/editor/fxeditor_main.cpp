@@ -45,7 +45,10 @@ int main(int argc, char** argv) {
         editor::EditorSession session(parser.value(plugin));
         editor::MainWindow window(session);
         window.show();
-        if (!parser.positionalArguments().isEmpty()) window.open(parser.positionalArguments());
+        if (!parser.positionalArguments().isEmpty())
+            window.open(parser.positionalArguments());
+        else
+            window.offerRecovery();
         return QApplication::exec();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "fxeditor: %s\n", error.what());
