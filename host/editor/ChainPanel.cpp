@@ -134,6 +134,11 @@ public:
         m_fold =
             smallButton(this, Glyph::Expanded, ChainPanel::tr("Folds or unfolds the settings"));
         m_fold->setObjectName(QStringLiteral("theTbFold"));
+        auto* more = smallButton(this, Glyph::More, ChainPanel::tr("More for this filter"));
+        more->setObjectName(QStringLiteral("theTbMore"));
+        QObject::connect(more, &QToolButton::clicked, this, [this, more] {
+            emit m_panel.menuRequested(m_objectId, more->mapToGlobal(more->rect().bottomLeft()));
+        });
         m_warning = smallButton(this, Glyph::Warning, QString());
         m_warning->hide();
         auto* grip = new Grip(
@@ -143,6 +148,7 @@ public:
         bar->setSpacing(0);
         bar->addWidget(m_eye);
         bar->addWidget(m_fold);
+        bar->addWidget(more);
         bar->addWidget(m_warning);
         bar->addWidget(grip, 1);
         auto* layout = new QHBoxLayout(this);

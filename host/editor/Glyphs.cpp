@@ -44,6 +44,9 @@ Drawing drawing(Glyph glyph) {
             for (const double y : {3.5, 8.0, 12.5})
                 for (const double x : {5.5, 10.5}) d.areas.addEllipse(QPointF(x, y), 1.1, 1.1);
             break;
+        case Glyph::More:
+            for (const double x : {3.5, 8.0, 12.5}) d.areas.addEllipse(QPointF(x, 8), 1.4, 1.4);
+            break;
         case Glyph::Expanded:
             polyline(d.lines, {{3.5, 6}, {8, 10.5}, {12.5, 6}});
             break;

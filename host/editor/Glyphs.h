@@ -32,7 +32,8 @@ enum class Glyph {
     Open,
     Folder,
     Project,
-    Image
+    Image,
+    More
 };
 QIcon glyphIcon(Glyph glyph);
 

@@ -8,6 +8,7 @@
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QInputDialog>
 #include <QLabel>
 #include <QLocale>
 #include <QMenuBar>
@@ -26,6 +27,7 @@
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "host/document/FilterChain.h"
+#include "host/document/FilterSettings.h"
 #include "host/editor/ChainPanel.h"
 #include "host/editor/CommandText.h"
 #include "host/editor/ExportDialog.h"
@@ -34,7 +36,9 @@
 #include "host/editor/Journal.h"
 #include "host/editor/MessageBar.h"
 #include "host/editor/PictureView.h"
+#include "host/editor/Presets.h"
 #include "host/editor/StartPage.h"
+#include "host/editor/SweepDialog.h"
 #include "host/editor/Texts.h"
 #include "host/editor/Theme.h"
 #include "host/editor/TimelinePanel.h"
@@ -75,7 +79,11 @@ bool isProject(const QStringList& paths) {
 }  // namespace
 
 MainWindow::MainWindow(EditorSession& session, QWidget* parent)
-    : QMainWindow(parent), m_session(session), m_document(session), m_preview(m_document, m_state) {
+    : QMainWindow(parent),
+      m_session(session),
+      m_document(session),
+      m_preview(m_document, m_state),
+      m_snapshots(session.undoStack()) {
     setObjectName(QStringLiteral("mainWindow"));
     m_journal = new Journal(m_document, this);
     setAcceptDrops(true);
@@ -86,6 +94,8 @@ MainWindow::MainWindow(EditorSession& session, QWidget* parent)
     m_statusPicture = new QLabel(this);
     m_statusZoom = new QLabel(this);
     statusBar()->addWidget(m_statusPicture, 1);
+    m_statusVersion = new QLabel(this);
+    statusBar()->addPermanentWidget(m_statusVersion);
     statusBar()->addPermanentWidget(m_statusZoom);
 
     connect(&m_document, &EditorDocument::titleChanged, this, &MainWindow::showTitle);
@@ -134,6 +144,7 @@ void MainWindow::buildDocks() {
     m_chainDock =
         addDock(this, Qt::RightDockWidgetArea, "chainDock", tr("Applied filters"), m_chain);
     connect(m_chain, &ChainPanel::duplicateRequested, this, &MainWindow::duplicate);
+    connect(m_chain, &ChainPanel::menuRequested, this, &MainWindow::showEntryMenu);
 
     auto* history = new QUndoView(&m_session.undoStack());
     history->setEmptyLabel(tr("As opened"));
@@ -203,6 +214,17 @@ void MainWindow::buildEditMenu() {
     redo->setShortcut(QKeySequence::Redo);
     redo->setObjectName(QStringLiteral("actRedo"));
     menu->addActions({undo, redo});
+    menu->addSeparator();
+    m_needsPicture << addAction(menu, tr("Switch between version &A and B"), tr("X"), "actToggleAB",
+                                [this] {
+                                    m_snapshots.toggle();
+                                    showStatus();
+                                });
+    menu->addSeparator();
+    m_presetMenu = menu->addMenu(tr("&Presets"));
+    connect(m_presetMenu, &QMenu::aboutToShow, this, &MainWindow::fillPresetMenu);
+    m_needsPicture << addAction(menu, tr("Paste &filters from text"), tr("Ctrl+Shift+V"),
+                                "actPasteFilters", [this] { pasteFilters(); });
 }
 
 void MainWindow::buildFilterMenu() {
@@ -226,7 +248,7 @@ void MainWindow::buildFrameMenu() {
                          const std::function<void()>& action) {
         m_needsFrames << addAction(menu, text, QKeySequence(QLatin1String(keys)), name, action);
     };
-    add(tr("&Play or stop"), "Space", "actPlay", [this] { m_timeline->togglePlay(); });
+    add(tr("&Play or stop"), "", "actPlay", [this] { m_timeline->togglePlay(); });
     add(tr("&Next frame"), ".", "actNextFrame", [this] { m_state.stepFrames(1); });
     add(tr("P&revious frame"), ",", "actPreviousFrame", [this] { m_state.stepFrames(-1); });
     menu->addSeparator();
@@ -453,6 +475,102 @@ void MainWindow::copyCommandLine() {
     statusBar()->showMessage(tr("The command is on the clipboard"), 4000);
 }
 
+void MainWindow::showEntryMenu(int objectId, const QPoint& globalPosition) {
+    const KernelStore& store = KernelStore::instance();
+    const auto state = store.state(objectId);
+    if (!state) return;
+    const int position = store.positionOf(objectId);
+    const int typeId = store.instances()[static_cast<std::size_t>(position)].typeId;
+    HkFilterManipulator* manipulator = store.manipulator(typeId);
+    const QString text = document::textFromSettings(typeId, *state, m_session.catalog());
+    QMenu menu;
+    menu.addAction(tr("&Try values…"), this, [=] { showSweep(objectId); });
+    menu.addSeparator();
+    menu.addAction(tr("&Duplicate"), this, [=] { duplicate(objectId); });
+    menu.addAction(tr("&Copy as text"), this, [=] { QApplication::clipboard()->setText(text); });
+    menu.addAction(tr("&Save as preset…"), this, [=] { savePreset({text}); });
+    menu.addAction(tr("&Reset to defaults"), this, [=] {
+        setInstanceState(objectId, defaultState(m_session.catalog().descriptor(typeId)),
+                         tr("%1: reset").arg(manipulator->filterTitle()));
+    });
+    menu.addSeparator();
+    menu.addAction(tr("Re&move"), this,
+                   [=] { manipulator->removeFilter(manipulator->getFilterGui(objectId)); });
+    menu.exec(globalPosition);
+}
+
+void MainWindow::setInstanceState(int objectId, const InstanceState& state, const QString& text) {
+    std::vector<ChainItem> chain = currentChain();
+    for (ChainItem& item : chain)
+        if (item.id.objectId == objectId) item.state = state;
+    m_session.undoStack().push(new CmdSetChain(text, chain));
+}
+
+void MainWindow::appendFilters(const std::vector<document::FilterSetup>& filters,
+                               const QString& text) {
+    std::vector<ChainItem> chain = currentChain();
+    for (const document::FilterSetup& filter : filters)
+        chain.push_back({{filter.typeId, -1}, filter.state});
+    m_session.undoStack().push(new CmdSetChain(text, chain));
+}
+
+void MainWindow::pasteFilters() {
+    attempt(tr("The clipboard holds no filters"), [this] {
+        const QStringList lines =
+            QApplication::clipboard()->text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        appendFilters(document::readFilterTexts(lines, m_session.catalog()), tr("Paste filters"));
+    });
+}
+
+void MainWindow::savePreset(const QStringList& filterTexts) {
+    bool isConfirmed = false;
+    const QString name = QInputDialog::getText(this, tr("Save as preset"), tr("Name of the preset"),
+                                               QLineEdit::Normal, QString(), &isConfirmed)
+                             .trimmed()
+                             .replace(QLatin1Char('/'), QLatin1Char('-'));
+    if (!isConfirmed || name.isEmpty()) return;
+    const QString file = QDir(presetFolder()).filePath(name + QStringLiteral(".fxpreset"));
+    if (QFileInfo::exists(file) &&
+        QMessageBox::question(this, tr("Save as preset"),
+                              tr("There is a preset “%1”. Replace it?").arg(name)) !=
+            QMessageBox::Yes)
+        return;
+    attempt(tr("The preset cannot be saved"), [&] { writePreset(file, filterTexts); });
+}
+
+void MainWindow::applyPreset(const QString& file) {
+    attempt(tr("The preset cannot be applied"), [&] {
+        appendFilters(readPreset(file, m_session.catalog()),
+                      tr("Apply preset %1").arg(QFileInfo(file).completeBaseName()));
+    });
+}
+
+void MainWindow::fillPresetMenu() {
+    m_presetMenu->clear();
+    QAction* saveChain = m_presetMenu->addAction(tr("&Save all filters as preset…"), this, [this] {
+        savePreset(document::currentFilterTexts(m_session.catalog()));
+    });
+    saveChain->setEnabled(!KernelStore::instance().instances().empty());
+    m_presetMenu->addAction(tr("&Apply preset from file…"), this, [this] {
+        const QString file = QFileDialog::getOpenFileName(this, tr("Apply preset"), presetFolder(),
+                                                          tr("Presets (*.fxpreset)"));
+        if (!file.isEmpty()) applyPreset(file);
+    });
+    m_presetMenu->addSeparator();
+    for (const Preset& preset : knownPresets())
+        m_presetMenu->addAction(QString(preset.name).replace('&', "&&"), this,
+                                [this, file = preset.file] { applyPreset(file); });
+}
+
+void MainWindow::showSweep(int objectId) {
+    for (const InstanceId& id : KernelStore::instance().instances()) {
+        if (id.objectId != objectId) continue;
+        auto* dialog = new SweepDialog(m_document, m_state, id, this);
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        dialog->show();
+    }
+}
+
 void MainWindow::showExport() {
     if (m_export && m_export->isRunning()) {
         m_export->raise();
@@ -526,6 +644,7 @@ void MainWindow::sourceChanged() {
     m_state.setFrames(source ? source->frames() : std::vector<std::int64_t>());
     m_state.setShownStage(kResultStage);
     m_state.setZoom(0);
+    if (m_session.undoStack().count() == 0) m_snapshots.forget();
     const bool isOpen =
         source || m_document.isModified() || !KernelStore::instance().instances().empty();
     m_pages->setCurrentIndex(isOpen ? 1 : 0);
@@ -544,6 +663,7 @@ void MainWindow::showTitle() {
 
 void MainWindow::showStatus() {
     const Preview& preview = *m_state.preview();
+    m_statusVersion->setText(m_snapshots.isB() ? tr("Version B") : QString());
     if (!preview.after) {
         m_statusPicture->clear();
         m_statusZoom->clear();
@@ -572,6 +692,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 void MainWindow::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_B && event->modifiers() == Qt::NoModifier)
         m_view->setShowsBefore(true);
+    else if (event->key() == Qt::Key_Space && !event->isAutoRepeat())  // no control wanted it
+        m_timeline->togglePlay();
     else
         QMainWindow::keyPressEvent(event);
 }

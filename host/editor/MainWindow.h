@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <functional>
 
+#include "host/document/FilterChain.h"
+#include "host/editor/ChainSnapshots.h"
 #include "host/editor/EditorDocument.h"
 #include "host/editor/EditorState.h"
 #include "host/editor/PreviewController.h"
@@ -41,6 +43,7 @@ public:
     /// Offers what a crash left behind. Nothing of it is lost before the user has decided.
     void offerRecovery();
     void showExport();
+    void showSweep(int objectId);
 
     EditorDocument& document() { return m_document; }
     EditorState& state() { return m_state; }
@@ -75,6 +78,13 @@ private:
     bool askAndSave();
     void copyCommandLine();
     void duplicate(int objectId);
+    void showEntryMenu(int objectId, const QPoint& globalPosition);
+    void setInstanceState(int objectId, const InstanceState& state, const QString& text);
+    void appendFilters(const std::vector<document::FilterSetup>& filters, const QString& text);
+    void pasteFilters();
+    void savePreset(const QStringList& filterTexts);
+    void applyPreset(const QString& file);
+    void fillPresetMenu();
     void remember(const QStringList& paths);
     void showRecent();
     void showTitle();
@@ -99,6 +109,9 @@ private:
     QDockWidget* m_chainDock;
     QDockWidget* m_timelineDock;
     QMenu* m_recentMenu = nullptr;
+    QMenu* m_presetMenu = nullptr;
+    ChainSnapshots m_snapshots;
+    QLabel* m_statusVersion;
     QActionGroup* m_comparisons = nullptr;
     QLabel* m_statusPicture;
     QLabel* m_statusZoom;
