@@ -256,7 +256,6 @@ ChainPanel::ChainPanel(EditorState& state, QWidget* parent) : QScrollArea(parent
     m_dropLine->setBackgroundRole(QPalette::Highlight);
     m_dropLine->hide();
     setWidget(m_content);
-    setMinimumWidth(300);  // a page with its bar and a scroll bar
 
     connect(m_source->eye(), &QToolButton::clicked, this, [this] {
         m_state.setShownStage(kSourceStage);
@@ -306,6 +305,10 @@ void ChainPanel::showOrder() {
     m_layout->addWidget(m_hint);
     m_layout->addWidget(m_result);
     m_layout->addStretch(1);
+    // No page is cut off at its side: there is no scroll bar for that.
+    const int widest = 340;
+    setMinimumWidth(std::max(widest, m_content->minimumSizeHint().width() +
+                                         style()->pixelMetric(QStyle::PM_ScrollBarExtent)));
     showStage();
 }
 

@@ -93,6 +93,7 @@ MainWindow::MainWindow(EditorSession& session, QWidget* parent)
     buildMenus();
     m_statusPicture = new QLabel(this);
     m_statusZoom = new QLabel(this);
+    statusBar()->setContentsMargins(6, 0, 0, 0);
     statusBar()->addWidget(m_statusPicture, 1);
     m_statusVersion = new QLabel(this);
     statusBar()->addPermanentWidget(m_statusVersion);
@@ -147,6 +148,8 @@ void MainWindow::buildDocks() {
     connect(m_chain, &ChainPanel::menuRequested, this, &MainWindow::showEntryMenu);
 
     auto* history = new QUndoView(&m_session.undoStack());
+    history->setWordWrap(true);
+    history->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     history->setEmptyLabel(tr("As opened"));
     history->setAccessibleName(tr("History"));
     auto* info = new InfoPanel(m_state);

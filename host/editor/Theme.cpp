@@ -2,7 +2,7 @@
 
 #include <QApplication>
 #include <QPalette>
-#include <QStyleFactory>
+#include <QProxyStyle>
 
 namespace editor {
 
@@ -49,12 +49,24 @@ QPalette paletteOf(const Colours& c) {
     return palette;
 }
 
+/// Buttons of dialogs say what they do; the toolkit's own icons would fit one of the themes only.
+class EditorStyle : public QProxyStyle {
+public:
+    EditorStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* data) const override {
+        return hint == SH_DialogButtonBox_ButtonsHaveIcons
+                   ? 0
+                   : QProxyStyle::styleHint(hint, option, widget, data);
+    }
+};
+
 }  // namespace
 
 void applyTheme(Theme theme) {
     // The style of the desktop would not take other colours than its own.
     static const QPalette desktop = QApplication::palette();
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new EditorStyle);
     QApplication::setPalette(theme == Theme::Dark    ? paletteOf(kDark)
                              : theme == Theme::Light ? paletteOf(kLight)
                                                      : desktop);

@@ -10,6 +10,8 @@
 #include <QToolTip>
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <optional>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "host/document/FilterError.h"
@@ -228,13 +230,14 @@ void TimelineView::drawCounts(QPainter& painter) {
     for (const auto& [frame, count] : m_counts) most = std::max(most, count);
     const double bottom = area.bottom() - 6, rise = area.height() - 14;
     QPainterPath curve;
-    qint64 previous = 0;
+    std::optional<qint64> previous;
     for (const auto& [frame, count] : m_counts) {
         const QPointF point(xOf(static_cast<double>(frame)), bottom - rise * count / most);
         // A frame that was not counted leaves a gap.
+        const auto& frames = m_state.frames();
         const auto next =
-            std::upper_bound(m_state.frames().begin(), m_state.frames().end(), previous);
-        const bool follows = next != m_state.frames().end() && *next == frame && !curve.isEmpty();
+            previous ? std::upper_bound(frames.begin(), frames.end(), *previous) : frames.end();
+        const bool follows = next != frames.end() && *next == frame;
         if (follows)
             curve.lineTo(point);
         else

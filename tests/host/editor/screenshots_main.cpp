@@ -2,12 +2,16 @@
 // screenshots PICTURES OUT light|dark WIDTH HEIGHT; PICTURES is a folder of sample pictures.
 #include <QApplication>
 #include <QDir>
+#include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QToolButton>
 #include <cstdio>
 
 #include "host/editor/EditorSession.h"
+#include "host/editor/ExportDialog.h"
+#include "host/editor/SweepDialog.h"
 #include "host/editor/Theme.h"
 #include "tests/host/editor/EditorDriver.h"
 
@@ -23,13 +27,18 @@ public:
 private:
     void take(const char* name) {
         m_driver.settle();
-        QTest::qWait(150);
-        m_window.grab().save(m_out.filePath(QLatin1String(name) + QStringLiteral(".png")));
+        save(m_window, name);
     }
     void open(const char* picture) {
         m_window.open({m_pictures.filePath(QLatin1String(picture))});
         m_driver.settle();
     }
+    void save(QWidget& widget, const char* name) {
+        QTest::qWait(150);
+        widget.grab().save(m_out.filePath(QLatin1String(name) + QStringLiteral(".png")));
+    }
+    void takeDialogs(int objectId);
+    void takeTimeline();
     void discard() { m_window.document().newEmpty(); }
 
     editor::MainWindow& m_window;
@@ -41,7 +50,6 @@ private:
 void Photographer::takeAll() {
     take("start");
     open("coffee.png");
-    take("opened");
     const int blur = m_driver.addFilter(QStringLiteral("Blur and enhance"));
     m_driver.dragSlider(m_driver.control<QSlider>(blur, "theSlBlur"), 9);
     m_driver.addFilter(QStringLiteral("Channel separation"));
@@ -49,17 +57,68 @@ void Photographer::takeAll() {
     take("wipe");
     m_driver.trigger("actSideBySide");
     take("side-by-side");
-    m_driver.trigger("actDifference");
-    take("difference");
     m_driver.trigger("actSingle");
     m_window.state().setShownStage(blur);
     take("stage");
+    takeDialogs(blur);
     discard();
-    open("coins.png");
+
+    open("moon.png");
+    m_driver.addFilter(QStringLiteral("Degauss"));
+    m_driver.trigger("actDifference");
+    take("difference");
+    m_driver.trigger("actSingle");
+    discard();
+
+    open("page.png");
     m_driver.addFilter(QStringLiteral("Adaptive threshold"));
+    take("threshold");
+    discard();
+
+    open("xy_8bit__touching_objects.tif");
     m_driver.addFilter(QStringLiteral("Object separator"));
+    take("warning");
+    discard();
+    takeTimeline();
+}
+
+void Photographer::takeDialogs(int objectId) {
+    m_window.showSweep(objectId);
+    auto& sweep = m_driver.child<editor::SweepDialog>("sweepDialog");
+    const int minute = 60000;
+    if (!QTest::qWaitFor([&] { return sweep.isComplete(); }, minute))
+        throw std::runtime_error("the sheet does not get complete");
+    save(sweep, "sweep");
+    delete &sweep;
+    m_driver.trigger("actExport");
+    auto& dialog = m_driver.child<editor::ExportDialog>("exportDialog");
+    QTemporaryDir output;
+    dialog.setOutput(output.filePath(QStringLiteral("coffee.png")));
+    m_driver.click(m_driver.child<QPushButton>("exportStart"));
+    if (!QTest::qWaitFor([&] { return !dialog.isRunning(); }, minute))
+        throw std::runtime_error("the export does not end");
+    save(dialog, "export");
+    delete &dialog;
+}
+
+void Photographer::takeTimeline() {
+    open("timelapse");
+    const int threshold = m_driver.addFilter(QStringLiteral("Adaptive threshold"));
+    const int separator = m_driver.addFilter(QStringLiteral("Object separator"));
+    m_driver.dragSlider(m_driver.control<QSlider>(separator, "theSlDetails"), 30);
+    auto& animate = m_driver.control<QToolButton>(threshold, "theTbAnimate");
+    auto& size = m_driver.control<QSlider>(threshold, "theSlSize");
+    auto& level = m_driver.control<QSlider>(threshold, "theSlMin");
+    m_driver.dragSlider(size, size.maximum());
+    m_driver.dragSlider(level, level.minimum() + (level.maximum() - level.minimum()) / 6);
+    m_driver.click(animate);
+    m_window.state().setCurrentFrame(20);
+    m_driver.dragSlider(level, level.minimum() + (level.maximum() - level.minimum()) / 4);
+    m_window.state().setCurrentFrame(12);
     m_driver.trigger("actObjects");
-    take("objects");
+    const int untilCounted = 9000;
+    QTest::qWait(untilCounted);
+    take("timeline");
     m_driver.trigger("actSingle");
     discard();
 }
