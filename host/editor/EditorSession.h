@@ -37,7 +37,8 @@ public:
     ~EditorSession();
 
     QUndoStack& undoStack() { return m_undoStack; }
-    /// The tool box that the manipulators filled; a window may take it as its child.
+    /// The tool box that the manipulators filled; a window that takes it as its child gives it
+    /// back.
     QToolBox* toolBox() const { return m_toolBox; }
     const document::FilterCatalog& catalog() const { return m_catalog; }
 

@@ -24,7 +24,7 @@ std::size_t nearestIndex(const std::vector<std::int64_t>& frames, qint64 frame) 
 void EditorState::setFrames(std::vector<std::int64_t> frames) {
     m_frames = std::move(frames);
     emit framesChanged();
-    setCurrentFrame(currentFrame());
+    setCurrentFrame(m_frames.empty() ? 0 : m_frames.front());
 }
 
 qint64 EditorState::currentFrame() const {

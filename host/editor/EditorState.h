@@ -20,7 +20,7 @@ public:
 
     // --- Frames of the input ---
 
-    /// Ascending; empty while nothing is open. The current frame becomes the nearest of them.
+    /// Ascending; empty while nothing is open. The first of them becomes the current one.
     void setFrames(std::vector<std::int64_t> frames);
     const std::vector<std::int64_t>& frames() const { return m_frames; }
 

@@ -109,7 +109,10 @@ MainWindow::MainWindow(EditorSession& session, QWidget* parent)
     resize(1280, 800);
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow() {
+    // It is the session's: another window may come.
+    m_session.toolBox()->setParent(nullptr);
+}
 
 // --- Parts of the window ---
 
@@ -660,7 +663,7 @@ void MainWindow::sourceChanged() {
 
 void MainWindow::showTitle() {
     const QString name = m_document.name();
-    setWindowTitle(name.isEmpty() ? tr("fxeditor") : tr("%1[*] – fxeditor").arg(name));
+    setWindowTitle(name.isEmpty() ? tr("fxeditor[*]") : tr("%1[*] – fxeditor").arg(name));
     setWindowModified(m_document.isModified());
 }
 
