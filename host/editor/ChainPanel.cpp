@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QSlider>
 #include <QStyle>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -157,6 +158,8 @@ public:
         layout->addLayout(bar);
         layout->addWidget(entry, 1);
         entry->show();
+        // A page may tell of a drag at its end only, for a host that is slow. This one follows.
+        for (QSlider* slider : entry->findChildren<QSlider*>()) slider->setTracking(true);
 
         QObject::connect(m_eye, &QToolButton::clicked, this, [this] { toggleShown(); });
         QObject::connect(m_fold, &QToolButton::clicked, this, [this] { setFolded(!m_isFolded); });

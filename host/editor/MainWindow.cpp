@@ -245,6 +245,7 @@ void MainWindow::buildFilterMenu() {
         add->setIcon(manipulator->filterIcon());
         add->setToolTip(manipulator->filterDescription());
         add->setIconVisibleInMenu(true);
+        m_needsPicture << add;
     }
 }
 
@@ -658,6 +659,8 @@ void MainWindow::sourceChanged() {
     const bool isSequence = m_state.frames().size() > 1;
     for (QAction* action : std::as_const(m_needsFrames)) action->setEnabled(isSequence);
     m_timelineDock->setVisible(isSequence);
+    m_session.toolBox()->setEnabled(isOpen);
+    m_chain->setEnabled(isOpen);
     showStatus();
 }
 

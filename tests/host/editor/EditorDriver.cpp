@@ -49,7 +49,7 @@ QWidget* EditorDriver::controlOf(int objectId, const char* name) {
     return nullptr;
 }
 
-void EditorDriver::dragSlider(QSlider& slider, int value, int points) {
+QPoint EditorDriver::handleAt(QSlider& slider, int value) {
     window.findChild<QScrollArea*>(QStringLiteral("chainPanel"))->ensureWidgetVisible(&slider);
     QStyleOptionSlider option;
     option.initFrom(&slider);
@@ -57,25 +57,24 @@ void EditorDriver::dragSlider(QSlider& slider, int value, int points) {
     option.orientation = slider.orientation();
     option.minimum = slider.minimum();
     option.maximum = slider.maximum();
-    option.sliderPosition = slider.sliderPosition();
-    option.sliderValue = slider.value();
-    const QRect handle = slider.style()->subControlRect(QStyle::CC_Slider, &option,
-                                                        QStyle::SC_SliderHandle, &slider);
-    const QRect groove = slider.style()->subControlRect(QStyle::CC_Slider, &option,
-                                                        QStyle::SC_SliderGroove, &slider);
-    const int from = handle.center().x();
-    const int span = groove.width() - handle.width();
-    const int to = groove.left() + handle.width() / 2 +
-                   QStyle::sliderPositionFromValue(slider.minimum(), slider.maximum(), value, span);
-    QTest::mousePress(&slider, Qt::LeftButton, {}, handle.center());
+    option.tickPosition = slider.tickPosition();
+    option.sliderPosition = option.sliderValue = value;
+    return slider.style()
+        ->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, &slider)
+        .center();
+}
+
+void EditorDriver::dragSlider(QSlider& slider, int value, int points) {
+    const QPoint from = handleAt(slider, slider.value()), to = handleAt(slider, value);
+    QTest::mousePress(&slider, Qt::LeftButton, {}, from);
     for (int point = 1; point <= points; ++point) {
-        const QPoint position(from + (to - from) * point / points, handle.center().y());
+        const QPoint position = from + (to - from) * point / points;
         QMouseEvent move(QEvent::MouseMove, position, slider.mapToGlobal(position), Qt::NoButton,
                          Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(&slider, &move);
         QCoreApplication::processEvents();
     }
-    QTest::mouseRelease(&slider, Qt::LeftButton, {}, QPoint(to, handle.center().y()));
+    QTest::mouseRelease(&slider, Qt::LeftButton, {}, to);
 }
 
 void EditorDriver::click(QWidget& widget) {

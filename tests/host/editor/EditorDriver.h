@@ -26,6 +26,8 @@ public:
     }
     /// Takes hold of the slider's handle and moves it to a value, over so many points between.
     void dragSlider(QSlider& slider, int value, int points = 5);
+    /// Where the handle of a slider, scrolled into view, is for a value.
+    QPoint handleAt(QSlider& slider, int value);
     void click(QWidget& widget);
     void trigger(const char* action);
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
