@@ -1,7 +1,6 @@
 #include "host/document/FilterChain.h"
 
 #include <algorithm>
-#include <utility>
 #include <vector>
 
 #include "host/document/FilterError.h"
@@ -10,16 +9,30 @@
 
 namespace document {
 
-void setFilterChain(const QStringList& filterTexts, const FilterCatalog& catalog) {
-    std::vector<std::pair<int, InstanceState>> chain;
+std::vector<FilterSetup> readFilterTexts(const QStringList& filterTexts,
+                                         const FilterCatalog& catalog) {
+    std::vector<FilterSetup> chain;
     for (const QString& text : filterTexts) {
         const FilterText filter = parseFilterText(text);
         const int typeId = catalog.typeOf(filter.key);
-        chain.emplace_back(typeId, settingsFromText(filter, catalog));
+        chain.push_back({typeId, settingsFromText(filter, catalog)});
     }
+    return chain;
+}
+
+QStringList currentFilterTexts(const FilterCatalog& catalog) {
+    const KernelStore& store = KernelStore::instance();
+    QStringList texts;
+    for (const InstanceId& instance : store.instances())
+        texts << textFromSettings(instance.typeId, *store.state(instance.objectId), catalog);
+    return texts;
+}
+
+void setFilterChain(const QStringList& filterTexts, const FilterCatalog& catalog) {
+    const std::vector<FilterSetup> chain = readFilterTexts(filterTexts, catalog);
     KernelStore& store = KernelStore::instance();
     store.clear();
-    for (const auto& [typeId, state] : chain) store.add(typeId, state);
+    for (const FilterSetup& filter : chain) store.add(filter.typeId, filter.state);
 }
 
 void overrideFilter(const QString& text, const FilterCatalog& catalog) {

@@ -3,8 +3,22 @@
 #include <QStringList>
 
 #include "host/document/FilterCatalog.h"
+#include "host/kernel/InstanceState.h"
 
 namespace document {
+
+/// A filter of a chain, not yet an instance in the store.
+struct FilterSetup {
+    int typeId = 0;
+    InstanceState state;
+};
+
+/// The filters written as FilterText.h says. Throws FilterError when one of them cannot be.
+std::vector<FilterSetup> readFilterTexts(const QStringList& filterTexts,
+                                         const FilterCatalog& catalog);
+
+/// The filters that the kernel store holds, each as readFilterTexts() reads it. GUI thread.
+QStringList currentFilterTexts(const FilterCatalog& catalog);
 
 /// Makes the kernel store hold exactly these filters, in this order, each written as FilterText.h
 /// says. Throws FilterError, and leaves the store as it was, when one of them cannot be. GUI

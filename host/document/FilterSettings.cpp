@@ -1,5 +1,6 @@
 #include "host/document/FilterSettings.h"
 
+#include <QStringList>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -7,6 +8,7 @@
 
 #include "host/document/FilterError.h"
 #include "host/kernel/KernelStore.h"
+#include "host/kernel/ParamValue.h"
 
 namespace document {
 
@@ -141,6 +143,29 @@ InstanceState settingsFromText(const FilterText& text, const FilterCatalog& cata
     InstanceState state = defaultState(catalog.descriptor(typeId));
     applySettings(text, typeId, catalog, state);
     return state;
+}
+
+QString textFromSettings(int typeId, const InstanceState& state, const FilterCatalog& catalog) {
+    const HkKernelObjectDataDescr& descr = catalog.descriptor(typeId);
+    QStringList parameters;
+    for (int index = 0; index < descr.paramCount(); ++index) {
+        const InstanceParam& param = state.params.at(static_cast<std::size_t>(index));
+        const QString name = descr.param(index).name + QLatin1Char('=');
+        if (state.animated && !param.keys.empty())
+            parameters << name + textFromKeys(param.keys);
+        else if (param.base != descr.param(index).defaultValue)
+            parameters << name + paramValueText(param.base);
+    }
+    const QString key = KernelStore::instance().filterKey(typeId);
+    return parameters.isEmpty() ? key : key + QLatin1Char(':') + parameters.join(QLatin1Char(','));
+}
+
+QString textFromKeys(const ParamTrack& keys) {
+    QStringList texts;
+    for (const auto& [frame, key] : keys)
+        texts << QString::number(frame) + QLatin1String(key.held ? "|=" : "=") +
+                     paramValueText(key.value);
+    return texts.join(QLatin1Char(';'));
 }
 
 }  // namespace document

@@ -5,13 +5,13 @@
 #include <cstdio>
 
 #include "host/document/FilterChain.h"
+#include "host/media/SamplePicture.h"
 #include "host/render/FrameJob.h"
 #include "host/render/Fxrender.h"
 #include "host/render/PictureTaker.h"
 #include "host/render/PluginSession.h"
 #include "host/render/demo/ContactSheet.h"
 #include "host/render/demo/Demonstrations.h"
-#include "host/render/demo/SamplePicture.h"
 
 namespace render {
 
@@ -53,7 +53,7 @@ int demonstrate(const QString& folderName) {
         throw CommandError(CannotCreate,
                            folderName.toStdString() + ": the folder cannot be made; name another");
     const QString sample = folder.filePath(QStringLiteral("sample.png"));
-    save(samplePicture(), sample);
+    save(media::samplePicture(), sample);
 
     const QImage picture(sample);
     std::vector<SheetCell> cells = {
