@@ -12,6 +12,8 @@
 #include "host/media/atomic_file.h"
 #include "host/media/file_names.h"
 #include "host/media/picture_writer.h"
+#include "host/media/video_formats.h"
+#include "host/media/video_sink.h"
 
 namespace media {
 
@@ -147,16 +149,27 @@ std::unique_ptr<MediaSink> openFolder(const std::string& name, const MediaSource
 }  // namespace
 
 std::unique_ptr<MediaSink> MediaSink::open(const std::string& output, const MediaSource& source,
-                                           const std::vector<std::int64_t>& frames) {
+                                           const std::vector<std::int64_t>& frames,
+                                           const WriteOptions& options) {
     if (output.empty()) failCreate("\"\"", "the output has no name; name a file or a folder");
     const std::string fileName = fileNameOf(output);
     const std::optional<FrameTemplate> pattern = FrameTemplate::parse(output);
     const bool namesFolder = fileName.empty() || (suffixOf(fileName).empty() && !pattern);
+    const bool isVideo = !isFolder(output) && !pattern && isWritableVideo(fileName);
+    if (!isVideo && options.video.isAnySet())
+        failCreate(output, "--codec, --quality and --fps are for videos; name one (" +
+                               writableVideoSuffixes() + ") or leave them out");
     if (isFolder(output) || namesFolder) return openFolder(output, source, frames);
+    if (isVideo) {
+        requireWritableFolder(folderOf(output));
+        requireOwnFiles({{frames.front(), output}}, source);
+        return openVideoSink(output, source, frames, options.video);
+    }
 
     if (!isWritable(fileName))
         failCreate(output, "pictures are not written to files of this suffix; use " +
-                               writableSuffixes() + ", or end the name with / for a folder");
+                               writableSuffixes() + ", " + writableVideoSuffixes() +
+                               " for a video, or end the name with / for a folder");
     std::map<std::int64_t, std::string> paths;
     if (pattern) {
         for (const std::int64_t frame : frames) paths[frame] = pattern->path(frame);

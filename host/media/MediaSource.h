@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "framework/contract/ImageProcessor/HkImage.h"
+#include "host/media/VideoOptions.h"
+#include "host/media/VideoTrack.h"
 
 namespace media {
 
@@ -24,7 +26,11 @@ struct PictureProperties {
     std::vector<unsigned char> iccProfile;
 };
 
-/// Frames to read: a still, several stills, a numbered sequence, a folder of pictures.
+struct WriteOptions {
+    VideoOptions video;
+};
+
+/// Frames to read: a still, several stills, a numbered sequence, a folder of pictures, a video.
 ///
 /// Paths are the bytes the file system uses. Every operation may be called from several threads at
 /// once; ascending frame numbers are the order that is never slow. Everything throws MediaError.
@@ -35,10 +41,12 @@ public:
     /// a2.png before a10.png, frames 0, 1, ...; hidden files and files without a picture's suffix
     /// are left out); or a template whose file name holds #### or %04d (frame numbers are those in
     /// the names; gaps are allowed; # and % in the folder part mean themselves). A file that exists
-    /// is never taken for a template. Several names: stills, frames 0, 1, ... in the order given.
-    /// Only names are looked at: a damaged file is noticed by info() and read().
-    /// Throws MissingInput when a file or folder does not exist, may not be read, or holds no
-    /// picture; InvalidData when what is named is not a kind of input.
+    /// is never taken for a template. An existing file that is a video, by its suffix or, where
+    /// that is unknown, its content: frames 0, 1, ... as they are shown. Several names: stills,
+    /// frames 0, 1, ... in the order given. Only names are looked at, but for a video, which is
+    /// read through once: a damaged picture is noticed by info() and read(). Throws MissingInput
+    /// when a file or folder does not exist, may not be read, or holds no picture; InvalidData when
+    /// what is named is not a kind of input, or is a damaged video.
     static std::unique_ptr<MediaSource> open(const std::vector<std::string>& inputs);
 
     virtual ~MediaSource() = default;
@@ -62,6 +70,12 @@ public:
     /// pixels a side or 2^28 pixels, ReadWrite when memory or the device fails.
     virtual std::unique_ptr<HkImage> read(std::int64_t frame,
                                           PictureProperties* properties = nullptr) const = 0;
+
+    /// What the video says of itself; null when the frames are pictures.
+    virtual const VideoTrack* videoTrack() const { return nullptr; }
+
+    /// What of the input is not in its frames, for the user, a line each.
+    virtual std::vector<std::string> notices() const { return {}; }
 
 protected:
     MediaSource() = default;

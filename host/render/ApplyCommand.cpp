@@ -99,7 +99,9 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
     document::setFilterChain(asQStrings(options.filters), catalog);
     const auto source = media::MediaSource::open(options.inputs);
     const std::vector<std::int64_t> frames = chosenFrames(options.frames, *source);
-    const auto sink = media::MediaSink::open(options.output, *source, frames);
+    media::WriteOptions writing;
+    writing.video = options.video;
+    const auto sink = media::MediaSink::open(options.output, *source, frames, writing);
     std::optional<Report> report;
     if (!options.report.empty()) {
         checkReportPath(options.report, frames, *source, *sink);
@@ -107,17 +109,19 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
     }
 
     if (!options.quiet)
-        for (const std::string& warning : warningsFor(*source, frames))
-            std::fprintf(stderr, "fxrender: warning: %s\n", warning.c_str());
+        for (const auto& warnings :
+             {source->notices(), sink->notices(), warningsFor(*source, frames)})
+            for (const std::string& warning : warnings)
+                std::fprintf(stderr, "fxrender: warning: %s\n", warning.c_str());
     ObjectCounts objectCounts;
     const int count = workerCount(options.jobs, frames.size());
     const std::vector<FrameWork> workers =
         options.dryRun ? inspectingWorkers(count, *source)
                        : renderingWorkers(count, *source, *sink, objectCounts);
     const std::vector<FrameOutcome> outcomes = runWithProgress(frames, workers, options);
-    if (!options.dryRun) sink->finish();
-
     const ExitCode code = exitCodeOf(outcomes, options.keepGoing);
+    // A video is there only when the run came to its end.
+    if (!options.dryRun && (code == Done || code == SomeFramesFailed)) sink->finish();
     if (report)
         report->write(
             outcomes, code, [&](std::int64_t frame) { return source->path(frame); },

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/media/VideoOptions.h"
 #include "host/render/Progress.h"
 
 namespace render {
@@ -25,6 +26,7 @@ struct ApplyOptions {
     ProgressMode progress = ProgressMode::Auto;
     std::string report;  ///< empty: none
     bool quiet = false;
+    media::VideoOptions video;  ///< how an output that is a video is written
 };
 
 struct CheckOptions {

@@ -25,12 +25,17 @@ std::vector<FrameWork> renderingWorkers(int count, const media::MediaSource& sou
         // A std::function is copied about: the filters are shared by its copies, not by workers.
         const auto chain = std::make_shared<document::ChainRenderer>();
         workers.push_back([chain, &source, &sink, &counts](std::int64_t frame) {
-            media::PictureProperties properties;
-            std::unique_ptr<HkImage> image = source.read(frame, &properties);
-            image = chain->render(std::move(image), frame);
-            sink.write(frame, *image, properties);
-            const std::optional<int> objects = chain->objectsIn(*image, frame);
-            if (objects) counts.set(frame, *objects);
+            try {
+                media::PictureProperties properties;
+                std::unique_ptr<HkImage> image = source.read(frame, &properties);
+                image = chain->render(std::move(image), frame);
+                sink.write(frame, *image, properties);
+                const std::optional<int> objects = chain->objectsIn(*image, frame);
+                if (objects) counts.set(frame, *objects);
+            } catch (...) {
+                sink.leaveOut(frame);
+                throw;
+            }
         });
     }
     return workers;
