@@ -81,14 +81,17 @@ void CompanionTracks::addTo(AVFormatContext& output) {
     }
 }
 
+void CompanionTracks::failDamaged(int error) const {
+    throw MediaError(MediaErrorKind::InvalidData,
+                     shown(m_path) + ": the sound of the video is damaged (" + videoReason(error) +
+                         "); copy or export it again");
+}
+
 bool CompanionTracks::fetch() {
     while (!m_hasPacket) {
         const int result = av_read_frame(m_input.get(), m_packet.get());
         if (result == AVERROR_EOF) return false;
-        if (result < 0)
-            throw MediaError(MediaErrorKind::InvalidData,
-                             shown(m_path) + ": the sound of the video cannot be read (" +
-                                 videoReason(result) + "); copy or export it again");
+        if (result < 0) failDamaged(result);
         m_hasPacket =
             m_outputStreams[static_cast<std::size_t>(m_packet->stream_index)] != kNotTaken;
         if (!m_hasPacket) av_packet_unref(m_packet.get());
@@ -96,12 +99,12 @@ bool CompanionTracks::fetch() {
     return true;
 }
 
-void CompanionTracks::copyUntil(double seconds, AVFormatContext& output,
-                                const std::function<void(AVPacket&)>& write) {
-    if (trackCount() == 0) return;
+int CompanionTracks::copyUntil(double seconds, AVFormatContext& output,
+                               const std::function<int(AVPacket&)>& write) {
+    if (trackCount() == 0) return 0;
     while (fetch()) {
         const AVStream& from = *m_input->streams[m_packet->stream_index];
-        if (secondsOf(*m_packet, from) - m_startSeconds > seconds) return;
+        if (secondsOf(*m_packet, from) - m_startSeconds > seconds) break;
         m_hasPacket = false;
         const std::int64_t start = std::llround(m_startSeconds / av_q2d(from.time_base));
         if (m_packet->pts != AV_NOPTS_VALUE) m_packet->pts -= start;
@@ -110,9 +113,12 @@ void CompanionTracks::copyUntil(double seconds, AVFormatContext& output,
         m_packet->pos = -1;
         av_packet_rescale_ts(m_packet.get(), from.time_base,
                              output.streams[m_packet->stream_index]->time_base);
-        write(*m_packet);
+        const int result = write(*m_packet);
         av_packet_unref(m_packet.get());
+        if (result == AVERROR_INVALIDDATA) failDamaged(result);
+        if (result < 0) return result;
     }
+    return 0;
 }
 
 }  // namespace media

@@ -24,13 +24,15 @@ public:
     /// std::bad_alloc.
     void addTo(AVFormatContext& output);
 
-    /// Hands over what is heard up to this time, with output's stream numbers and time bases.
-    /// Throws MediaError (InvalidData) when the file cannot be read.
-    void copyUntil(double seconds, AVFormatContext& output,
-                   const std::function<void(AVPacket&)>& write);
+    /// Hands over what is heard up to this time, with output's stream numbers and time bases. write
+    /// returns 0 or the library's error. Throws MediaError (InvalidData) when the file cannot be
+    /// read or write finds the packet damaged; returns write's other errors, else 0.
+    int copyUntil(double seconds, AVFormatContext& output,
+                  const std::function<int(AVPacket&)>& write);
 
 private:
     bool fetch();  // false at the end
+    [[noreturn]] void failDamaged(int error) const;
 
     const std::string m_path;
     const double m_startSeconds;

@@ -87,12 +87,15 @@ void VideoFile::openEncoder(int width, int height, int channels) {
     }
     if (name == "prores") av_dict_set(&options, "profile", channels % 2 == 0 ? "4444" : "hq", 0);
     if (name == "ffv1") {
+        // Slices let several threads work on a frame; a number that does not depend on the machine,
+        // so that the bytes do not. Small pictures cannot be cut into so many: an older version of
+        // the format, which knows none, holds them.
         constexpr int kSmallestSliced = 128;
-        encoder->level = 3;
+        const bool isSliced = width >= kSmallestSliced && height >= kSmallestSliced;
+        encoder->level = isSliced ? 3 : 1;
+        encoder->slices = isSliced ? 16 : 0;
         encoder->gop_size = 1;  // each frame stands for itself
-        // A number that does not depend on the machine, so that the bytes do not.
-        if (width >= kSmallestSliced && height >= kSmallestSliced) encoder->slices = 16;
-        av_dict_set(&options, "slicecrc", "1", 0);
+        av_dict_set(&options, "slicecrc", isSliced ? "1" : "0", 0);
     }
     const int result = avcodec_open2(encoder.get(), codec, &options);
     av_dict_free(&options);
@@ -132,10 +135,16 @@ PixelConverter::Layout VideoFile::layout() const {
     return {m_encoder->pix_fmt, m_encoder->colorspace, !isYuv(m_encoder->pix_fmt)};
 }
 
-void VideoFile::writePacket(AVPacket& packet) {
+int VideoFile::writePacket(AVPacket& packet) {
     const int result = av_interleaved_write_frame(m_output, &packet);
+    return result < 0 ? result : m_output->pb->error;
+}
+
+void VideoFile::copyCompanions(double untilSeconds) {
+    if (!m_companions) return;
+    const int result = m_companions->copyUntil(
+        untilSeconds, *m_output, [this](AVPacket& packet) { return writePacket(packet); });
     if (result < 0) failWrite(result);
-    if (m_output->pb->error < 0) failWrite(m_output->pb->error);
 }
 
 void VideoFile::drainEncoder() {
@@ -149,14 +158,10 @@ void VideoFile::drainEncoder() {
         }
         const AVStream& stream = *m_output->streams[0];
         m_packet->stream_index = 0;
-        if (m_companions) {
-            const double seconds =
-                static_cast<double>(m_packet->dts) * av_q2d(m_encoder->time_base);
-            m_companions->copyUntil(seconds, *m_output,
-                                    [this](AVPacket& packet) { writePacket(packet); });
-        }
+        copyCompanions(static_cast<double>(m_packet->dts) * av_q2d(m_encoder->time_base));
         av_packet_rescale_ts(m_packet.get(), m_encoder->time_base, stream.time_base);
-        writePacket(*m_packet);
+        const int written = writePacket(*m_packet);
+        if (written < 0) failWrite(written);
     }
 }
 
@@ -173,9 +178,7 @@ void VideoFile::finish() {
     int result = avcodec_send_frame(m_encoder.get(), nullptr);
     if (result < 0) failWrite(result);
     drainEncoder();
-    if (m_companions)
-        m_companions->copyUntil(std::numeric_limits<double>::infinity(), *m_output,
-                                [this](AVPacket& packet) { writePacket(packet); });
+    copyCompanions(std::numeric_limits<double>::infinity());
     result = av_write_trailer(m_output);
     if (result >= 0) result = m_output->pb->error;
     const int closed = avio_closep(&m_output->pb);

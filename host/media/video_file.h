@@ -53,7 +53,8 @@ public:
 private:
     void openEncoder(int width, int height, int channels);
     void drainEncoder();
-    void writePacket(AVPacket& packet);
+    int writePacket(AVPacket& packet);
+    void copyCompanions(double untilSeconds);
     [[noreturn]] void failWrite(int error) const;
 
     const std::string m_path;

@@ -63,7 +63,6 @@ int scalerMatrix(AVColorSpace matrix) {
         case AVCOL_SPC_SMPTE240M:
             return SWS_CS_SMPTE240M;
         case AVCOL_SPC_BT2020_NCL:
-        case AVCOL_SPC_BT2020_CL:
             return SWS_CS_BT2020;
         default:
             return SWS_CS_ITU601;

@@ -167,9 +167,14 @@ public:
         silenceVideoLibrary();
         FFMS_Init(0, 0);
         m_track.path = path;
+        std::error_code error;
+        if (std::filesystem::file_size(path, error) == 0)
+            failInvalid(path, "the file is empty; copy or export it again");
         openTrack();
-        lookAtFirstFrame();
         lookAtFile();
+        openDecoder();
+        lookAtFirstFrame();
+        takeTimes();
     }
 
     const std::vector<std::int64_t>& frames() const override { return m_frames; }
@@ -233,13 +238,22 @@ private:
         FFMS_TrackTypeIndexSettings(indexer, FFMS_TYPE_AUDIO, 0, 0);
         m_index.reset(FFMS_DoIndexing2(indexer, FFMS_IEH_ABORT, reason.info()));
         if (!m_index) failDamaged(m_path, reason.text());
-        const int track =
+        m_trackNumber =
             FFMS_GetFirstIndexedTrackOfType(m_index.get(), FFMS_TYPE_VIDEO, reason.info());
-        if (track < 0) failInvalid(m_path, "the file has no video track; give one that has");
+        if (m_trackNumber < 0)
+            failInvalid(m_path, "the file has no video track; give one that has");
         if (!complaints.first().empty()) failDamaged(m_path, complaints.first());
+    }
+
+    /// Jumps only where that is exact. The library counts frames from the key frame it jumps to,
+    /// and counts wrong where frames that follow it in the file are shown before it (open groups of
+    /// pictures): a decoder that begins there leaves them out.
+    void openDecoder() {
+        FfmsReason reason;
         const int threads = static_cast<int>(std::thread::hardware_concurrency());
-        m_video.reset(FFMS_CreateVideoSource(url.c_str(), track, m_index.get(), threads,
-                                             FFMS_SEEK_NORMAL, reason.info()));
+        m_video.reset(
+            FFMS_CreateVideoSource(videoUrl(m_path).c_str(), m_trackNumber, m_index.get(), threads,
+                                   m_canJump ? FFMS_SEEK_NORMAL : FFMS_SEEK_LINEAR, reason.info()));
         if (!m_video)
             failInvalid(m_path, "the video cannot be decoded (" + shown(reason.text()) +
                                     "); convert it first");
@@ -254,9 +268,10 @@ private:
         m_width = frame->EncodedWidth;
         m_height = frame->EncodedHeight;
         requireAllowedSize();
-        m_turn.quarters = ((360 - video.Rotation % 360) / 90) % 4;
-        // A picture upside down is one mirrored and turned by half.
+        // The library mirrors first and turns then.
         m_turn.mirrored = video.Flip != 0;
+        m_turn.quarters = (m_turn.mirrored ? 360 - video.Rotation : video.Rotation) / 90 % 4;
+        // Upside down is mirrored and turned by half.
         if (video.Flip < 0) m_turn.quarters = (m_turn.quarters + 2) % 4;
         m_info = {m_width, m_height, channelsOf(frame->EncodedPixelFormat)};
         if (m_turn.swapsSides()) std::swap(m_info.width, m_info.height);
@@ -268,6 +283,7 @@ private:
         if (m_turn.swapsSides() && video.SARNum > 0)
             m_track.pixelAspect = {video.SARDen, video.SARNum};
         m_track.matrix = matrixOf(frame->ColorSpace, m_width, m_height);
+        requireKnownColours();
         m_track.primaries = frame->ColorPrimaries;
         m_track.transfer = frame->TransferCharateristics;
 
@@ -286,6 +302,23 @@ private:
                                 "fields, and filters see them as one picture");
     }
 
+    void requireKnownColours() const {
+        switch (m_track.matrix) {
+            case AVCOL_SPC_BT709:
+            case AVCOL_SPC_FCC:
+            case AVCOL_SPC_BT470BG:
+            case AVCOL_SPC_SMPTE170M:
+            case AVCOL_SPC_SMPTE240M:
+            case AVCOL_SPC_BT2020_NCL:
+                return;
+            default:
+                break;
+        }
+        const char* name = av_color_space_name(static_cast<AVColorSpace>(m_track.matrix));
+        failInvalid(m_path, std::string("its colours are coded as ") + (name ? name : "unknown") +
+                                ", which is not read; convert the video to BT.709 first");
+    }
+
     void requireAllowedSize() const {
         constexpr int kLargestSide = 32768;
         if (m_width > kLargestSide || m_height > kLargestSide ||
@@ -302,7 +335,6 @@ private:
         requireAllPackets(m_path, *input);
         if (input->start_time != AV_NOPTS_VALUE)
             m_track.startSeconds = static_cast<double>(input->start_time) / AV_TIME_BASE;
-        takeTimes();
         int videos = 0;
         for (unsigned i = 0; i < input->nb_streams; ++i) {
             const AVStream& stream = *input->streams[i];
@@ -313,6 +345,7 @@ private:
         if (videos > 1)
             m_notices.push_back(shown(m_path) + ": the first of its " + std::to_string(videos) +
                                 " video tracks is read, the others are left out");
+        lookAtPackets(*input);
     }
 
     void takeTimes() {
@@ -322,15 +355,47 @@ private:
         av_reduce(&seconds.num, &seconds.den, base.Num, base.Den * 1000, INT32_MAX);
         m_track.timeBase = {seconds.num, seconds.den};
         const std::int64_t start = std::llround(m_track.startSeconds / av_q2d(seconds));
-        for (const std::int64_t frame : m_frames)
-            m_track.timeStamps.push_back(FFMS_GetFrameInfo(track, static_cast<int>(frame))->PTS -
-                                         start);
+        // The index of some containers has the times of decoding.
+        const bool arePacketTimesKnown = m_packetTimes.size() == m_frames.size();
+        for (std::size_t i = 0; i < m_frames.size(); ++i)
+            m_track.timeStamps.push_back(
+                (arePacketTimesKnown ? m_packetTimes[i]
+                                     : FFMS_GetFrameInfo(track, static_cast<int>(i))->PTS) -
+                start);
+        m_packetTimes = {};
         const std::vector<std::int64_t>& times = m_track.timeStamps;
         const FFMS_VideoProperties& video = *FFMS_GetVideoProperties(m_video.get());
         const double last = video.LastEndTime - video.LastTime;
         m_track.lastDuration = std::llround(last / av_q2d(seconds));
         if (m_track.lastDuration <= 0)
             m_track.lastDuration = times.size() > 1 ? times.back() - times[times.size() - 2] : 1;
+    }
+
+    /// Looks at the head of each packet: when it is shown, and whether the decoder can begin there.
+    void lookAtPackets(AVFormatContext& input) {
+        const AvOwned<AVPacket> packet(av_packet_alloc());
+        if (!packet) throw std::bad_alloc();
+        std::vector<std::int64_t> corruptTimes;
+        std::int64_t keyTime = INT64_MIN;
+        bool allAreKeys = true;
+        bool allHaveTimes = true;
+        for (; av_read_frame(&input, packet.get()) >= 0; av_packet_unref(packet.get())) {
+            if (packet->stream_index != m_trackNumber) continue;
+            if ((packet->flags & AV_PKT_FLAG_CORRUPT) != 0) corruptTimes.push_back(packet->pts);
+            const bool isKey = (packet->flags & AV_PKT_FLAG_KEY) != 0;
+            allAreKeys = allAreKeys && isKey;
+            allHaveTimes = allHaveTimes && packet->pts != AV_NOPTS_VALUE;
+            if (packet->pts < keyTime) m_canJump = false;
+            if (isKey) keyTime = packet->pts;
+            m_packetTimes.push_back(packet->pts);
+        }
+        m_canJump = allAreKeys || (m_canJump && allHaveTimes);
+        if (!allHaveTimes) m_packetTimes.clear();
+        std::sort(m_packetTimes.begin(), m_packetTimes.end());
+        for (const std::int64_t time : corruptTimes)
+            m_corruptFrames.insert(
+                std::lower_bound(m_packetTimes.begin(), m_packetTimes.end(), time) -
+                m_packetTimes.begin());
     }
 
     /// What came of a frame that was decoded before it was asked for.
@@ -374,6 +439,8 @@ private:
         m_position = number;
         const std::string name = "frame " + std::to_string(number);
         if (!frame) failDamaged(m_path, name + ": " + reason.text());
+        if (m_corruptFrames.count(number) != 0)
+            failDamaged(m_path, "a part of " + name + " is missing");
         if (isNext && decoderComplaints() != complaintsBefore)
             failDamaged(m_path, name + " or one near it cannot be decoded");
         if (frame->EncodedWidth != m_width || frame->EncodedHeight != m_height)
@@ -409,7 +476,11 @@ private:
     Turn m_turn;
     VideoTrack m_track;
     std::vector<std::string> m_notices;
-    int m_width = 0;  // as stored, before it is turned
+    int m_trackNumber = -1;
+    bool m_canJump = true;
+    std::set<std::int64_t> m_corruptFrames;   // those whose packets are not whole
+    std::vector<std::int64_t> m_packetTimes;  // ascending; empty when not all have one
+    int m_width = 0;                          // as stored, before it is turned
     int m_height = 0;
 
     // One decoder serves all threads.
