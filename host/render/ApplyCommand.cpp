@@ -69,6 +69,8 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
         media::MediaSink::open(options.output, *chosen.source, chosen.frames, options.writing);
     const std::optional<ResultFile> report = openReport(options.report, chosen, *sink);
     warnBeforehand(chosen, options, messages);
+    if (!options.quiet)
+        for (const std::string& notice : sink->notices()) messages.warning(notice);
     if (options.dryRun) return rehearse(chosen, *sink, options);
 
     PictureTaker pictures(*sink,

@@ -92,6 +92,7 @@ RunResult renderChosen(const ChosenFrames& chosen, const RunOptions& options, Re
 void warnBeforehand(const ChosenFrames& chosen, const RunOptions& options,
                     const Messages& messages) {
     if (options.quiet) return;
+    for (const std::string& notice : chosen.source->notices()) messages.warning(notice);
     for (const std::string& warning : warningsFor(*chosen.source, chosen.frames))
         messages.warning(warning);
 }
