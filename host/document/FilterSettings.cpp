@@ -111,9 +111,8 @@ private:
 
 }  // namespace
 
-InstanceState settingsFromText(const FilterText& text, const FilterCatalog& catalog) {
-    const int typeId = catalog.typeOf(text.key);
-    InstanceState state = defaultState(catalog.descriptor(typeId));
+void applySettings(const FilterText& text, int typeId, const FilterCatalog& catalog,
+                   InstanceState& state) {
     std::set<int> given;
     for (const ParameterText& parameter : text.parameters) {
         const int index = catalog.parameterIndex(typeId, parameter.name);
@@ -121,6 +120,7 @@ InstanceState settingsFromText(const FilterText& text, const FilterCatalog& cata
         if (!given.insert(index).second)
             throw FilterError(QStringLiteral("%1 is given twice").arg(reader.where()));
         InstanceParam& param = state.params.at(static_cast<std::size_t>(index));
+        param.keys.clear();
         for (const ValueText& value : parameter.values) {
             const QVariant typed = reader.read(value.text);
             if (!parameter.animated) {
@@ -130,10 +130,18 @@ InstanceState settingsFromText(const FilterText& text, const FilterCatalog& cata
             if (!reader.takesKeys())
                 throw FilterError(QStringLiteral("%1 has one value for all frames; write %2=%3")
                                       .arg(reader.where(), reader.name(), value.text));
-            param.keys[value.frame] = ParamKey{typed, reader.isStepped() || value.held};
+            if (!state.animated)  // keys that were not in force do not come into force with these
+                for (InstanceParam& other : state.params) other.keys.clear();
             state.animated = true;
+            param.keys[value.frame] = ParamKey{typed, reader.isStepped() || value.held};
         }
     }
+}
+
+InstanceState settingsFromText(const FilterText& text, const FilterCatalog& catalog) {
+    const int typeId = catalog.typeOf(text.key);
+    InstanceState state = defaultState(catalog.descriptor(typeId));
+    applySettings(text, typeId, catalog, state);
     return state;
 }
 

@@ -9,6 +9,8 @@
 
 #include "host/document/NearestName.h"
 #include "host/render/ExitCode.h"
+#include "host/render/MemoryLimit.h"
+#include "host/render/ProjectFile.h"
 
 namespace render {
 
@@ -60,38 +62,57 @@ void addPluginOption(CLI::App& command, std::string& path) {
         ->type_name("FILE");
 }
 
-media::SampleRange parseRange(const std::string& text) {
-    if (text == "auto") return {media::SampleRange::Auto, 0, 0};
-    if (text == "each") return {media::SampleRange::Each, 0, 0};
-    static const QRegularExpression pattern(
-        QStringLiteral(R"(^(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)-(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)$)"));
-    const auto match = pattern.match(QString::fromStdString(text));
-    bool lowIsNumber = false, highIsNumber = false;
-    const double low = match.captured(1).toDouble(&lowIsNumber);
-    const double high = match.captured(2).toDouble(&highIsNumber);
-    if (!lowIsNumber || !highIsNumber || low >= high)
-        throw UsageError("--range: cannot use \"" + text +
-                         "\"; write LO-HI with LO below HI, such as 0-4095, or auto, or each");
-    return {media::SampleRange::Given, low, high};
-}
-
-void addSelection(CLI::App& command, Selection& selection) {
-    command.add_option("INPUT", selection.inputs, "What to read")->required()->type_name("");
-    command
+CLI::Option* addFilters(CLI::App& command, Selection& selection) {
+    return command
         .add_option("-f,--filter", selection.filters,
                     "A filter with its settings; several run in this order")
-        ->required()
         ->allow_extra_args(false)
         ->type_name("FILTER");
-    command.add_option("--frames", selection.frames, "The frames to look at, if not all")
-        ->type_name("LIST");
+}
+
+void addRangeOption(CLI::App& command, Selection& selection) {
     command
         .add_option_function<std::string>(
             "--range",
-            [&selection](const std::string& text) { selection.reading.range = parseRange(text); },
+            [&selection](const std::string& text) {
+                selection.range = text;
+                selection.reading.range = parseRange(text);
+            },
             "Sample values that become black and white: LO-HI, auto (those of the first frame) or "
             "each")
         ->type_name("LO-HI");
+}
+
+/// Which chain a command takes.
+enum class Chain {
+    Filters,  ///< INPUT... -f FILTER
+    Project,
+    Either
+};
+
+void addSelection(CLI::App& command, Selection& selection, Chain chain) {
+    if (chain == Chain::Project)
+        command.add_option("PROJECT", selection.inputs, "The project to render")
+            ->required()
+            ->expected(1)
+            ->type_name("");
+    else
+        command
+            .add_option("INPUT", selection.inputs,
+                        chain == Chain::Either ? "What to read, or a project" : "What to read")
+            ->required()
+            ->type_name("");
+    if (chain != Chain::Project) addFilters(command, selection)->required(chain == Chain::Filters);
+    if (chain != Chain::Filters)
+        command
+            .add_option("--set", selection.overrides,
+                        "Give a filter of the project another value: \"KEY:Name=VALUE\", "
+                        "\"KEY#2:...\" for the second of that key")
+            ->allow_extra_args(false)
+            ->type_name("SETTING");
+    command.add_option("--frames", selection.frames, "The frames to look at, if not all")
+        ->type_name("LIST");
+    addRangeOption(command, selection);
     addPluginOption(command, selection.plugin);
 }
 
@@ -116,11 +137,32 @@ CLI::Option* addNumber(CLI::App& command, const std::string& name, int& number, 
         ->type_name("N");
 }
 
-void addRunOptions(CLI::App& command, RunOptions& options) {
-    addSelection(command, options);
+/// "2/5"
+Shard parseShard(const std::string& text) {
+    Shard shard;
+    const QStringList numbers = QString::fromStdString(text).split('/');
+    bool isIndex = false, isCount = false;
+    if (numbers.size() == 2) {
+        shard.index = numbers[0].toInt(&isIndex);
+        shard.count = numbers[1].toInt(&isCount);
+    }
+    if (!isIndex || !isCount || shard.index < 1 || shard.index > shard.count)
+        throw UsageError("--shard: cannot use \"" + text +
+                         "\"; write I/N with I from 1 to N, such as 2/5");
+    return shard;
+}
+
+void addRunOptions(CLI::App& command, RunOptions& options, Chain chain) {
+    addSelection(command, options, chain);
     const int mostJobs = 1024;
     addNumber(command, "-j,--jobs", options.jobs, mostJobs,
               "How many frames to work on at once, if not one per core");
+    command
+        .add_option_function<std::string>(
+            "--max-memory",
+            [&options](const std::string& text) { options.maxMemory = parseMemorySize(text); },
+            "Work on fewer frames at once where they would need more: 500M, 2G")
+        ->type_name("SIZE");
     command.add_flag("--keep-going", options.keepGoing, "Do the other frames when one fails");
     command
         .add_option_function<std::string>(
@@ -141,10 +183,10 @@ void defineList(CLI::App& app, ListOptions& options) {
     addPluginOption(*list, options.plugin);
 }
 
-void addPictureOptions(CLI::App& command, ApplyOptions& options) {
+void addPictureOptions(CLI::App& command, media::WriteOptions& writing) {
     const int highestLevel = 12;
     command
-        .add_option("--compression", options.writing.compression,
+        .add_option("--compression", writing.compression,
                     "Of PNG and TIFF: 0 none, 1 fast (if not given), 12 smallest")
         ->check(CLI::Range(0, highestLevel).description(""))
         ->type_name("LEVEL");
@@ -188,21 +230,64 @@ void addVideoOptions(CLI::App& command, media::VideoOptions& options) {
         ->type_name("RATE");
 }
 
-void defineApply(CLI::App& app, ApplyOptions& options) {
-    CLI::App* apply = app.add_subcommand("apply", "Applies filters to pictures");
-    apply->add_option("-o,--output", options.output, "Where to write")
+void addApplyOptions(CLI::App& command, ApplyOptions& options, Chain chain) {
+    command.add_option("-o,--output", options.output, "Where to write")
         ->required()
         ->type_name("OUTPUT");
-    addRunOptions(*apply, options);
-    apply->add_flag("-n,--dry-run", options.dryRun,
-                    "Check everything, say what would be written, write nothing");
-    apply
-        ->add_option("--report", options.report,
-                     "Write what became of every frame, as JSON; - is standard output")
+    addRunOptions(command, options, chain);
+    command.add_flag("-n,--dry-run", options.dryRun,
+                     "Check everything, say what would be written, write nothing");
+    command.add_flag("--resume", options.resume,
+                     "Leave outputs alone that stand and are what would be written today");
+    command
+        .add_option_function<std::string>(
+            "--shard", [&options](const std::string& text) { options.shard = parseShard(text); },
+            "Do every Nth frame only, from the Ith on")
+        ->type_name("I/N");
+    command
+        .add_option("--report", options.report,
+                    "Write what became of every frame, as JSON, or as CSV to a .csv file; - is "
+                    "standard output")
         ->type_name("FILE");
-    addPictureOptions(*apply, options);
-    addVideoOptions(*apply, options.writing.video);
+    addPictureOptions(command, options.writing);
+    addVideoOptions(command, options.writing.video);
+}
+
+void defineApply(CLI::App& app, ApplyOptions& options) {
+    CLI::App* apply = app.add_subcommand("apply", "Applies filters to pictures");
+    addApplyOptions(*apply, options, Chain::Filters);
     apply->footer(kApplyNotes);
+}
+
+void defineRender(CLI::App& app, ApplyOptions& options) {
+    CLI::App* render = app.add_subcommand("render", "Renders a saved project");
+    addApplyOptions(*render, options, Chain::Project);
+    render->footer(
+        "OUTPUT, LIST and exit codes: as for apply.\n\nExample:\n"
+        "  fxrender render reel.fxp -o out/ --resume --set \"Blur and enhance:Blur=3\"");
+}
+
+void defineSave(CLI::App& app, SaveOptions& options) {
+    CLI::App* save = app.add_subcommand("save", "Writes a project: inputs, filters, values, keys");
+    save->add_option("PROJECT", options.project, "The file to write, such as reel.fxp")
+        ->required()
+        ->type_name("");
+    save->add_option("INPUT", options.inputs, "What it is to read")->required()->type_name("");
+    addFilters(*save, options)->required();
+    addRangeOption(*save, options);
+    addPluginOption(*save, options.plugin);
+    save->footer("FILTER, INPUT and exit codes: as for apply.");
+}
+
+void defineVerify(CLI::App& app, VerifyOptions& options) {
+    CLI::App* verify =
+        app.add_subcommand("verify", "Says which outputs are missing, stale or damaged");
+    verify->add_option("-o,--output", options.output, "What was written")
+        ->required()
+        ->type_name("OUTPUT");
+    addSelection(*verify, options, Chain::Either);
+    addPictureOptions(*verify, options.writing);
+    verify->footer("Exit codes: 0 all is there and up to date, 1 it is not, others as for apply");
 }
 
 void defineCount(CLI::App& app, CountOptions& options) {
@@ -223,13 +308,13 @@ void defineCount(CLI::App& app, CountOptions& options) {
               "Leave out objects of fewer pixels");
     count->add_flag("--exclude-border", options.excludeBorder,
                     "Leave out objects that reach the border of the frame");
-    addRunOptions(*count, options);
+    addRunOptions(*count, options, Chain::Either);
     count->footer(kCountNotes);
 }
 
 void defineCheck(CLI::App& app, Selection& selection) {
     CLI::App* check = app.add_subcommand("check", "Says what would go wrong, renders nothing");
-    addSelection(*check, selection);
+    addSelection(*check, selection, Chain::Either);
     check->footer("Exit codes: 0 nothing to object to, 1 there is, others as for apply");
 }
 
@@ -242,6 +327,13 @@ void refuseEmptyValues(const CLI::App& command) {
                                  ": the value is empty; give one, or leave the option out");
 }
 
+/// Filters come from the command line or from a project.
+void requireChain(const CLI::App& command, const Selection& selection) {
+    if (!command.get_option_no_throw("--filter") || !selection.filters.empty()) return;
+    if (selection.inputs.size() != 1 || !isProjectName(selection.inputs.front()))
+        throw UsageError("--filter is required, unless the input is one project (*.fxp)");
+}
+
 /// "-" stands for standard output only where a text is written.
 void refuseStandardStreams(const CommandLine& commandLine) {
     const auto refuse = [](const std::string& option, const std::string& value) {
@@ -251,6 +343,7 @@ void refuseStandardStreams(const CommandLine& commandLine) {
                              "numbered sequence such as out_####.png or a folder");
     };
     refuse("--output", commandLine.apply.output);
+    refuse("--output", commandLine.verify.output);
     refuse("--labels", commandLine.count.labels);
     refuse("--outlines", commandLine.count.outlines);
 }
@@ -304,6 +397,21 @@ const CLI::App& activeCommand(const CLI::App& app) {
 
 }  // namespace
 
+media::SampleRange parseRange(const std::string& text) {
+    if (text == "auto") return {media::SampleRange::Auto, 0, 0};
+    if (text == "each") return {media::SampleRange::Each, 0, 0};
+    static const QRegularExpression pattern(
+        QStringLiteral(R"(^(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)-(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)$)"));
+    const auto match = pattern.match(QString::fromStdString(text));
+    bool lowIsNumber = false, highIsNumber = false;
+    const double low = match.captured(1).toDouble(&lowIsNumber);
+    const double high = match.captured(2).toDouble(&highIsNumber);
+    if (!lowIsNumber || !highIsNumber || low >= high)
+        throw UsageError("--range: cannot use \"" + text +
+                         "\"; write LO-HI with LO below HI, such as 0-4095, or auto, or each");
+    return {media::SampleRange::Given, low, high};
+}
+
 CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     CommandLine result;
     CLI::App app(kIntroduction, "fxrender");
@@ -314,6 +422,10 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     defineApply(app, result.apply);
     defineCount(app, result.count);
     defineCheck(app, result.check);
+    ApplyOptions project;
+    defineRender(app, project);
+    defineSave(app, result.save);
+    defineVerify(app, result.verify);
 
     std::vector<std::string> backwards(arguments.rbegin(), arguments.rend());
     for (std::string& argument : backwards) {
@@ -338,11 +450,17 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     }
     if (app.get_subcommands().empty()) throw UsageError("no command given; " + validCommands(app));
     refuseEmptyValues(activeCommand(app));
+    if (app.got_subcommand("render")) result.apply = project;
     refuseStandardStreams(result);
-    result.command = app.got_subcommand("list")    ? CommandLine::List
-                     : app.got_subcommand("check") ? CommandLine::Check
-                     : app.got_subcommand("count") ? CommandLine::Count
-                                                   : CommandLine::Apply;
+    const std::map<std::string, CommandLine::Command> commands = {
+        {"list", CommandLine::List},    {"apply", CommandLine::Apply},
+        {"count", CommandLine::Count},  {"check", CommandLine::Check},
+        {"render", CommandLine::Apply}, {"save", CommandLine::Save},
+        {"verify", CommandLine::Verify}};
+    result.command = commands.at(activeCommand(app).get_name());
+    if (result.command == CommandLine::Count) requireChain(activeCommand(app), result.count);
+    if (result.command == CommandLine::Check) requireChain(activeCommand(app), result.check);
+    if (result.command == CommandLine::Verify) requireChain(activeCommand(app), result.verify);
     return result;
 }
 
@@ -361,6 +479,9 @@ std::string shortUsage() {
            "  fxrender count INPUT... -f FILTER ...             count and measure objects\n"
            "  fxrender check INPUT... -f FILTER ...             what would go wrong, nothing "
            "rendered\n"
+           "  fxrender save PROJECT INPUT... -f FILTER ...      write a project\n"
+           "  fxrender render PROJECT -o OUTPUT                 render it; also count, check\n"
+           "  fxrender verify PROJECT -o OUTPUT                 what is missing, stale or damaged\n"
            "  fxrender apply --help                             all options, and examples\n";
 }
 

@@ -38,7 +38,7 @@ void renderSample(const QStringList& filters, const QString& sample, const QStri
     const auto source = media::MediaSource::open({QFile::encodeName(sample).toStdString()});
     const auto sink =
         media::MediaSink::open(QFile::encodeName(result).toStdString(), *source, source->frames());
-    PictureTaker pictures(*sink, PictureTaker::Objects::Ignored);
+    PictureTaker pictures(*sink, PictureTaker::Facts::Ignored);
     const auto workers = renderingWorkers(1, RenderRequest{*source, source->frames(), pictures});
     const auto outcomes = runFrames(source->frames(), workers, RunRules(), nullptr, nullptr);
     const FrameOutcome& outcome = outcomes.front();
