@@ -15,6 +15,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QSettings>
 #include <QStackedWidget>
@@ -106,7 +107,12 @@ MainWindow::MainWindow(EditorSession& session, QWidget* parent)
     sourceChanged();
     showRecent();
     showTitle();
-    resize(1280, 800);
+    QSettings settings;
+    const QSize usual(1440, 900);
+    if (!restoreGeometry(settings.value(QStringLiteral("geometry")).toByteArray()))
+        resize(usual.boundedTo(screen()->availableSize()));
+    restoreState(settings.value(QStringLiteral("panels")).toByteArray());
+    m_timelineDock->setVisible(false);  // until there are frames
 }
 
 MainWindow::~MainWindow() {
@@ -692,10 +698,14 @@ void MainWindow::showStatus() {
 // --- Events ---
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    if (confirmDiscard())
-        event->accept();
-    else
+    if (!confirmDiscard()) {
         event->ignore();
+        return;
+    }
+    QSettings settings;
+    settings.setValue(QStringLiteral("geometry"), saveGeometry());
+    settings.setValue(QStringLiteral("panels"), saveState());
+    event->accept();
 }
 
 void MainWindow::keyPressEvent(QKeyEvent* event) {

@@ -28,6 +28,7 @@ struct Objection {
 
 /// One rendered frame, as far as it is shown.
 struct Preview {
+    quint64 request = 0;  ///< the number of the one that it answers
     qint64 frame = 0;
     int stage = kResultStage;
     int width = 0;  ///< of the frame itself; the pictures are smaller when they are reduced

@@ -86,7 +86,7 @@ void PreviewController::request() {
                 next.reduction = std::clamp(static_cast<int>(factor), 2, kLargestReduction);
                 m_refine.start();
             }
-            ++m_asked;
+            next.number = ++m_asked;
             m_worker.request(next);
         },
         Qt::QueuedConnection);
@@ -103,8 +103,8 @@ void PreviewController::deliver(std::shared_ptr<const Preview> preview) {
     m_state.setPreview(preview);
     // The counts of levels end the delivery of a full picture.
     if (preview->afterLevels.channels > 0 || !preview->after) {
-        m_answered = m_asked;
-        emit idle();
+        m_answered = preview->request;
+        if (isIdle()) emit idle();
     }
 }
 

@@ -22,7 +22,7 @@ public:
     ~PreviewController() override;
 
     /// True when nothing is being rendered or waits for it.
-    bool isIdle() const { return m_answered == m_asked; }
+    bool isIdle() const { return !m_isRequested && m_answered == m_asked; }
 
 signals:
     void idle();

@@ -101,6 +101,7 @@ StageCache::Stage PreviewWorker::sourceStage(const PreviewRequest& request, Prev
 
 std::shared_ptr<Preview> PreviewWorker::render(const PreviewRequest& request) {
     auto preview = std::make_shared<Preview>();
+    preview->request = request.number;
     preview->frame = request.frame;
     preview->stage = request.stage;
     preview->reduction = request.reduction;

@@ -17,6 +17,7 @@
 namespace editor {
 
 struct PreviewRequest {
+    quint64 number = 0;
     std::shared_ptr<const media::MediaSource> source;
     quint64 sourceId = 0;  ///< another one for each source that was opened
     std::shared_ptr<document::ChainRenderer> chain;

@@ -1,12 +1,28 @@
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QIcon>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QSettings>
+#include <QTranslator>
 #include <cstdio>
 #include <exception>
 
 #include "host/editor/EditorSession.h"
 #include "host/editor/MainWindow.h"
 #include "host/editor/Theme.h"
+
+namespace {
+
+QString toolkitTexts() {
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    return QLibraryInfo::location(QLibraryInfo::TranslationsPath);
+#else
+    return QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+#endif
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
@@ -19,6 +35,18 @@ int main(int argc, char** argv) {
     QApplication::setOrganizationName(QStringLiteral("fxeditor"));
     QApplication::setApplicationName(QStringLiteral("fxeditor"));
     QApplication::setApplicationVersion(QStringLiteral(FX_VERSION));
+
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/editor/fxeditor.svg")));
+    QApplication::setDesktopFileName(QStringLiteral("fxeditor"));
+    // The toolkit's own texts (Cancel, Save) first: what the editor says goes before them.
+    const QString ownTexts =
+        QApplication::applicationDirPath() + QStringLiteral("/../translations");
+    QTranslator toolkitTranslator, translator;
+    if (toolkitTranslator.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                               toolkitTexts()))
+        QApplication::installTranslator(&toolkitTranslator);
+    if (translator.load(QLocale(), QStringLiteral("fxeditor"), QStringLiteral("_"), ownTexts))
+        QApplication::installTranslator(&translator);
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QCoreApplication::translate(

@@ -161,6 +161,8 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
         planFrames(chosen.frames, options.shard, options.resume ? &*book : nullptr);
     document::ChainCheck check;
     if (!options.quiet || report) check = warnBeforehand(*chosen.source, plan.todo, messages);
+    if (!options.quiet)
+        for (const std::string& notice : sink->notices()) messages.warning(notice);
     if (options.dryRun) return rehearse(chosen, *sink, plan, options, messages);
 
     for (const std::string& remark : plan.remarks) messages.note(remark);

@@ -25,8 +25,9 @@ VALUE    a number, true, false or the name of a choice; over time keys such as
          "0=1;20|=5;40=9": FRAME=VALUE runs in a line to the next key,
          FRAME|=VALUE holds until it
 INPUT    a picture, several pictures, a numbered sequence (shot_####.png,
-         shot_%04d.png) or a folder
-OUTPUT   a picture, a numbered sequence or a folder; never one of the inputs
+         shot_%04d.png), a folder or a video
+OUTPUT   a picture, a numbered sequence, a folder or a video (.mp4, .mov, .mkv);
+         never one of the inputs
 LIST     single frames, ranges, steps: 1,5,10-20:2  -5  -10--5  100-
 
 Examples:
@@ -34,6 +35,7 @@ Examples:
   fxrender apply cells.tif -o split.png -f "Channel separation:Channel=L" \
       -f "Adaptive threshold:Size=51,Min=0" -f "Object separator:Det=20"
   fxrender apply shot_####.png -o blurred/ -f "Blur and enhance:Blur=0=1;20=13"
+  fxrender apply clip.mp4 -o clip_sharp.mp4 -f Degauss
 
 Exit codes: 0 done, 1 some frames failed (--keep-going), 2 wrong command line,
   65 invalid data, 66 input missing, 73 output cannot be created,
@@ -190,6 +192,44 @@ void addPictureOptions(CLI::App& command, media::WriteOptions& writing) {
         ->type_name("LEVEL");
 }
 
+/// 24, 23.976 or 24000/1001.
+media::Ratio frameRate(const std::string& text) {
+    media::Ratio rate;
+    if (!media::parseFrameRate(text, rate))
+        throw UsageError("--fps: " + text +
+                         " is no number of frames a second; valid: 24, 29.97 or 30000/1001, up to "
+                         "1000");
+    return rate;
+}
+
+void addVideoOptions(CLI::App& command, media::VideoOptions& options) {
+    command
+        .add_option_function<std::string>(
+            "--codec",
+            [&options](const std::string& name) {
+                std::string valid;
+                for (const std::string& codec : media::videoCodecNames()) {
+                    if (codec == name) options.codec = name;
+                    valid += (valid.empty() ? "" : ", ") + codec;
+                }
+                if (options.codec != name)
+                    throw UsageError("--codec: there is no \"" + name + "\"; valid: " + valid);
+            },
+            "Of a video: h264, h265, prores or ffv1, if not as its suffix says")
+        ->type_name("NAME");
+    const int worstQuality = 51;
+    command
+        .add_option("--quality", options.quality,
+                    "Of a video in h264 or h265: 0 (best) to 51 (smallest)")
+        ->check(CLI::Range(0, worstQuality).description(""))
+        ->type_name("N");
+    command
+        .add_option_function<std::string>(
+            "--fps", [&options](const std::string& text) { options.frameRate = frameRate(text); },
+            "Of a video: frames a second, if not as the input says, else 25")
+        ->type_name("RATE");
+}
+
 void addApplyOptions(CLI::App& command, ApplyOptions& options, Chain chain) {
     command.add_option("-o,--output", options.output, "Where to write")
         ->required()
@@ -210,6 +250,7 @@ void addApplyOptions(CLI::App& command, ApplyOptions& options, Chain chain) {
                     "standard output")
         ->type_name("FILE");
     addPictureOptions(command, options.writing);
+    addVideoOptions(command, options.writing.video);
 }
 
 void defineApply(CLI::App& app, ApplyOptions& options) {

@@ -126,6 +126,7 @@ RunResult renderFrames(const media::MediaSource& source, const std::vector<std::
 document::ChainCheck warnBeforehand(const media::MediaSource& source,
                                     const std::vector<std::int64_t>& frames,
                                     const Messages& messages) {
+    for (const std::string& notice : source.notices()) messages.warning(notice);
     document::ChainCheck check = checkBeforehand(source, frames);
     // The error of a single frame that is refused follows at once.
     for (const std::string& warning : frames.size() == 1 ? check.advice() : check.objections())

@@ -1,6 +1,7 @@
 // Makes the pictures of docs/editor.md: drives the real window and saves what it shows.
 // screenshots PICTURES OUT light|dark WIDTH HEIGHT; PICTURES is a folder of sample pictures.
 #include <QApplication>
+#include <QCheckBox>
 #include <QDir>
 #include <QPushButton>
 #include <QSettings>
@@ -103,17 +104,24 @@ void Photographer::takeDialogs(int objectId) {
 
 void Photographer::takeTimeline() {
     open("timelapse");
+    // Nuclei are bright and the threshold finds what is dark: inverted before and after.
+    const auto addInversion = [&] {
+        const int inversion = m_driver.addFilter(QStringLiteral("Channel separation"));
+        m_driver.click(m_driver.control<QCheckBox>(inversion, "Invert"));
+    };
+    addInversion();
     const int threshold = m_driver.addFilter(QStringLiteral("Adaptive threshold"));
+    addInversion();
     const int separator = m_driver.addFilter(QStringLiteral("Object separator"));
     m_driver.dragSlider(m_driver.control<QSlider>(separator, "theSlDetails"), 30);
-    auto& animate = m_driver.control<QToolButton>(threshold, "theTbAnimate");
     auto& size = m_driver.control<QSlider>(threshold, "theSlSize");
     auto& level = m_driver.control<QSlider>(threshold, "theSlMin");
+    const int levels = level.maximum() - level.minimum();
     m_driver.dragSlider(size, size.maximum());
-    m_driver.dragSlider(level, level.minimum() + (level.maximum() - level.minimum()) / 6);
-    m_driver.click(animate);
+    m_driver.dragSlider(level, level.minimum() + levels * 2 / 5);
+    m_driver.click(m_driver.control<QToolButton>(threshold, "theTbAnimate"));
     m_window.state().setCurrentFrame(20);
-    m_driver.dragSlider(level, level.minimum() + (level.maximum() - level.minimum()) / 4);
+    m_driver.dragSlider(level, level.minimum() + levels / 2);
     m_window.state().setCurrentFrame(12);
     m_driver.trigger("actObjects");
     const int untilCounted = 9000;

@@ -8,6 +8,7 @@
 #include <QFileDialog>
 #include <QImage>
 #include <QPainter>
+#include <QPointer>
 #include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
@@ -150,28 +151,33 @@ public:
         }
         QWindow* handle = front->windowHandle();
         if (!handle || !front->isVisible()) return;
+        const QPointer<QWindow> pointer(handle);
         const QPoint place(upTo(front->width() - 1), upTo(front->height() - 1));
         const auto modifiers = upTo(9) == 0 ? Qt::ControlModifier : Qt::NoModifier;
         switch (upTo(9)) {
             case 0:
             case 1:
             case 2:
-                QTest::mouseClick(handle, Qt::LeftButton, modifiers, place);
+                click(handle, Qt::LeftButton, modifiers, place);
                 break;
             case 3:
-                QTest::mouseDClick(handle, Qt::LeftButton, modifiers, place);
+                click(handle, Qt::LeftButton, modifiers, place);
+                if (pointer) click(pointer, Qt::LeftButton, modifiers, place);
                 break;
             case 4:
-                QTest::mouseClick(handle, Qt::RightButton, modifiers, place);
+                click(handle, Qt::RightButton, modifiers, place);
                 break;
             case 5:
                 QTest::mousePress(handle, Qt::LeftButton, modifiers, place);
                 for (int step = upTo(12); step > 0; --step)
-                    QTest::mouseMove(handle, place + QPoint(upTo(160) - 80, upTo(60) - 30));
-                QTest::mouseRelease(handle, Qt::LeftButton, modifiers, place + QPoint(upTo(90), 0));
+                    if (pointer)
+                        QTest::mouseMove(pointer, place + QPoint(upTo(160) - 80, upTo(60) - 30));
+                if (pointer)
+                    QTest::mouseRelease(pointer, Qt::LeftButton, modifiers,
+                                        place + QPoint(upTo(90), 0));
                 break;
             case 6:
-                QTest::keyClick(handle, Qt::Key_Escape);
+                press(handle, Qt::Key_Escape);
                 break;
             case 7:
                 add();
@@ -182,6 +188,16 @@ public:
     }
 
 private:
+    // What a press opens or closes may take its window away before the release.
+    static void click(QPointer<QWindow> handle, Qt::MouseButton button,
+                      Qt::KeyboardModifiers modifiers, QPoint place) {
+        QTest::mousePress(handle, button, modifiers, place);
+        if (handle) QTest::mouseRelease(handle, button, modifiers, place);
+    }
+    static void press(QPointer<QWindow> handle, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyPress(handle, key, modifiers);
+        if (handle) QTest::keyRelease(handle, key, modifiers);
+    }
     int upTo(int most) {
         return std::uniform_int_distribution<int>(0, std::max(most, 0))(m_random);
     }
@@ -206,9 +222,9 @@ private:
                                               Qt::Key_A,    Qt::Key_D,     Qt::Key_0,     Qt::Key_1,
                                               Qt::Key_Plus, Qt::Key_Minus, Qt::Key_Period};
         if (upTo(2) == 0)
-            QTest::keyClick(handle, withControl[upTo(10)], Qt::ControlModifier);
+            press(handle, withControl[upTo(10)], Qt::ControlModifier);
         else
-            QTest::keyClick(handle, plain[upTo(19)]);
+            press(handle, plain[upTo(19)]);
     }
 
     editor::MainWindow& m_window;
