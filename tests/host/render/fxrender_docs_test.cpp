@@ -28,6 +28,7 @@ protected:
         // The toolkit writes no TIFF.
         for (const char* name : {"cells.tif", "nuclei_0002.tif"})
             apply({"photo.png", "-o", name, "-q", "-f", "Channel separation"});
+        apply({"shot_####.png", "-o", "clip.mp4", "-q", "-f", "Blur and enhance"});
     }
 
     /// Runs what the document shows and returns how many commands that were.
@@ -37,8 +38,9 @@ protected:
         static const std::regex continuation("\\\\\n");
         std::istringstream lines(
             std::regex_replace(file.readAll().toStdString(), continuation, " "));
-        // With a prompt, the lines below are what the command says; they may break off with dots.
-        static const std::regex command(R"((\$ )?(fxrender|\./run)( .*))");
+        // ./run editor waits for somebody to close it. With a prompt, the lines below are what the
+        // command says; they may break off with dots.
+        static const std::regex command(R"((\$ )?(fxrender|\./run(?! editor))( .*))");
         bool inBlock = false, saysSomething = false;
         int count = 0;
         ProgramResult result;
