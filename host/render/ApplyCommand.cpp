@@ -147,7 +147,7 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
     const auto sink =
         media::MediaSink::open(options.output, *chosen.source, chosen.frames, options.writing);
     // A project's output of one file is recorded nowhere: it is made whole or not at all.
-    const bool hasOneFile = chosen.frames.size() > 1 && sink->writesInOrder();
+    const bool hasOneFile = sink->writesInOrder();
     const bool mustBeRecorded = options.resume || options.shard.count > 1;
     std::optional<OutputBook> book;
     if (mustBeRecorded || (options.isRecorded() && !hasOneFile))

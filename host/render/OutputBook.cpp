@@ -50,7 +50,7 @@ private:
 };
 
 std::string folderOfOutputs(const media::MediaSink& sink, const std::vector<std::int64_t>& frames) {
-    if (frames.size() > 1 && sink.path(frames.front()) == sink.path(frames.back()))
+    if (sink.writesInOrder())
         throw UsageError(media::shown(sink.path(frames.front())) +
                          ": one file of many frames is made in one run; --resume, --shard and "
                          "verify need a file for each frame, such as frame_####.png");

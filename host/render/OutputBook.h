@@ -30,7 +30,7 @@ class OutputBook {
 public:
     /// GUI thread. frames: those whose fingerprints matter. All outputs lie in one folder, each in
     /// a file of its own. shard: see Ledger.
-    /// Throws UsageError when several frames go to one file.
+    /// Throws UsageError when all frames go to one file, as those of a video.
     OutputBook(const media::MediaSource& source, const media::MediaSink& sink,
                const std::vector<std::int64_t>& frames, const OutputOrigin& origin,
                const std::string& shard);

@@ -138,6 +138,11 @@ TEST_F(FxrenderProject, ResumeDoesWhatIsMissingStaleOrDamagedAndNothingElse) {
     EXPECT_THAT(render({"-o", "out/", "--resume"}).err, HasSubstr("nobody recorded"));
     expectRefusal({"render", "reel.fxp", "-o", "pages.tif", "--resume"}, 2,
                   "a file for each frame");
+    // A video is there when it is finished, with one frame as with many.
+    render({"-o", "one.mkv", "--frames", "3"});
+    EXPECT_FALSE(files().filter("one.mkv").isEmpty());
+    expectRefusal({"render", "reel.fxp", "-o", "one.mkv", "--frames", "3", "--shard", "1/2"}, 2,
+                  "a file for each frame");
 }
 
 TEST_F(FxrenderProject, ShardsAndJobsShareOutTheFramesAndChangeNoPixel) {
