@@ -143,6 +143,22 @@ Scene comb(int width, int height) {
     return scene;
 }
 
+Scene teeth(int width, int height, int toothWidth) {
+    Scene scene = filled(width, height, 255);
+    for (int y = 0; y < height; ++y)
+        for (int x = toothWidth; x < width; x += toothWidth + 1) scene.at(x, y) = 0;
+    return scene;
+}
+
+Scene diagonalTeeth(int width, int height, int toothWidth) {
+    Scene scene = filled(width, height, 255);
+    const int pitch = toothWidth + 2;  // two pixels of wall, or corners would join the corridors
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            if ((x + y) % pitch >= toothWidth) scene.at(x, y) = 0;
+    return scene;
+}
+
 Scene oneZeroPixel(int width, int height) {
     Scene scene = filled(width, height, 255);
     scene.at(0, 0) = 0;

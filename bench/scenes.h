@@ -31,6 +31,10 @@ Scene transposed(const Scene& scene);
 /// Arches of rising height, one pixel wide, whose right legs all stand in one basin that fills the
 /// lower half. The left legs end just above the basin.
 Scene comb(int width, int height);
+/// Corridors of that width side by side from top to bottom, between walls of one pixel, or that
+/// slope at 45 degrees.
+Scene teeth(int width, int height, int toothWidth);
+Scene diagonalTeeth(int width, int height, int toothWidth);
 /// Object everywhere but for one background pixel in a corner: the farthest distances there are.
 Scene oneZeroPixel(int width, int height);
 /// Object everywhere but for a frame of background, one pixel wide.

@@ -6,8 +6,10 @@
 #include "bench/scenes.h"
 #include "bench/seeds.h"
 #include "bench/series.h"
+#include "numeric/base/neighbours.h"
 #include "numeric/numeric.h"
 #include "numeric/owned.h"
+#include "numeric/watershed/flood.h"
 
 namespace {
 
@@ -22,6 +24,9 @@ struct Case {
     std::vector<unsigned char> marker;
 };
 using Cases = std::vector<Case>;
+
+constexpr int kBySteps = 1;
+constexpr int kByDistance = 2;
 
 std::vector<unsigned char> labelled(Scene seeds) {
     int scratchSize = 0;
@@ -86,6 +91,27 @@ void runNumeric(benchmark::State& state, const Cases& cases, int norm, int flags
         });
 }
 
+/// The flood by a queue alone, which tiles are to be faster than.
+void runQueue(benchmark::State& state, const Cases& cases, int norm, int flags) {
+    const int width = cases.front().width;
+    const int height = cases.front().height;
+    std::vector<unsigned char> marker;
+    int scratchSize = 0;
+    numeric::watershedScratchSize(width, height, &scratchSize);
+    const auto scratch = numeric::makeScratch(scratchSize);
+    const auto& rows = numeric::kWatershedSlots.selected();
+    measure(
+        state, cases, [&](const Case& c) { marker = c.marker; },
+        [&](const Case& c) {
+            const numeric::FloodPlanes planes{{c.relief.data(), width, width, height},
+                                              {marker.data(), width, width, height}};
+            if (flags == kByDistance)
+                numeric::floodByMarching(planes, rows, scratch.get());
+            else
+                numeric::floodBySteps(planes, rows, numeric::neighboursOf(norm), scratch.get());
+        });
+}
+
 void runOpenCV(benchmark::State& state, const Cases& cases) {
     cv::Mat picture, marker;
     measure(
@@ -113,6 +139,36 @@ void addSeries(const SharedSeries<Case>& series) {
     }
 }
 
+/// The object separator's case with one object pixel in seedEvery for a seed.
+Case withSeeds(const Scene& scene, unsigned seedEvery) {
+    Case result{scene.width, scene.height, scene.pixels, scene.pixels};
+    cv::RNG random(1);
+    for (std::size_t i = 0; i < scene.pixels.size(); ++i) {
+        const bool isSeed = random.next() % seedEvery == 0;
+        result.relief[i] = static_cast<unsigned char>(255 - scene.pixels[i]);
+        result.marker[i] = scene.pixels[i] == 0 ? 1 : isSeed ? 2 + random.next() % 250 : 0;
+    }
+    return result;
+}
+
+/// Scenes that suit tiles badly, beside the queue alone, without borders.
+void addBesideQueue(const std::string& name, Scene (*make)(int width, int height, int toothWidth),
+                    int toothWidth) {
+    const auto series = single<Case>(name, kFullHd, [=](int width, int height) {
+        return withSeeds(make(width, height, toothWidth), 300);
+    });
+    constexpr int kOrders[][2] = {{3, kByDistance}, {0, kBySteps}, {1, kBySteps}};
+    for (const auto& [norm, flags] : kOrders) {
+        const std::string kernel = "watershed" + std::to_string(norm);
+        add(kernel, name, kFullHd, "numeric", [=, n = norm, f = flags](benchmark::State& state) {
+            runNumeric(state, series->inputs(), n, f);
+        });
+        add(kernel, name, kFullHd, "our queue", [=, n = norm, f = flags](benchmark::State& state) {
+            runQueue(state, series->inputs(), n, f);
+        });
+    }
+}
+
 }  // namespace
 
 void benchmarks::addWatershed() {
@@ -135,4 +191,9 @@ void benchmarks::addWatershed() {
     addMaze("spiral", scenes::spiral);
     addMaze("serpentine", scenes::serpentine);
     addMaze("comb", scenes::comb);
+    for (const int toothWidth : {1, 2, 4}) {
+        const std::string width = ", " + std::to_string(toothWidth) + " wide";
+        addBesideQueue("teeth" + width, scenes::teeth, toothWidth);
+        addBesideQueue("diagonal teeth" + width, scenes::diagonalTeeth, toothWidth);
+    }
 }

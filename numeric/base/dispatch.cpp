@@ -2,6 +2,11 @@
 
 #include <cstdint>
 
+#if (defined(__x86_64__) || defined(__i386__)) && defined(__GNUC__)
+#include <cpuid.h>
+#define NUMERIC_X86_BUILDS
+#endif
+
 namespace numeric {
 namespace {
 
@@ -36,6 +41,15 @@ constexpr VariantOfCode makeVariantOfCode() {
 
 constexpr VariantOfCode kVariantOfCode = makeVariantOfCode();
 
+#ifdef NUMERIC_X86_BUILDS
+/// Not every compiler's __builtin_cpu_supports knows this one by name. The registers it uses are
+/// those of AVX2, which is asked for by name and with the operating system's leave.
+bool hasF16c() {
+    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
+    return __get_cpuid(1, &eax, &ebx, &ecx, &edx) != 0 && (ecx & bit_F16C) != 0;
+}
+#endif
+
 }  // namespace
 
 int selectVariant(int processorCode) {
@@ -56,7 +70,7 @@ int variantLevel() {
 }
 
 Build bestBuild() {
-#if (defined(__x86_64__) || defined(__i386__)) && defined(__GNUC__)
+#ifdef NUMERIC_X86_BUILDS
     // Every instruction set the builds' target attributes allow the compiler to use is asked for.
     __builtin_cpu_init();
     if (!__builtin_cpu_supports("ssse3")) return Portable;
@@ -64,8 +78,7 @@ Build bestBuild() {
         !__builtin_cpu_supports("pclmul") || !__builtin_cpu_supports("aes"))
         return Ssse3;
     if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("bmi") ||
-        !__builtin_cpu_supports("bmi2") || !__builtin_cpu_supports("fma") ||
-        !__builtin_cpu_supports("f16c"))
+        !__builtin_cpu_supports("bmi2") || !__builtin_cpu_supports("fma") || !hasF16c())
         return Sse4;
     if (!__builtin_cpu_supports("avx512f") || !__builtin_cpu_supports("avx512vl") ||
         !__builtin_cpu_supports("avx512dq") || !__builtin_cpu_supports("avx512bw"))

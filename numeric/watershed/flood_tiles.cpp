@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <utility>
 
 #include "numeric/base/scratch.h"
@@ -60,6 +59,7 @@ public:
           m_toVisit(m_across * m_down, layout),
           m_toSettle(m_across * m_down, layout),
           m_free(layout.take<BitWord>(m_words * planes.height())),
+          m_low(layout.take<BitWord>(m_words * m_down)),
           m_size(layout.used()) {}
 
     std::int64_t size() const { return m_size; }
@@ -68,11 +68,13 @@ public:
         const int freeLevel = findFreeLevel();
         if (freeLevel < 0) return true;
         m_levels = {static_cast<unsigned char>(freeLevel), 0, false};
+        std::fill_n(m_low, m_words * m_down, BitWord{0});
         for (int y = 0; y < m_planes.height(); ++y) {
             rows.scan(m_planes.relief.row(y), m_planes.marker.row(y), m_planes.width(),
-                      m_free + m_words * y, &m_levels);
+                      m_free + m_words * y, m_low + m_words * (y / kTileSide), &m_levels);
             if (m_levels.areMixed) return false;
         }
+        if (areLinesOnly()) return false;
         if (flood()) return true;
         clearLabels();
         return false;
@@ -89,16 +91,22 @@ private:
         bool isUnsettled;
         bool hasLabels;
         std::uint8_t visits;
+        std::uint16_t reached;  // pixels that have been reached
     };
 
     /// Rows of tiles in a band: few enough to stay near, enough that not many areas are cut.
     static constexpr int kBandTiles = 8;
-    /// Visits and settlings of each tile, on average. Open areas need 3 to 5.
-    static constexpr int kLargestWork = 12;
-    /// A front of so few tiles runs through a corridor, where the queue is faster: a sixteenth of
-    /// the tiles may be visited that way.
+    /// The work is paid for with pixels, as many for a round or a settling as the queue floods in
+    /// that time. A tile brings in half a round when it is made, and its first settling when it is
+    /// visited. No more is saved up than some rounds for each tile of the plane: to flood it again
+    /// and again is too much work, however fast it went at first.
+    static constexpr int kRoundsSaved = 4;
+    /// A front of so few tiles runs through a corridor. Nothing can be brought near in time: its
+    /// rounds count as many.
     static constexpr int kLoneTiles = 3;
-    static constexpr int kLoneShare = 16;
+    static constexpr int kLoneWork = 6;
+    /// One row in so many tells how thin the free areas are.
+    static constexpr int kSampledRows = 7;
     /// A tile that is visited more often has winding paths inside, which one round leaves undone.
     static constexpr int kQuickVisits = 2;
     static constexpr int kThoroughRounds = 4;
@@ -134,6 +142,27 @@ private:
         return -1;
     }
 
+    /// Whether the free areas are no wider than 2.5 pixels on average, along rows or columns. Such
+    /// lines pass through a tile at different times, each time for few pixels.
+    bool areLinesOnly() const {
+        std::int64_t pixels = 0, runsOfRows = 0, runsOfColumns = 0;
+        for (int y = kSampledRows - 1; y < m_planes.height(); y += kSampledRows) {
+            const BitWord* row = m_free + m_words * y;
+            const BitWord* above = row - m_words;
+            BitWord before = 0;
+            for (int i = 0; i < m_words; ++i) {
+                const BitWord word = row[i];
+                if (word != 0) {
+                    pixels += __builtin_popcountll(word);
+                    runsOfRows += __builtin_popcountll(word & ~(word << 1 | before));
+                    runsOfColumns += __builtin_popcountll(word & ~above[i]);
+                }
+                before = word >> (kWordBits - 1);
+            }
+        }
+        return 2 * pixels < 5 * std::max(runsOfRows, runsOfColumns);
+    }
+
     /// Works in bands of rows of tiles, so that tiles are settled while they are still near: one
     /// band later, since the next one floods back into them. False if it gives up.
     bool flood() {
@@ -151,7 +180,6 @@ private:
             settleTiles(begin);
             if (m_isLong) return false;
         }
-        m_lone = std::numeric_limits<std::int64_t>::min();  // these may run one by one
         while (m_toSettle.size() > 0) {
             settleTiles(m_count + 1);
             if (m_isLong || !visitTiles()) return false;
@@ -190,12 +218,18 @@ private:
         }
     }
 
-    /// The free pixels of a tile's row.
-    std::uint16_t freeMask(int tileX, int row) const {
+    /// A tile's part of a mask.
+    static std::uint16_t maskOfTile(const BitWord* mask, int tileX) {
         constexpr int kTilesPerWord = kWordBits / kTileSide;
-        const BitWord word = m_free[m_words * row + tileX / kTilesPerWord];
+        const BitWord word = mask[tileX / kTilesPerWord];
         return static_cast<std::uint16_t>(word >> tileX % kTilesPerWord * kTileSide);
     }
+    /// The free pixels of a tile's row.
+    std::uint16_t freeMask(int tileX, int row) const {
+        return maskOfTile(m_free + m_words * row, tileX);
+    }
+    /// Whether not all of a tile is wall.
+    bool isLow(int x, int y) const { return maskOfTile(m_low + m_words * y, x) != 0; }
 
     void makeRowOfTiles(int y) {
         const int rows = std::min(kTileSide, m_planes.height() - y * kTileSide);
@@ -229,7 +263,8 @@ private:
                 if ((dy < 0 && top > 0) || (dy > 0 && bottom < kLast)) continue;
                 if ((dx < 0 && left > 0) || (dx > 0 && right < kLast)) continue;
                 const int nextX = x + dx, nextY = y + dy;
-                if (nextX >= 0 && nextY >= 0 && nextX < m_across && nextY < m_down)
+                if (nextX >= 0 && nextY >= 0 && nextX < m_across && nextY < m_down &&
+                    isLow(nextX, nextY))
                     make(nextX, nextY);
             }
     }
@@ -238,9 +273,10 @@ private:
         int& id = idAt(x, y);
         if (id != 0) return id;
         id = ++m_count;
+        m_credit += m_rows.pixelsPerRound / 2;
         if (m_count < m_across * m_down) fetch(m_count + 1);
         Place& place = m_places[id];
-        place = {x, y, {}, false, false, false, false, false, 0};
+        place = {x, y, {}, false, false, false, false, false, 0, 0};
         place.hasSeeds = m_rows.fill(pixels(place), m_levels.freeLevel, &m_tiles[id]);
         if (place.hasSeeds) enqueue(id);
         return id;
@@ -271,14 +307,16 @@ private:
             place.isQueued = false;
             const TilesAround tiles = around(place);
             if (place.isActive) {
-                if (++m_work > std::int64_t{kLargestWork} * m_count) return false;
-                if (m_toVisit.size() < kLoneTiles && ++m_lone > kLoneShare + m_count / kLoneShare)
-                    return false;
                 const int rounds = place.visits < kQuickVisits ? 1 : kThoroughRounds;
                 if (place.visits < kQuickVisits) ++place.visits;
-                const unsigned changed = m_rows.relax(&m_tiles[id], tiles, place.bounds, rounds);
-                if (changed == 0) continue;
-                unsettle(place, changed);
+                const Relaxed relaxed = m_rows.relax(&m_tiles[id], tiles, place.bounds, rounds);
+                if (place.reached == 0) m_credit += m_rows.pixelsPerRound;
+                m_credit += relaxed.reached - place.reached;
+                place.reached = static_cast<std::uint16_t>(relaxed.reached);
+                pay(relaxed.rounds * (m_toVisit.size() < kLoneTiles ? kLoneWork : 1));
+                if (m_credit < 0) return false;
+                if (relaxed.changed == 0) continue;
+                unsettle(place, relaxed.changed);
             }
             const unsigned sides = m_rows.reach(m_tiles[id], tiles);
             if ((sides & kAbove) != 0) enqueueActive(idAt(place.x, place.y - 1));
@@ -287,6 +325,12 @@ private:
             if ((sides & kBelow) != 0) enqueueActive(idAt(place.x, place.y + 1));
         }
         return true;
+    }
+
+    void pay(int rounds) {
+        const std::int64_t most =
+            std::int64_t{kRoundsSaved} * m_rows.pixelsPerRound * m_across * m_down;
+        m_credit = std::min(m_credit, most) - std::int64_t{rounds} * m_rows.pixelsPerRound;
     }
 
     void unsettle(int id) {
@@ -310,7 +354,7 @@ private:
             if (left > 1) fetch(m_toSettle.front());
             Place& place = m_places[id];
             place.isUnsettled = false;
-            ++m_work;
+            if (place.reached > 0) pay(1);
             const unsigned changed =
                 m_rows.settle(&m_tiles[id], around(place), place.bounds, &m_isLong);
             if (changed != 0) {
@@ -333,11 +377,11 @@ private:
     TileQueue m_toVisit;
     TileQueue m_toSettle;
     BitWord* m_free;  // masks of the rows
+    BitWord* m_low;   // columns of a row of tiles with a pixel that is not above the free level
     std::int64_t m_size;
     TwoLevels m_levels{};
     int m_count = 0;
-    std::int64_t m_work = 0;
-    std::int64_t m_lone = 0;
+    std::int64_t m_credit = 0;
     bool m_isLong = false;
 };
 

@@ -131,6 +131,7 @@ static_assert(kAdvances[0] == kAdvances[1], "a lead of 0 counts as 1");
 /// The Euclidean order: what arrives over a side neighbour and the earlier of the corners beside
 /// it.
 struct Marching {
+    static constexpr int kPixelsPerRound = 10;
     static HWY_INLINE Keys arrive(Keys side, Keys corner) {
         // With the largest label the difference of the keys has that of the distances in its upper
         // bits, whatever the corner's label.
@@ -165,6 +166,7 @@ HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
 #else
 
 struct Marching {
+    static constexpr int kPixelsPerRound = 10;
     static HWY_INLINE Keys arrive(Keys side, Keys corner) {
         const KeyTag d;
         const Lanes df;
@@ -194,6 +196,7 @@ HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
 /// The orders by steps: one more than the smallest of the neighbours.
 template <Neighbours kNeighbours>
 struct Stepping {
+    static constexpr int kPixelsPerRound = 16;
     static HWY_INLINE Keys arrive(Keys side, Keys corner) {
         const auto nearest = kNeighbours == Neighbours::Eight ? hn::Min(side, corner) : side;
         return hn::Add(nearest, hn::Set(KeyTag(), 1 << kTileLabelBits));

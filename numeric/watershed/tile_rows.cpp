@@ -123,18 +123,30 @@ void copyOuterColumns(Tile* tile) {
     }
 }
 
+// How many keys are distances.
+int countReached(const Tile& tile) {
+    const KeyTag d;
+    auto counts = hn::Zero(d);
+    for (int i = 0; i < kTileSide * kTileSide; i += kLanes) {
+        const auto isReached = hn::Lt(hn::LoadU(d, tile.keys + i), hn::Set(d, kUnreachedKey));
+        counts = hn::Sub(counts, hn::VecFromMask(d, isReached));
+    }
+    return hn::GetLane(hn::SumOfLanes(d, counts));
+}
+
 template <class Order>
-unsigned relax(Tile* tile, const TilesAround& around, const TileBounds& bounds, int rounds) {
+Relaxed relax(Tile* tile, const TilesAround& around, const TileBounds& bounds, int rounds) {
     const Edges edges(around);
     const OuterLines before(*tile);
     alignas(64) TileKey turned[kTileSide * kTileSide];
     bool any = false;
-    for (int round = 0; round < rounds; ++round) {
+    int round = 0;
+    while (round < rounds) {
         Line changes = zeroLine();
         relaxLines<Order>({tile->keys, edges.above, edges.below, edges.left, edges.right},
                           bounds.top, bounds.bottom, &changes);
         turnOver(tile->keys, turned);
-        if (round > 0 && isZero(changes)) break;
+        if (round++ > 0 && isZero(changes)) break;
         relaxLines<Order>({turned, edges.left, edges.right, edges.above, edges.below}, bounds.left,
                           bounds.right, &changes);
         turnOver(turned, tile->keys);
@@ -143,7 +155,7 @@ unsigned relax(Tile* tile, const TilesAround& around, const TileBounds& bounds, 
     }
     storeLine(loadLine(turned), tile->left);
     storeLine(loadLine(turned + kTileSide * (kTileSide - 1)), tile->right);
-    return any ? before.changedParts(*tile) : 0;
+    return {any ? before.changedParts(*tile) : 0, round, countReached(*tile)};
 }
 
 template <class Order>
@@ -287,7 +299,8 @@ void readLabels(const Tile& tile, const TileBounds& bounds, unsigned char highLa
 
 template <class Order>
 constexpr TileRows makeRows() {
-    return {fill, relax<Order>, settle<Order>, reach<Order>, isTouched, readLabels};
+    return {fill,      relax<Order>, Order::kPixelsPerRound * kParts, settle<Order>, reach<Order>,
+            isTouched, readLabels};
 }
 constexpr TileRows kMarchingRows = makeRows<Marching>();
 constexpr TileRows kChessboardRows = makeRows<Stepping<Neighbours::Eight>>();

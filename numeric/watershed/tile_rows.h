@@ -58,15 +58,22 @@ struct TilePixels {
     int height;
 };
 
+struct Relaxed {
+    unsigned changed;  // the parts (TilePart) in which any key has, kInside always among them, or 0
+    int rounds;
+    int reached;  // keys of the tile that now are distances
+};
+
 struct TileRows {
     /// Writes all keys of a tile. Returns whether any is a seed.
     bool (*fill)(const TilePixels& pixels, unsigned char freeLevel, Tile* tile);
     /// Lowers keys to what arrives, down and up, then right and left, in so many rounds at most or
-    /// until one changes nothing. Returns the parts (TilePart) in which any changed, kInside always
-    /// among them, or 0.
-    unsigned (*relax)(Tile* tile, const TilesAround& around, const TileBounds& bounds, int rounds);
-    /// Replaces keys that are not what arrives from the neighbours, with the same result. Sets
-    /// *isLong if any distance is too long.
+    /// until one changes nothing.
+    Relaxed (*relax)(Tile* tile, const TilesAround& around, const TileBounds& bounds, int rounds);
+    /// So many pixels the queue floods in the time of a round.
+    int pixelsPerRound;
+    /// Replaces keys that are not what arrives from the neighbours. Returns the parts in which any
+    /// has changed, as above. Sets *isLong if any distance is too long.
     unsigned (*settle)(Tile* tile, const TilesAround& around, const TileBounds& bounds,
                        bool* isLong);
     /// The sides (TilePart) across which something smaller arrives than is there.

@@ -19,7 +19,8 @@
 //   |   relief   |        +----+----+   turned over, columns are rows too  ...
 //   +------------+        |    |    |
 //
-// Tiles give up where paths are long and winding; the queue then starts anew. Borders come last.
+// Thin lines are left to the queue at once. Tiles give up where paths are long and winding, or
+// where the work is more than that of the queue, which then starts anew. Borders come last.
 namespace numeric {
 
 const SlotTable<WatershedRows> kWatershedSlots(kWatershedBuilds);

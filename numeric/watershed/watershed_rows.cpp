@@ -29,9 +29,10 @@ unsigned char firstHighLabel(const unsigned char* relief, const unsigned char* m
     return 0;
 }
 
-/// The bits of a word's free pixels. Collects in *misfits what does not fit.
+/// The bits of a word's free pixels; adds those of its low ones to *low, and collects in *misfits
+/// what does not fit.
 HWY_INLINE BitWord scanWord(const unsigned char* relief, const unsigned char* marker,
-                            const TwoLevels& levels, Bytes* misfits) {
+                            const TwoLevels& levels, BitWord* low, Bytes* misfits) {
     const ByteTag d;
     const int lanes = static_cast<int>(hn::Lanes(d));
     const auto freeLevel = hn::Set(d, levels.freeLevel);
@@ -41,17 +42,18 @@ HWY_INLINE BitWord scanWord(const unsigned char* relief, const unsigned char* ma
         const auto level = hn::LoadU(d, relief + i);
         const auto label = hn::LoadU(d, marker + i);
         const auto isFree = hn::Eq(label, hn::Zero(d));
-        const auto isHigh = hn::Ne(hn::Max(level, freeLevel), freeLevel);
-        const auto otherHigh = hn::IfThenElseZero(isHigh, hn::Xor(label, highLabel));
+        const auto isLow = hn::Eq(hn::Max(level, freeLevel), freeLevel);
+        const auto otherHigh = hn::IfThenZeroElse(isLow, hn::Xor(label, highLabel));
         const auto otherLevel = hn::IfThenElseZero(isFree, hn::Xor(level, freeLevel));
         *misfits = hn::Or(*misfits, hn::Or(otherHigh, otherLevel));
         free |= toBits(d, isFree) << i;
+        *low |= toBits(d, isLow) << i;
     }
     return free;
 }
 
 void scan(const unsigned char* relief, const unsigned char* marker, int width, BitWord* free,
-          TwoLevels* levels) {
+          BitWord* low, TwoLevels* levels) {
     const ByteTag d;
     auto misfits = hn::Zero(d);
     unsigned char lastRelief[kWordBits], lastMarker[kWordBits];
@@ -61,7 +63,7 @@ void scan(const unsigned char* relief, const unsigned char* marker, int width, B
         const auto* wordMarker = wholeBytes(marker + x, width - x, 1, lastMarker);
         if (levels->highLabel == 0)
             levels->highLabel = firstHighLabel(wordRelief, wordMarker, levels->freeLevel);
-        *free++ = scanWord(wordRelief, wordMarker, *levels, &misfits);
+        *free++ = scanWord(wordRelief, wordMarker, *levels, low++, &misfits);
     }
     levels->areMixed |= !hn::AllTrue(d, hn::Eq(misfits, hn::Zero(d)));
 }

@@ -184,21 +184,6 @@ TEST(DeconvFFT, MatchesDirectSumsForTheBinomialKernel) {
         expectDeconvolved(noise(40, 51), kernel, 3, 6, threshold, allColumns(40));
 }
 
-TEST(DeconvFFT, ASingleWeightDividesAndNoWeightCopies) {
-    const FloatPlane src = noise(150, 90);
-    FloatPlane dst(150, 90);
-    ASSERT_EQ(run(src, dst, makeState({0.25F}, 1, 8, 0.1F)), Success);
-    for (int y = 0; y < 90; ++y)
-        for (int x = 0; x < 150; ++x) ASSERT_NEAR(dst.at(x, y), 4 * src.at(x, y), 1e-3);
-    ASSERT_EQ(run(src, dst, makeState({0.25F}, 1, 8, 80.0F)), Success);
-    for (int y = 0; y < 90; ++y) {
-        for (int x = 0; x < 150; ++x) {
-            if (std::abs(src.at(x, y) - 80) < 1e-3) continue;  // either side of the threshold
-            ASSERT_NEAR(dst.at(x, y), src.at(x, y) > 80 ? src.at(x, y) : 0, 1e-3);
-        }
-    }
-}
-
 TEST(DeconvFFT, EverySlotGivesTheSameBitsAndKeepsToTheRegion) {
     const struct {
         int order, kernelSize, width, height;

@@ -49,25 +49,11 @@ TEST(DeconvMargin, MatchesDirectSumsForEverySizeOfKernelAndRegion) {
     }
 }
 
-TEST(DeconvMargin, CornerOfTheBinomialKernel) {
-    const std::vector<float> kernel = {0.0625F, 0.125F,  0.0625F, 0.125F, 0.25F,
-                                       0.125F,  0.0625F, 0.125F,  0.0625F};
-    const auto actual = extended(ramp(4, 3), kernel, 3, 0.1F);
-    EXPECT_FLOAT_EQ(actual[0], 1.0F * 0.0625F / 0.5625F);
-    // One step along the edge the whole width of the kernel counts on both sides of the fraction.
-    EXPECT_FLOAT_EQ(actual[2], 8.0F * 0.25F / 0.75F);
-}
-
 TEST(DeconvMargin, ANegligibleDenominatorCountsAsOne) {
     const std::vector<float> kernel = {1, 2, 3, 4, 0, 0, 5, 0, 0};
     const auto actual = extended(ramp(2, 2), kernel, 3, 0.5F);
     EXPECT_EQ(actual[0], 0.0F);  // top left: 0 / (0 + 0 + 0 + 0 -> 1)
     EXPECT_EQ(actual[4 * 3 + 3], ramp(2, 2).at(1, 1) * 1.0F / (1 + 2 + 4 + 0));
-}
-
-TEST(DeconvMargin, AKernelOfOneWeightHasNoMargin) {
-    const auto actual = extended(ramp(5, 4), {0.3F}, 1, 0.0F);
-    for (int i = 0; i < 20; ++i) EXPECT_EQ(actual[i], ramp(5, 4).at(i % 5, i / 5));
 }
 
 }  // namespace

@@ -152,15 +152,5 @@ INSTANTIATE_TEST_SUITE_P(
                                      215 + static_cast<int>(std::lround(214 * std::sin(angle))));
                 })}));
 
-TEST(DistanceTransform, ScratchOfTheReportedSizeSufficesAtAnyAlignment) {
-    for (const int width : {1, 4, 127, 128, 129, 300}) {
-        BytePlane src = filledPlane(width, 290);
-        src.at(width / 2, 289) = 0;
-        const FloatPlane expected = distances(src);
-        for (int offset = 1; offset < 16; ++offset)
-            EXPECT_TRUE(samePixels(expected, distances(src, {}, offset)));
-    }
-}
-
 }  // namespace
 }  // namespace numeric::test

@@ -4,7 +4,6 @@
 #include <random>
 #include <vector>
 
-#include "drawings.h"
 #include "planes.h"
 
 namespace numeric {
@@ -78,24 +77,6 @@ TEST(LabelSeeds, NumbersAreasLikeAFloodFill) {
                     }
                 }
     });
-}
-
-TEST(LabelSeeds, MatchesDrawings) {
-    const auto labelled = [](const char* picture, int connectivity) {
-        BytePlane marker = fromDrawing(picture);
-        label(marker, 1, 9, connectivity);
-        return toDrawing(marker);
-    };
-    // Touching corners join only eight neighbours.
-    EXPECT_EQ(labelled("9.9\n.9.\n9.9", 0), "1.1\n.1.\n1.1");
-    EXPECT_EQ(labelled("9.9\n.9.\n9.9", 1), "1.2\n.3.\n4.5");
-    // The first pixel counts, not the leftmost: the right area begins a row earlier.
-    EXPECT_EQ(labelled("...9\n9..9", 0), "...1\n2..1");
-    // Parts that only meet below have the number of the first.
-    EXPECT_EQ(labelled("9.9.9\n9.9.9\n9...9\n99999", 1), "1.2.1\n1.2.1\n1...1\n11111");
-    EXPECT_EQ(labelled("....9\n9.9.9\n9.9.9\n999.9", 0), "....1\n2.2.1\n2.2.1\n222.1");
-    EXPECT_EQ(labelled("...", 0), "...");
-    EXPECT_EQ(labelled("9", 1), "1");
 }
 
 TEST(LabelSeeds, CountsAllAreasAndStaysInRangeWhenLabelsRunOut) {

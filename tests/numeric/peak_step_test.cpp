@@ -281,30 +281,5 @@ TEST(PeakStep, RisesThroughManyBands) {
     EXPECT_TRUE(samePixels(expected, peakStepOf(highGround, slope, kCityBlock)));
 }
 
-TEST(PeakStep, IsIdempotentAndStaysBetweenStartAndBound) {
-    const auto scene = scenes::denseDiscs(200, 150);
-    FloatPlane bound(200, 150), start(200, 150);
-    bound.set(
-        [&](int x, int y) { return scene.at(x, y) / 9.0F + static_cast<float>((x ^ y) % 13); });
-    start.set([&](int x, int y) { return bound.at(x, y) - 5; });
-    const FloatPlane result = peakStepOf(bound, start, kChessboard);
-    for (int y = 0; y < result.height(); ++y) {
-        for (int x = 0; x < result.width(); ++x) {
-            ASSERT_GE(result.at(x, y), start.at(x, y));
-            ASSERT_LE(result.at(x, y), bound.at(x, y));
-        }
-    }
-    EXPECT_TRUE(samePixels(result, peakStepOf(bound, result, kChessboard)));
-    EXPECT_TRUE(samePixels(raisedUntilStable(bound, start, kChessboard), result));
-}
-
-TEST(PeakStep, ScratchOfTheReportedSizeSufficesAtAnyAlignment) {
-    const auto planes = scenes::floodFromFirstPixel(scenes::spiral(45, 60));
-    const FloatPlane bound = toPlane(planes.mask, 45, 60, false);
-    const FloatPlane start = toPlane(planes.marker, 45, 60, false);
-    for (int offset = 0; offset < 16; ++offset)
-        EXPECT_TRUE(samePixels(bound, peakStepOf(bound, start, kChessboard, offset)));
-}
-
 }  // namespace
 }  // namespace numeric::test

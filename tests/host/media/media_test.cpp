@@ -441,10 +441,12 @@ TEST_F(Media, WritingLeavesAWholeFileOrNone) {
 TEST_F(Media, DeepPicturesKeepEverySample) {
     writeGrey("in.png");
     const auto source = MediaSource::open({in("in.png")});
+    WriteOptions deep;
+    deep.depth = SampleDepth::Deep;
     DeepPicture picture{257, 256, {}};
     for (int i = 0; i < 257 * 256; ++i) picture.samples.push_back(static_cast<uint16_t>(i));
     for (const char* name : {"deep.png", "deep.tif"}) {
-        MediaSink::open(in(name), *source, {0}, {1, SampleDepth::Deep})->write(0, picture);
+        MediaSink::open(in(name), *source, {0}, deep)->write(0, picture);
         const auto file = OIIO::ImageInput::open(in(name));
         ASSERT_TRUE(file) << name;
         EXPECT_EQ(file->spec().format, OIIO::TypeUInt16);
@@ -452,11 +454,9 @@ TEST_F(Media, DeepPicturesKeepEverySample) {
         file->read_image(0, 0, 0, 1, OIIO::TypeUInt16, samples.data());
         EXPECT_EQ(samples, picture.samples) << name;
     }
-    EXPECT_THAT(errorOf(kCannotCreate,
-                        [&] {
-                            MediaSink::open(in("deep.jpg"), *source, {0}, {1, SampleDepth::Deep});
-                        }),
-                HasSubstr(".png or .tif"));
+    EXPECT_THAT(
+        errorOf(kCannotCreate, [&] { MediaSink::open(in("deep.jpg"), *source, {0}, deep); }),
+        HasSubstr(".png or .tif"));
 }
 
 TEST_F(Media, PngOfEveryKindIsReadAsAnotherReaderReadsIt) {
