@@ -9,9 +9,11 @@
 
 namespace document {
 
-ChainRenderer::ChainRenderer() {
+ChainRenderer::ChainRenderer() : ChainRenderer(KernelStore::instance().instances()) {}
+
+ChainRenderer::ChainRenderer(const std::vector<InstanceId>& instances) {
     const KernelStore& store = KernelStore::instance();
-    for (const InstanceId& instance : store.instances()) {
+    for (const InstanceId& instance : instances) {
         Step step{store.filterKey(instance.typeId), instance.typeId, instance.objectId,
                   FilterLimits(instance.typeId), nullptr};
         HkFilterManipulator* manipulator = store.manipulator(instance.typeId);

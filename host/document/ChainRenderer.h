@@ -8,6 +8,7 @@
 
 #include "framework/contract/ImageProcessor/HkImage.h"
 #include "host/document/FilterLimits.h"
+#include "host/kernel/KernelStore.h"
 
 class HkImageFilter;
 
@@ -20,6 +21,8 @@ class ChainRenderer {
 public:
     /// GUI thread. Throws std::runtime_error naming the filter when one cannot be made.
     ChainRenderer();
+    /// The same for these instances instead of those in the store's order.
+    explicit ChainRenderer(const std::vector<InstanceId>& instances);
     ~ChainRenderer();
     ChainRenderer(const ChainRenderer&) = delete;
     ChainRenderer& operator=(const ChainRenderer&) = delete;

@@ -52,6 +52,7 @@ struct KernelStore::Private {
     mutable std::shared_mutex lock;  // guards everything below
     std::vector<Type> types;
     std::vector<ObjectPtr> order;
+    std::vector<ObjectPtr> trials;  // outside the order
     std::unordered_map<int, HkKernelObjectData*> byId;
     int lastId = 0;
     quint64 epoch = 0;
@@ -66,6 +67,26 @@ struct KernelStore::Private {
     HkKernelObjectData* object(int objectId) const {
         const auto found = byId.find(objectId);
         return found == byId.end() ? nullptr : found->second;
+    }
+    /// A new object, or null when the type is not registered or the state does not fit it.
+    ObjectPtr make(InstanceId id, const InstanceState& state) {
+        const Type* known = type(id.typeId);
+        if (!known || !known->descr || object(id.objectId) || !stateFits(state, *known->descr))
+            return nullptr;
+        ObjectPtr made(new HkKernelObjectData(id.typeId, id.objectId));
+        made->d->descr = known->descr;
+        made->d->state = state;
+        made->animated = state.animated;
+        return made;
+    }
+    /// Takes an object out of `from`, under the lock. What comes back is to be freed outside it.
+    ObjectPtr takeOut(std::vector<ObjectPtr>& from, std::vector<ObjectPtr>::iterator place) {
+        ObjectPtr object = std::move(*place);
+        from.erase(place);
+        byId.erase(object->d->objectId);
+        ++epoch;
+        if (!leases.empty()) removed.push_back({epoch, std::move(object)});
+        return object;
     }
 };
 
@@ -208,13 +229,8 @@ bool KernelStore::restore(InstanceId id, const InstanceState& state, int positio
 }
 
 bool KernelStore::insert(InstanceId id, const InstanceState& state, int position) {
-    const Private::Type* type = d->type(id.typeId);
-    if (!type || !type->descr || d->object(id.objectId) || !stateFits(state, *type->descr))
-        return false;
-    Private::ObjectPtr object(new HkKernelObjectData(id.typeId, id.objectId));
-    object->d->descr = type->descr;
-    object->d->state = state;
-    object->animated = state.animated;
+    Private::ObjectPtr object = d->make(id, state);
+    if (!object) return false;
     {
         const WriteLock guard(d->lock);
         d->byId.emplace(id.objectId, object.get());
@@ -233,11 +249,7 @@ bool KernelStore::remove(int objectId) {
     Private::ObjectPtr object;  // freed after the lock is given back, unless a lease keeps it
     {
         const WriteLock guard(d->lock);
-        object = std::move(d->order[position]);
-        d->order.erase(d->order.begin() + position);
-        d->byId.erase(objectId);
-        ++d->epoch;
-        if (!d->leases.empty()) d->removed.push_back({d->epoch, std::move(object)});
+        object = d->takeOut(d->order, d->order.begin() + position);
     }
     emit KernelNotifier::instance()->objectRemoved(typeId, objectId);
     announceOrder();
@@ -259,6 +271,27 @@ bool KernelStore::move(int objectId, int position) {
 
 void KernelStore::clear() {
     for (const InstanceId& id : instances()) remove(id.objectId);
+}
+
+int KernelStore::addTrial(int typeId, const InstanceState& state) {
+    if (d->lastId == std::numeric_limits<int>::max()) return -1;
+    Private::ObjectPtr object = d->make({typeId, d->lastId + 1}, state);
+    if (!object) return -1;
+    const WriteLock guard(d->lock);
+    d->byId.emplace(++d->lastId, object.get());
+    d->trials.push_back(std::move(object));
+    return d->lastId;
+}
+
+bool KernelStore::removeTrial(int objectId) {
+    const auto found = std::find_if(
+        d->trials.begin(), d->trials.end(),
+        [objectId](const Private::ObjectPtr& trial) { return trial->d->objectId == objectId; });
+    if (found == d->trials.end()) return false;
+    Private::ObjectPtr object;  // freed after the lock is given back, unless a lease keeps it
+    const WriteLock guard(d->lock);
+    object = d->takeOut(d->trials, found);
+    return true;
 }
 
 HkKernelObjectData* KernelStore::find(int typeId, int objectId) const {
@@ -360,5 +393,5 @@ void KernelStore::endLease(quint64 lease) {
 
 int KernelStore::liveObjectCount() const {
     const ReadLock guard(d->lock);
-    return static_cast<int>(d->order.size() + d->removed.size());
+    return static_cast<int>(d->order.size() + d->trials.size() + d->removed.size());
 }

@@ -64,6 +64,12 @@ public:
     bool move(int objectId, int position);  ///< to `position` in the new order, the end if outside
     void clear();                           ///< removes all instances
 
+    /// An instance outside the order, to try values with: a filter renders it, getObject() finds
+    /// it, but instances() does not list it, nothing is announced and no document keeps it. Returns
+    /// its object id, or -1 as add() does. Whoever makes one removes it.
+    int addTrial(int typeId, const InstanceState& state);
+    bool removeTrial(int objectId);
+
     // --- Values ---
 
     bool setBaseValue(int objectId, int paramIndex, const QVariant& value);
