@@ -187,7 +187,7 @@ KernelStatus watershedScratchSize(int width, int height, int* size);
 /// The flood rises through the levels of the relief. A seed takes part from its own level on, not
 /// before. At each level it covers the pixels that are not higher and can be reached, in the order
 /// of their way from what was covered before, each taking the label of the neighbour it is reached
-/// from; of equal ways the smaller label wins, so that nothing depends on the order of scanning.
+/// from; of equal paths the smaller label wins, so that nothing depends on the order of scanning.
 ///
 /// norm and flags say how long a way is: with flag 1 the number of steps, with flag 2 (exactly one
 /// of the two is given) the distance in the norm. 0 is the chessboard (8 neighbours), 1 the city

@@ -5,13 +5,13 @@
 
 namespace media {
 
-/// What went wrong; the numbers are the exit codes a command line program reports (sysexits.h).
+/// What went wrong.
 enum class MediaErrorKind {
-    InvalidData = 65,   ///< a file is there but is no picture, is damaged, or exceeds a limit
-    MissingInput = 66,  ///< an input is missing or cannot be read
-    CannotCreate = 73,  ///< an output cannot be created, or must not be
-    ReadWrite = 74,     ///< reading or writing failed under way (disk full, device error)
-    NoMemory = 75       ///< there is not enough memory; fewer frames at a time may do
+    InvalidData,   ///< a file is there but is no picture, is damaged, or exceeds a limit
+    MissingInput,  ///< an input is missing or cannot be read
+    CannotCreate,  ///< an output cannot be created, or must not be
+    ReadWrite,     ///< reading or writing failed under way (disk full, device error)
+    NoMemory       ///< there is not enough memory; fewer frames at a time may do
 };
 
 /// The one exception of this folder. what() is one line of UTF-8 without a full stop at its end: it
@@ -23,7 +23,6 @@ public:
         : std::runtime_error(message), m_kind(kind) {}
 
     MediaErrorKind kind() const { return m_kind; }
-    int exitCode() const { return static_cast<int>(m_kind); }
 
 private:
     MediaErrorKind m_kind;

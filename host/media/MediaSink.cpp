@@ -38,8 +38,9 @@ void requireReplaceable(const std::string& path) {
 class PictureFilesSink : public MediaSink {
 public:
     /// newFolder: a folder to be made with the first frame, or empty.
-    PictureFilesSink(std::map<std::int64_t, std::string> paths, std::string newFolder)
-        : m_paths(std::move(paths)), m_newFolder(std::move(newFolder)) {}
+    PictureFilesSink(std::map<std::int64_t, std::string> paths, std::string newFolder,
+                     const WriteOptions& options)
+        : m_paths(std::move(paths)), m_newFolder(std::move(newFolder)), m_options(options) {}
 
     std::string path(std::int64_t frame) const override {
         const auto found = m_paths.find(frame);
@@ -54,10 +55,12 @@ public:
         checkPicture(path(frame), picture);
     }
 
-    void write(std::int64_t frame, const HkImage& image,
-               const PictureProperties& properties) override {
+    std::function<void()> encode(std::int64_t frame, const HkImage& image,
+                                 const PictureProperties& properties) override {
         const std::string file = path(frame);
-        writeFile(file, encodePicture(file, image, properties));
+        std::vector<unsigned char> bytes;
+        encodePicture(file, image, properties, m_options, bytes);
+        return [this, file, bytes = std::move(bytes)] { writeFile(file, bytes); };
     }
 
     void write(std::int64_t frame, const DeepPicture& picture) override {
@@ -86,6 +89,37 @@ private:
 
     const std::map<std::int64_t, std::string> m_paths;
     const std::string m_newFolder;
+    const WriteOptions m_options;
+};
+
+/// One file, a page for each frame. It is put together in memory: a page more or less changes what
+/// stands before it.
+class PagesSink : public MediaSink {
+public:
+    PagesSink(std::string path, const WriteOptions& options)
+        : m_path(std::move(path)), m_options(options) {}
+
+    std::string path(std::int64_t) const override { return m_path; }
+    void check(std::int64_t, const PictureInfo& picture) const override {
+        checkPicture(m_path, picture);
+    }
+    std::function<void()> encode(std::int64_t, const HkImage& image,
+                                 const PictureProperties& properties) override {
+        constexpr std::size_t kMostBytes = std::size_t{1} << 31;  // offsets of 32 bits
+        encodePicture(m_path, image, properties, m_options, m_bytes);
+        if (m_bytes.size() > kMostBytes)
+            failCreate(m_path, "the pages are more than one file holds; write a numbered sequence");
+        return {};
+    }
+    bool writesInOrder() const override { return true; }
+    void finish() override {
+        if (!m_bytes.empty()) writeFileAtomically(m_path, m_bytes);
+    }
+
+private:
+    const std::string m_path;
+    const WriteOptions m_options;
+    std::vector<unsigned char> m_bytes;
 };
 
 void requireWritableFolder(const std::string& folder) {
@@ -150,13 +184,14 @@ bool canBeWritten(const std::string& fileName, SampleDepth depth) {
 }
 
 std::unique_ptr<MediaSink> openFolder(const std::string& name, const MediaSource& source,
-                                      const std::vector<std::int64_t>& frames, SampleDepth depth) {
+                                      const std::vector<std::int64_t>& frames,
+                                      const WriteOptions& options) {
     const std::string folder = withoutTrailingSlashes(name);
     std::map<std::int64_t, std::string> paths;
     for (const std::int64_t frame : frames) {
         const std::string suffix = suffixOf(fileNameOf(source.path(frame)));
-        const std::string file =
-            source.frameName(frame) + (canBeWritten("frame" + suffix, depth) ? suffix : ".png");
+        const std::string file = source.frameName(frame) +
+                                 (canBeWritten("frame" + suffix, options.depth) ? suffix : ".png");
         paths[frame] = (folder == "/" ? folder : folder + '/') + file;
     }
     const bool exists = isFolder(folder);
@@ -165,40 +200,52 @@ std::unique_ptr<MediaSink> openFolder(const std::string& name, const MediaSource
     else
         requireCreatableFolder(folder);
     requireOwnFiles(paths, source);
-    return std::make_unique<PictureFilesSink>(std::move(paths), exists ? "" : folder);
+    return std::make_unique<PictureFilesSink>(std::move(paths), exists ? "" : folder, options);
 }
 
 }  // namespace
 
+void MediaSink::write(std::int64_t frame, const DeepPicture&) {
+    failCreate(path(frame), "this output was not opened for pictures of 16 bits a sample");
+}
+
+void MediaSink::write(std::int64_t frame, const HkImage& image,
+                      const PictureProperties& properties) {
+    if (const std::function<void()> rest = encode(frame, image, properties)) rest();
+}
+
 std::unique_ptr<MediaSink> MediaSink::open(const std::string& output, const MediaSource& source,
                                            const std::vector<std::int64_t>& frames,
-                                           SampleDepth depth) {
+                                           const WriteOptions& options) {
     if (output.empty()) failCreate("\"\"", "the output has no name; name a file or a folder");
     const std::string fileName = fileNameOf(output);
     const std::optional<FrameTemplate> pattern = FrameTemplate::parse(output);
     const bool namesFolder = fileName.empty() || (suffixOf(fileName).empty() && !pattern);
-    if (isFolder(output) || namesFolder) return openFolder(output, source, frames, depth);
+    if (isFolder(output) || namesFolder) return openFolder(output, source, frames, options);
 
-    if (!canBeWritten(fileName, depth))
-        failCreate(output, std::string("pictures ") +
-                               (depth == SampleDepth::Deep ? "of 16 bits a sample " : "") +
-                               "are not written to files of this suffix; use " +
-                               (depth == SampleDepth::Deep ? ".png or .tif" : writableSuffixes()) +
-                               ", or end the name with / for a folder");
+    if (!canBeWritten(fileName, options.depth))
+        failCreate(output,
+                   std::string("pictures ") +
+                       (options.depth == SampleDepth::Deep ? "of 16 bits a sample " : "") +
+                       "are not written to files of this suffix; use " +
+                       (options.depth == SampleDepth::Deep ? ".png or .tif" : writableSuffixes()) +
+                       ", or end the name with / for a folder");
     std::map<std::int64_t, std::string> paths;
     if (pattern) {
         for (const std::int64_t frame : frames) paths[frame] = pattern->path(frame);
     } else {
-        if (frames.size() > 1)
+        const bool isDeep = options.depth == SampleDepth::Deep;
+        if (frames.size() > 1 && (isDeep || !holdsPages(fileName)))
             failCreate(output, "one file cannot hold " + std::to_string(frames.size()) +
                                    " frames; use a numbered name such as " +
-                                   shown(stemOf(fileName)) + "_####" + suffixOf(fileName) +
-                                   ", or a folder");
-        for (const std::int64_t frame : frames) paths[frame] = output;
+                                   shown(stemOf(fileName)) + "_####" + suffixOf(fileName) + ", " +
+                                   (isDeep ? "" : "a .tif file, ") + "or a folder");
+        paths[frames.front()] = output;
     }
     requireWritableFolder(folderOf(output));
     requireOwnFiles(paths, source);
-    return std::make_unique<PictureFilesSink>(std::move(paths), std::string());
+    if (!pattern && frames.size() > 1) return std::make_unique<PagesSink>(output, options);
+    return std::make_unique<PictureFilesSink>(std::move(paths), std::string(), options);
 }
 
 }  // namespace media

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -9,9 +10,6 @@
 #include "host/media/deep_picture.h"
 
 namespace media {
-
-/// What is written: pictures such as those of a source, or one channel of 16 bits a sample.
-enum class SampleDepth { Usual, Deep };
 
 /// Where frames are written: a still, a numbered sequence, a folder.
 ///
@@ -26,14 +24,15 @@ public:
     /// A name that is a folder, ends in /, or has no suffix: a folder, one file per frame named as
     /// source.frameName() says, with the suffix of its input where that can be written, else .png;
     /// the folder is made with the first frame. A name whose file part holds #### or %04d: a
-    /// template filled with the frame number. Any other name: one still, for exactly one frame.
-    /// The suffix decides the format. Deep pictures go to .png and .tif only.
+    /// template filled with the frame number. Any other name: one still for one frame, or a
+    /// TIFF file of one page for each of several. The suffix decides the format. Deep pictures go
+    /// to .png and .tif only, one to a file.
     /// Throws CannotCreate when the suffix is not one that can be written, several frames would go
     /// to one file, a file written would be one of the source's (whatever road leads to it: links,
     /// "./", case), or the folder is missing or may not be written to.
     static std::unique_ptr<MediaSink> open(const std::string& output, const MediaSource& source,
                                            const std::vector<std::int64_t>& frames,
-                                           SampleDepth depth = SampleDepth::Usual);
+                                           const WriteOptions& options = WriteOptions());
 
     virtual ~MediaSink() = default;
 
@@ -46,13 +45,23 @@ public:
 
     /// Writes the region of image as this frame. Throws CannotCreate or ReadWrite; nothing is left
     /// behind then, and a file that was there before is as it was.
-    virtual void write(std::int64_t frame, const HkImage& image,
-                       const PictureProperties& properties = PictureProperties()) = 0;
+    void write(std::int64_t frame, const HkImage& image,
+               const PictureProperties& properties = PictureProperties());
 
-    /// The same for a sink that was opened for deep pictures.
-    virtual void write(std::int64_t frame, const DeepPicture& picture) = 0;
+    /// The same for a sink that was opened for deep pictures; others throw CannotCreate.
+    virtual void write(std::int64_t frame, const DeepPicture& picture);
 
-    /// Ends the output (a video's trailer). Nothing may be written afterwards.
+    /// The part of write() that is work for the processor. What is left, waiting for the disk, is
+    /// the function returned, to be called once, on any thread; empty when nothing is left.
+    virtual std::function<void()> encode(std::int64_t frame, const HkImage& image,
+                                         const PictureProperties& properties) = 0;
+
+    /// True when encode() must be called in ascending order of frames, one call at a time (a video,
+    /// a file of pages).
+    virtual bool writesInOrder() const { return false; }
+
+    /// Ends the output (a video's trailer). Nothing may be written afterwards. Without it, such an
+    /// output is not there. Throws as write() does.
     virtual void finish() {}
 
 protected:

@@ -1,9 +1,12 @@
 #include "host/media/MediaSource.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <mutex>
 
 #include "host/media/FrameTemplate.h"
 #include "host/media/MediaError.h"
@@ -18,27 +21,55 @@ namespace {
     throw MediaError(MediaErrorKind::MissingInput, shown(path) + ": " + rest);
 }
 
-/// One file per frame.
+/// One file per frame, or one file whose pages are the frames.
 class PictureFiles : public MediaSource {
 public:
+    explicit PictureFiles(const ReadOptions& options) : m_options(options) {}
+
     void add(std::int64_t frame, const std::string& path) {
         m_frames.push_back(frame);
         m_paths.push_back(path);
     }
+    /// The first file's pages in place of the files.
+    void takePages(int count) {
+        m_paths.resize(1);
+        m_frames.clear();
+        for (int page = 0; page < count; ++page) m_frames.push_back(page);
+    }
 
     const std::vector<std::int64_t>& frames() const override { return m_frames; }
-    std::string path(std::int64_t frame) const override { return pathOf(frame); }
+    std::string path(std::int64_t frame) const override { return placeOf(frame).path; }
     std::string frameName(std::int64_t frame) const override {
-        return stemOf(fileNameOf(pathOf(frame)));
+        const std::string name = stemOf(fileNameOf(placeOf(frame).path));
+        return hasPages() ? name + '_' + FrameTemplate::parse("####")->fileName(frame) : name;
     }
-    PictureInfo info(std::int64_t frame) const override { return readPictureInfo(pathOf(frame)); }
-    std::unique_ptr<HkImage> read(std::int64_t frame,
-                                  PictureProperties* properties) const override {
-        return readPicture(pathOf(frame), properties);
+    PictureInfo info(std::int64_t frame) const override {
+        const Place place = placeOf(frame);
+        return readPictureInfo(place.path, place.page);
+    }
+    std::unique_ptr<HkImage> read(std::int64_t frame, PictureProperties* properties,
+                                  std::unique_ptr<HkImage> recycled) const override {
+        const Place place = placeOf(frame);
+        return readPicture(place.path, place.page, range(), properties, std::move(recycled));
+    }
+    void expect(std::int64_t frame) const override {
+        const auto found = std::lower_bound(m_frames.begin(), m_frames.end(), frame);
+        if (found == m_frames.end() || *found != frame || hasPages()) return;
+        const std::string& file = m_paths[static_cast<std::size_t>(found - m_frames.begin())];
+        const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+        if (descriptor < 0) return;
+        posix_fadvise(descriptor, 0, 0, POSIX_FADV_WILLNEED);
+        ::close(descriptor);
     }
 
 private:
-    const std::string& pathOf(std::int64_t frame) const {
+    struct Place {
+        const std::string& path;
+        int page;
+    };
+    bool hasPages() const { return m_paths.size() < m_frames.size(); }
+
+    Place placeOf(std::int64_t frame) const {
         const auto found = std::lower_bound(m_frames.begin(), m_frames.end(), frame);
         if (found == m_frames.end() || *found != frame)
             throw MediaError(MediaErrorKind::MissingInput,
@@ -50,18 +81,29 @@ private:
                                           m_frames.back() - m_frames.front()
                                       ? " with gaps"
                                       : ""));
-        return m_paths[static_cast<std::size_t>(found - m_frames.begin())];
+        const auto index = static_cast<std::size_t>(found - m_frames.begin());
+        return hasPages() ? Place{m_paths[0], static_cast<int>(index)} : Place{m_paths[index], 0};
+    }
+
+    /// The range asked for; of the first frame only when it is looked at for the first time.
+    const SampleRange& range() const {
+        if (m_options.range.kind != SampleRange::Auto) return m_options.range;
+        std::call_once(m_rangeKnown, [&] { m_firstRange = sampleRangeOf(m_paths.front(), 0); });
+        return m_firstRange;
     }
 
     std::vector<std::int64_t> m_frames;  // ascending
-    std::vector<std::string> m_paths;    // of the same length
+    std::vector<std::string> m_paths;    // of the same length; one when its pages are the frames
+    const ReadOptions m_options;
+    mutable std::once_flag m_rangeKnown;
+    mutable SampleRange m_firstRange;
 };
 
 std::string joined(const std::string& folder, const std::string& name) {
     return folder.empty() || folder.back() == '/' ? folder + name : folder + '/' + name;
 }
 
-std::unique_ptr<PictureFiles> openFolder(const std::string& folder) {
+std::unique_ptr<PictureFiles> openFolder(const std::string& folder, const ReadOptions& options) {
     std::vector<std::string> names = filesIn(folder);
     names.erase(std::remove_if(names.begin(), names.end(),
                                [](const std::string& name) { return !hasPictureSuffix(name); }),
@@ -69,13 +111,14 @@ std::unique_ptr<PictureFiles> openFolder(const std::string& folder) {
     if (names.empty())
         failMissing(folder, "the folder holds no pictures (.png, .tif, .jpg, ...); name another");
     std::sort(names.begin(), names.end(), naturalLess);
-    auto source = std::make_unique<PictureFiles>();
+    auto source = std::make_unique<PictureFiles>(options);
     for (const std::string& name : names)
         source->add(static_cast<std::int64_t>(source->frames().size()), joined(folder, name));
     return source;
 }
 
-std::unique_ptr<PictureFiles> openTemplate(const std::string& path, const FrameTemplate& pattern) {
+std::unique_ptr<PictureFiles> openTemplate(const std::string& path, const FrameTemplate& pattern,
+                                           const ReadOptions& options) {
     std::vector<std::pair<std::int64_t, std::string>> found;
     for (const std::string& name : filesIn(pattern.folder().empty() ? "." : pattern.folder()))
         if (const std::optional<std::int64_t> frame = pattern.frameOf(name))
@@ -84,7 +127,7 @@ std::unique_ptr<PictureFiles> openTemplate(const std::string& path, const FrameT
         failMissing(path, "no file has such a name; frame 1 would be " +
                               shown(pattern.fileName(1)) + "; check the folder and the digits");
     std::sort(found.begin(), found.end());
-    auto source = std::make_unique<PictureFiles>();
+    auto source = std::make_unique<PictureFiles>(options);
     for (const auto& [frame, file] : found) source->add(frame, file);
     return source;
 }
@@ -103,8 +146,9 @@ void requireFile(const std::string& path) {
                                               "to a file first"));
 }
 
-std::unique_ptr<PictureFiles> openStills(const std::vector<std::string>& paths) {
-    auto source = std::make_unique<PictureFiles>();
+std::unique_ptr<PictureFiles> openStills(const std::vector<std::string>& paths,
+                                         const ReadOptions& options) {
+    auto source = std::make_unique<PictureFiles>(options);
     for (const std::string& path : paths) {
         struct stat status {};
         if (paths.size() > 1 && stat(path.c_str(), &status) != 0 && FrameTemplate::parse(path))
@@ -114,25 +158,28 @@ std::unique_ptr<PictureFiles> openStills(const std::vector<std::string>& paths) 
         requireFile(path);
         source->add(static_cast<std::int64_t>(source->frames().size()), path);
     }
+    if (paths.size() == 1)
+        if (const int pages = pageCountOf(paths.front()); pages > 1) source->takePages(pages);
     return source;
 }
 
 }  // namespace
 
-std::unique_ptr<MediaSource> MediaSource::open(const std::vector<std::string>& inputs) {
+std::unique_ptr<MediaSource> MediaSource::open(const std::vector<std::string>& inputs,
+                                               const ReadOptions& options) {
     if (inputs.empty())
         throw MediaError(MediaErrorKind::MissingInput,
                          "no input is given; name a picture, a sequence or a folder");
-    if (inputs.size() > 1) return openStills(inputs);
+    if (inputs.size() > 1) return openStills(inputs, options);
 
     const std::string& path = inputs.front();
     struct stat status {};
     if (stat(path.c_str(), &status) == 0)
-        return S_ISDIR(status.st_mode) ? openFolder(path) : openStills(inputs);
+        return S_ISDIR(status.st_mode) ? openFolder(path, options) : openStills(inputs, options);
     if (errno == ENOENT)
         if (const std::optional<FrameTemplate> pattern = FrameTemplate::parse(path))
-            return openTemplate(path, *pattern);
-    return openStills(inputs);
+            return openTemplate(path, *pattern, options);
+    return openStills(inputs, options);
 }
 
 }  // namespace media

@@ -1,26 +1,30 @@
 #include "host/media/picture_reader.h"
 
-#include <OpenImageIO/strutil.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cmath>
-#include <cstring>
-#include <fstream>
+#include <cstdint>
+#include <limits>
 #include <new>
-#include <set>
 
 #include "host/media/MediaError.h"
 #include "host/media/file_names.h"
-#include "host/media/picture_library.h"
+#include "host/media/formats/Format.h"
+#include "host/media/formats/deflate.h"
 
 namespace media {
 
 namespace {
+
+using formats::Bytes;
+using formats::PictureDecoder;
+using formats::PictureHead;
+using formats::SampleType;
+using formats::Scratch;
 
 constexpr int kLargestSide = 32768;
 constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
@@ -29,184 +33,226 @@ constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
     throw MediaError(kind, shown(path) + ": " + rest);
 }
 
-/// The first line of a library's message, without a full stop.
-std::string firstLine(const std::string& message) {
-    std::string line = shown(message.substr(0, message.find('\n')));
-    while (!line.empty() && (line.back() == '.' || line.back() == ' ')) line.pop_back();
-    return line.empty() ? "no reason given" : line;
-}
-
-[[noreturn]] void failDamaged(const std::string& path, const std::string& reason) {
-    fail(
-        MediaErrorKind::InvalidData, path,
-        "the picture is damaged or cut short (" + firstLine(reason) + "); copy or export it again");
-}
-
-/// Formats that OpenImageIO names by suffix but that are no pictures to it, or only to it.
-const std::set<std::string> kOtherFormats = {"ffmpeg", "null", "term", "openvdb", "zfile"};
-
-struct Suffixes {
-    std::set<std::string> pictures;
-    std::set<std::string> others;
-
-    Suffixes() {
-        for (const std::string& entry :
-             OIIO::Strutil::splits(OIIO::get_string_attribute("extension_list"), ";")) {
-            const std::size_t colon = entry.find(':');
-            const bool isOther = kOtherFormats.count(entry.substr(0, colon)) != 0;
-            for (const std::string& suffix : OIIO::Strutil::splits(entry.substr(colon + 1), ","))
-                (isOther ? others : pictures).insert('.' + suffix);
+/// A file opened for reading.
+class InputFile {
+public:
+    explicit InputFile(const std::string& path) {
+        struct stat status {};
+        // O_NONBLOCK: a pipe without a writer is refused below, not waited for.
+        m_descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+        if (m_descriptor < 0 || fstat(m_descriptor, &status) != 0)
+            fail(MediaErrorKind::MissingInput, path,
+                 errno == ENOENT ? "there is no such file; check the name and the folder"
+                                 : "the file cannot be read (" + reasonOf(errno) +
+                                       "); check its path and permissions");
+        if (S_ISREG(status.st_mode) && status.st_size > 0) {
+            m_size = static_cast<std::size_t>(status.st_size);
+            return;
         }
+        ::close(m_descriptor);
+        if (S_ISDIR(status.st_mode))
+            fail(MediaErrorKind::MissingInput, path,
+                 "this is a folder where a picture file is needed; name a file in it");
+        if (!S_ISREG(status.st_mode))
+            fail(MediaErrorKind::MissingInput, path,
+                 "this is no regular file; copy what it delivers to a file first");
+        fail(MediaErrorKind::InvalidData, path, "the file is empty; copy or export it again");
     }
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+    ~InputFile() { ::close(m_descriptor); }
+
+    Bytes read(const std::string& path, Scratch& scratch) const {
+        unsigned char* bytes = scratch.atLeast(m_size);
+        std::size_t done = 0;
+        while (done < m_size) {
+            const ssize_t count = ::read(m_descriptor, bytes + done, m_size - done);
+            if (count == 0) break;  // it became shorter meanwhile
+            if (count < 0 && errno != EINTR)
+                fail(MediaErrorKind::ReadWrite, path,
+                     "the file cannot be read (" + reasonOf(errno) + "); check the disk");
+            if (count > 0) done += static_cast<std::size_t>(count);
+        }
+        return {bytes, done};
+    }
+
+private:
+    int m_descriptor;
+    std::size_t m_size = 0;
 };
 
-const Suffixes& suffixes() {
-    static const Suffixes known;
-    return known;
-}
-
-void requireReadableFile(const std::string& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0)
-        fail(MediaErrorKind::MissingInput, path,
-             errno == ENOENT ? "there is no such file; check the name and the folder"
-                             : "the file cannot be read (" + reasonOf(errno) + "); check its path");
-    if (S_ISDIR(status.st_mode))
-        fail(MediaErrorKind::MissingInput, path,
-             "this is a folder where a picture file is needed; name a file in it");
-    if (!S_ISREG(status.st_mode))
-        fail(MediaErrorKind::MissingInput, path,
-             "this is no regular file; copy what it delivers to a file first");
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0)
-        fail(MediaErrorKind::MissingInput, path,
-             "the file cannot be read (" + reasonOf(errno) + "); change its permissions");
-    ::close(descriptor);
-    if (status.st_size == 0)
-        fail(MediaErrorKind::InvalidData, path, "the file is empty; copy or export it again");
-}
-
-/// Notices a PNG file that ends early before libpng does, which would write to standard error.
-void requireCompletePng(const std::string& path) {
-    constexpr std::array<char, 8> kSignature = {'\x89', 'P', 'N', 'G', '\r', '\n', '\x1a', '\n'};
-    std::ifstream file(path, std::ios::binary);
-    std::array<char, 8> head{};
-    if (!file.read(head.data(), head.size()) || head != kSignature) return;
-    while (file.read(head.data(), head.size())) {  // a chunk: length, name, data, checksum
-        if (std::memcmp(head.data() + 4, "IEND", 4) == 0) return;
-        const auto byte = [&](int i) {
-            return std::streamoff{static_cast<unsigned char>(head[i])};
-        };
-        file.seekg((byte(0) << 24 | byte(1) << 16 | byte(2) << 8 | byte(3)) + 4, std::ios::cur);
-    }
-    failDamaged(path, "the end of the file is missing");
-}
-
-const OIIO::ImageSpec& headOf(const OIIO::ImageInput& input) {
-    return input.spec();
-}
-
-void requireAllowedSize(const std::string& path, const OIIO::ImageSpec& head) {
-    const std::string size = std::to_string(head.width) + " x " + std::to_string(head.height);
-    if (head.width < 1 || head.height < 1 || head.nchannels < 1)
-        failDamaged(path, "its size is " + size + " pixels");
-    if (head.width > kLargestSide || head.height > kLargestSide)
-        fail(MediaErrorKind::InvalidData, path,
-             size + " pixels exceed the limit of 32,768 pixels a side; scale or crop it");
-    if (std::int64_t{head.width} * head.height > kMostPixels)
-        fail(MediaErrorKind::InvalidData, path,
-             size + " pixels exceed the limit of 268,435,456 pixels; scale or crop it");
-    if (head.deep || head.depth > 1)
-        fail(MediaErrorKind::InvalidData, path,
-             "deep and volume pictures have no single colour a pixel; flatten it first");
-}
-
-std::unique_ptr<OIIO::ImageInput> openPicture(const std::string& path) {
-    requireReadableFile(path);
-    const bool isVideo = suffixes().others.count(suffixOf(fileNameOf(path))) != 0;
-    constexpr char kNoPicture[] =
-        "this is not a picture; give a picture, or the video's frames as pictures";
-    if (isVideo) fail(MediaErrorKind::InvalidData, path, kNoPicture);
-    requireCompletePng(path);
-
-    keepToOwnThread();
-    OIIO::ImageSpec wishes;
-    wishes.attribute("oiio:UnassociatedAlpha", 1);
-    std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(path, &wishes);
-    if (!input) {
-        const std::string reason = firstLine(OIIO::geterror());
-        const bool isUnknown = OIIO::Strutil::contains(reason, "could not find a format reader");
-        fail(MediaErrorKind::InvalidData, path,
-             "the file holds no picture that can be read (" +
-                 (isUnknown ? std::string("its format is unknown") : reason) +
-                 "); check that it is whole, or convert it to PNG or TIFF");
-    }
-    if (OIIO::Strutil::icontains(input->format_name(), "ffmpeg"))
-        fail(MediaErrorKind::InvalidData, path, kNoPicture);
-    requireAllowedSize(path, headOf(*input));
-    return input;
-}
-
-/// How many of a file's channels the frame takes: up to four, of more the colours and an alpha that
-/// stands right behind them.
-int channelsTaken(const OIIO::ImageSpec& head) {
-    if (head.nchannels <= 4) return head.nchannels;
-    return head.alpha_channel == 3 ? 4 : 3;
-}
-
-/// Orientation 5 to 8 of an EXIF tag exchange width and height.
-int orientationOf(const OIIO::ImageSpec& head) {
-    const int orientation = head.get_int_attribute("Orientation", 1);
-    return orientation >= 1 && orientation <= 8 ? orientation : 1;
-}
-
-/// True when the colours read are multiplied by alpha although we asked for the contrary.
-bool isPremultiplied(const OIIO::ImageInput& input, int channels) {
-    if (channels != 2 && channels != 4) return false;
-    const std::string format = input.format_name();
-    const OIIO::ImageSpec& head = headOf(input);
-    if (format == "tiff")
-        return channels == 4 && head.alpha_channel == 3 &&
-               head.get_int_attribute("oiio:UnassociatedAlpha") == 0;
-    return format == "openexr" || format == "webp";
-}
-
-unsigned char quantize(float sample) {
-    return sample > 0 ? static_cast<unsigned char>(std::min(sample, 1.0f) * 255 + 0.5f) : 0;
-}
-
-/// Colours divided by alpha before they are rounded; where alpha is 0 they are 0.
-void unpremultiply(const std::vector<float>& samples, int channels, HkImage& image) {
-    const int colours = channels - 1;
-    auto in = samples.begin();
-    for (int y = 0; y < image.height; ++y) {
-        unsigned char* out = image.data + static_cast<std::ptrdiff_t>(image.step) * y;
-        for (int x = 0; x < image.width; ++x, in += channels, out += channels) {
-            const float alpha = in[colours];
-            for (int c = 0; c < colours; ++c) out[c] = alpha > 0 ? quantize(in[c] / alpha) : 0;
-            out[colours] = quantize(alpha);
-        }
+/// Runs work(decoder, file) on a page. What formats and the heap throw becomes a message that names
+/// the file.
+template <typename Work>
+auto withPicture(const std::string& path, int page, Work work) {
+    try {
+        thread_local Scratch scratch;
+        const Bytes file = InputFile(path).read(path, scratch);
+        const formats::Format& format = formats::recognised(file);
+        const std::unique_ptr<PictureDecoder> decoder = format.open(file, page);
+        const PictureHead& head = decoder->head();
+        const std::string size = std::to_string(head.width) + " x " + std::to_string(head.height);
+        if (head.width < 1 || head.height < 1 || head.channels < 1 || head.channels > 4)
+            formats::refuseDamaged("its size cannot be");
+        if (head.width > kLargestSide || head.height > kLargestSide)
+            fail(MediaErrorKind::InvalidData, path,
+                 size + " pixels are more than 32,768 a side; make it smaller");
+        if (std::int64_t{head.width} * head.height > kMostPixels)
+            fail(MediaErrorKind::InvalidData, path,
+                 size + " pixels are more than 268,435,456; make it smaller");
+        if (head.leastBytes > static_cast<double>(file.size))
+            formats::refuseDamaged("the file is too short for the " + size + " pixels it claims");
+        return work(*decoder, format, file);
+    } catch (const formats::FormatError& error) {
+        fail(error.kind(), path, error.what());
+    } catch (const std::bad_alloc&) {
+        fail(MediaErrorKind::NoMemory, path,
+             "there is not enough memory to read the picture; use fewer jobs at a time");
+    } catch (const std::length_error&) {
+        fail(MediaErrorKind::NoMemory, path,
+             "there is not enough memory to read the picture; use fewer jobs at a time");
     }
 }
 
-std::unique_ptr<HkImage> newImage(int width, int height, int channels) {
-    auto image = std::make_unique<HkImage>(width, height, channels, nullptr, 4u);
+std::unique_ptr<HkImage> newImage(int width, int height, int channels,
+                                  std::unique_ptr<HkImage> recycled = nullptr) {
+    if (recycled && recycled->data && recycled->width == width && recycled->height == height &&
+        recycled->channels == channels && recycled->step == width * channels) {
+        recycled->roiWidth = width;
+        recycled->roiHeight = height;
+        return recycled;
+    }
+    recycled.reset();  // before the new one is taken
+    // Rows without gaps: what a decoder delivers at a stretch, and as good as any to the filters.
+    auto image = std::make_unique<HkImage>(width, height, channels, nullptr, 1u);
     if (!image->data) throw std::bad_alloc();
     return image;
 }
 
-bool readSamples(OIIO::ImageInput& input, int channels, HkImage& image) {
-    if (!isPremultiplied(input, channels))
-        return input.read_image(0, 0, 0, channels, OIIO::TypeUInt8, image.data, channels,
-                                image.step);
-    std::vector<float> samples(static_cast<std::size_t>(image.width) * image.height * channels);
-    if (!input.read_image(0, 0, 0, channels, OIIO::TypeFloat, samples.data())) return false;
-    unpremultiply(samples, channels, image);
-    return true;
+/// A range in the values of a type: Type and Given as they are.
+struct Limits {
+    double low, high;
+};
+
+double greatestOf(SampleType type) {
+    return type == SampleType::Byte ? 255 : type == SampleType::Word ? 65535 : 1;
 }
 
-/// The picture as its orientation tag wants it seen. Not by the library's own function, which takes
-/// orientation 5 for 7 and 7 for 5.
+template <typename Sample>
+Limits limitsOfSamples(const unsigned char* samples, const PictureHead& head) {
+    const auto* values = reinterpret_cast<const Sample*>(samples);
+    const std::size_t count =
+        static_cast<std::size_t>(head.width) * static_cast<std::size_t>(head.height);
+    const auto channels = static_cast<std::size_t>(head.channels);
+    const std::size_t colours = head.channels % 2 ? channels : channels - 1;
+    double low = std::numeric_limits<double>::infinity();
+    double high = -low;
+    for (std::size_t i = 0; i < count; ++i)
+        for (std::size_t c = 0; c < colours; ++c) {
+            const auto value = static_cast<double>(values[i * channels + c]);
+            if (!std::isfinite(value)) continue;
+            low = std::min(low, value);
+            high = std::max(high, value);
+        }
+    return {low, high};
+}
+
+Limits limitsOf(const unsigned char* samples, const PictureHead& head) {
+    switch (head.samples) {
+        case SampleType::Byte:
+            return limitsOfSamples<std::uint8_t>(samples, head);
+        case SampleType::Word:
+            return limitsOfSamples<std::uint16_t>(samples, head);
+        default:
+            return limitsOfSamples<float>(samples, head);
+    }
+}
+
+unsigned char scaled(double value, const Limits& limits) {
+    const double share = (value - limits.low) / (limits.high - limits.low);
+    return share > 0 ? static_cast<unsigned char>(std::min(share, 1.0) * 255 + 0.5) : 0;
+}
+
+/// Samples of a pixel to 8 bits: the colours by their limits, alpha by those of the type.
+template <typename Sample>
+void convert(const unsigned char* samples, const PictureHead& head, const Limits& limits,
+             HkImage& image) {
+    const bool hasAlpha = head.channels == 2 || head.channels == 4;
+    const int colours = head.channels - (hasAlpha ? 1 : 0);
+    const Limits whole{0, greatestOf(head.samples)};
+    // Whole numbers by a table: a division for each sample would take longer than decoding.
+    std::vector<unsigned char> table, alphaTable;
+    if constexpr (!std::is_same_v<Sample, float>) {
+        const int count = std::numeric_limits<Sample>::max() + 1;
+        for (int i = 0; i < count; ++i) table.push_back(scaled(i, limits));
+        for (int i = 0; i < count && hasAlpha; ++i) alphaTable.push_back(scaled(i, whole));
+    }
+    const auto* in = reinterpret_cast<const Sample*>(samples);
+    for (int y = 0; y < head.height; ++y) {
+        unsigned char* out = image.data + static_cast<std::ptrdiff_t>(image.step) * y;
+        for (int x = 0; x < head.width; ++x, in += head.channels, out += head.channels) {
+            // Where alpha is 0 the colours are 0.
+            const double alpha = static_cast<double>(in[head.channels - 1]) / whole.high;
+            for (int c = 0; c < head.channels; ++c) {
+                const bool isAlpha = c == colours;
+                if constexpr (std::is_same_v<Sample, float>)
+                    out[c] = scaled(
+                        head.isPremultiplied && !isAlpha ? alpha > 0 ? in[c] / alpha : 0 : in[c],
+                        isAlpha ? whole : limits);
+                else if (head.isPremultiplied && !isAlpha)
+                    out[c] = alpha > 0 ? scaled(in[c] / alpha, limits) : 0;
+                else
+                    out[c] = (isAlpha ? alphaTable : table)[in[c]];
+            }
+        }
+    }
+}
+
+void convert(const unsigned char* samples, const PictureHead& head, const Limits& limits,
+             HkImage& image) {
+    switch (head.samples) {
+        case SampleType::Byte:
+            return convert<std::uint8_t>(samples, head, limits, image);
+        case SampleType::Word:
+            return convert<std::uint16_t>(samples, head, limits, image);
+        default:
+            return convert<float>(samples, head, limits, image);
+    }
+}
+
+std::size_t rowBytes(const PictureHead& head) {
+    return static_cast<std::size_t>(head.width) * static_cast<std::size_t>(head.channels) *
+           formats::bytesOf(head.samples);
+}
+
+unsigned char* decodeToScratch(PictureDecoder& decoder) {
+    const PictureHead& head = decoder.head();
+    thread_local Scratch scratch;
+    unsigned char* samples =
+        scratch.atLeast(rowBytes(head) * static_cast<std::size_t>(head.height));
+    decoder.read(samples, rowBytes(head));
+    return samples;
+}
+
+std::unique_ptr<HkImage> decode(PictureDecoder& decoder, const SampleRange& range,
+                                std::unique_ptr<HkImage> recycled) {
+    const PictureHead& head = decoder.head();
+    std::unique_ptr<HkImage> image =
+        newImage(head.width, head.height, head.channels, std::move(recycled));
+    if (head.samples == SampleType::Byte && !head.isPremultiplied &&
+        range.kind == SampleRange::Type) {
+        decoder.read(image->data, static_cast<std::size_t>(image->step));
+        return image;
+    }
+    const unsigned char* samples = decodeToScratch(decoder);
+    const Limits limits = range.kind == SampleRange::Each    ? limitsOf(samples, head)
+                          : range.kind == SampleRange::Given ? Limits{range.low, range.high}
+                                                             : Limits{0, greatestOf(head.samples)};
+    convert(samples, head, limits, *image);
+    return image;
+}
+
+/// The picture as its orientation tag wants it seen.
 std::unique_ptr<HkImage> upright(std::unique_ptr<HkImage> lying, int orientation) {
     if (orientation == 1) return lying;
     // Orientations 5 to 8 show the file's rows as columns. Each tells the side on which the file's
@@ -233,66 +279,70 @@ std::unique_ptr<HkImage> upright(std::unique_ptr<HkImage> lying, int orientation
     return standing;
 }
 
-PictureProperties propertiesOf(const OIIO::ImageSpec& head) {
-    PictureProperties properties;
-    properties.xResolution = head.get_float_attribute("XResolution");
-    properties.yResolution = head.get_float_attribute("YResolution");
-    const std::string unit = head.get_string_attribute("ResolutionUnit");
-    if (unit == "in" || unit == "inch") properties.resolutionUnit = "in";
-    if (unit == "cm") properties.resolutionUnit = "cm";
-    if (orientationOf(head) >= 5) std::swap(properties.xResolution, properties.yResolution);
-    if (const OIIO::ParamValue* profile = head.find_attribute("ICCProfile")) {
-        const auto* bytes = static_cast<const unsigned char*>(profile->data());
-        properties.iccProfile.assign(bytes, bytes + profile->type().size());
-    }
+PictureProperties propertiesOf(PictureDecoder& decoder, const SampleRange& range) {
+    const PictureHead& head = decoder.head();
+    PictureProperties properties = decoder.properties();
+    if (head.orientation >= 5) std::swap(properties.xResolution, properties.yResolution);
+    properties.notes = head.notes;
+    if (range.kind == SampleRange::Type && head.samples == SampleType::Word)
+        properties.notes.push_back("16 bits cut to 8; --range chooses which values are kept apart");
+    if (range.kind == SampleRange::Type && head.samples == SampleType::Float &&
+        !head.isPremultiplied)
+        properties.notes.push_back(
+            "numbers below 0 and above 1 cut off, the others cut to 8 bits; --range chooses "
+            "others");
     return properties;
-}
-
-/// Runs work; whatever the libraries throw becomes a message that names the file.
-template <typename Work>
-auto namingFile(const std::string& path, Work work) {
-    try {
-        return work();
-    } catch (const MediaError&) {
-        throw;
-    } catch (const std::bad_alloc&) {
-        fail(MediaErrorKind::NoMemory, path,
-             "there is not enough memory to read the picture; use fewer jobs at a time");
-    } catch (const std::exception& error) {
-        fail(MediaErrorKind::ReadWrite, path,
-             "the picture cannot be read (" + shown(error.what()) + ")");
-    }
 }
 
 }  // namespace
 
 bool hasPictureSuffix(const std::string& fileName) {
-    return suffixes().pictures.count(suffixOf(fileName)) != 0;
+    const std::string suffix = suffixOf(fileName);
+    for (const formats::Format& format : formats::all())
+        for (const char* candidate : format.suffixes)
+            if (suffix == candidate) return true;
+    return false;
 }
 
-PictureInfo readPictureInfo(const std::string& path) {
-    return namingFile(path, [&] {
-        const std::unique_ptr<OIIO::ImageInput> input = openPicture(path);
-        const OIIO::ImageSpec& head = headOf(*input);
-        PictureInfo info{head.width, head.height, channelsTaken(head)};
-        if (orientationOf(head) >= 5) std::swap(info.width, info.height);
-        return info;
-    });
+PictureInfo readPictureInfo(const std::string& path, int page) {
+    return withPicture(path, page,
+                       [](PictureDecoder& decoder, const formats::Format&, const Bytes&) {
+                           const PictureHead& head = decoder.head();
+                           PictureInfo info{head.width, head.height, head.channels};
+                           if (head.orientation >= 5) std::swap(info.width, info.height);
+                           return info;
+                       });
 }
 
-std::unique_ptr<HkImage> readPicture(const std::string& path, PictureProperties* properties) {
-    return namingFile(path, [&] {
-        const std::unique_ptr<OIIO::ImageInput> input = openPicture(path);
-        const OIIO::ImageSpec& head = headOf(*input);
-        const int channels = channelsTaken(head);
-        std::unique_ptr<HkImage> image = newImage(head.width, head.height, channels);
-        // A JPEG file cut short is read "successfully", with an error left behind.
-        if (!readSamples(*input, channels, *image) || input->has_error())
-            failDamaged(path, input->geterror());
-        image = upright(std::move(image), orientationOf(head));
-        if (properties) *properties = propertiesOf(head);
-        return image;
-    });
+std::unique_ptr<HkImage> readPicture(const std::string& path, int page, const SampleRange& range,
+                                     PictureProperties* properties,
+                                     std::unique_ptr<HkImage> recycled) {
+    return withPicture(
+        path, page, [&](PictureDecoder& decoder, const formats::Format&, const Bytes&) {
+            std::unique_ptr<HkImage> image = decode(decoder, range, std::move(recycled));
+            image = upright(std::move(image), decoder.head().orientation);
+            if (properties) *properties = propertiesOf(decoder, range);
+            return image;
+        });
+}
+
+int pageCountOf(const std::string& path) {
+    try {
+        return withPicture(path, 0,
+                           [](PictureDecoder&, const formats::Format& format, const Bytes& file) {
+                               return format.pageCount ? std::max(1, format.pageCount(file)) : 1;
+                           });
+    } catch (const MediaError&) {
+        return 1;
+    }
+}
+
+SampleRange sampleRangeOf(const std::string& path, int page) {
+    return withPicture(path, page,
+                       [](PictureDecoder& decoder, const formats::Format&, const Bytes&) {
+                           const Limits limits = limitsOf(decodeToScratch(decoder), decoder.head());
+                           return SampleRange{SampleRange::Given, limits.low, limits.high};
+                       });
 }
 
 }  // namespace media

@@ -16,9 +16,14 @@ std::string writableSuffixes();
 /// Throws MediaError (CannotCreate) when the format of the path's suffix cannot hold the picture.
 void checkPicture(const std::string& path, const PictureInfo& picture);
 
-/// The bytes of a picture file. Throws MediaError: as checkPicture(), or ReadWrite.
-/// The same picture always gives the same bytes.
-std::vector<unsigned char> encodePicture(const std::string& path, const HkImage& image,
-                                         const PictureProperties& properties);
+/// Appends the bytes of a picture file to `file`, which is empty, or for TIFF holds pages before
+/// this one. Throws MediaError: as checkPicture(), NoMemory, or ReadWrite.
+/// The same picture with the same properties always gives the same bytes.
+void encodePicture(const std::string& path, const HkImage& image,
+                   const PictureProperties& properties, const WriteOptions& options,
+                   std::vector<unsigned char>& file);
+
+/// True when files of this name's suffix can hold several pages.
+bool holdsPages(const std::string& fileName);
 
 }  // namespace media

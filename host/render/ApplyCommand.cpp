@@ -97,17 +97,16 @@ std::vector<PlotPoint> pointsOf(const RunResult& result, const PictureTaker& pic
 ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& catalog,
                   const Messages& messages) {
     const ChosenFrames chosen = chooseFrames(options, catalog);
-    const auto sink = media::MediaSink::open(options.output, *chosen.source, chosen.frames);
+    const auto sink =
+        media::MediaSink::open(options.output, *chosen.source, chosen.frames, options.writing);
     const ResultFiles files = openResultFiles(options, chosen, *sink);
     warnBeforehand(chosen, options, messages);
     if (options.dryRun) return rehearse(chosen, *sink, options);
 
     PictureTaker pictures(*sink, files.report || files.plot ? PictureTaker::Objects::Counted
                                                             : PictureTaker::Objects::Ignored);
-    const RunResult result = runChosen(chosen, options, [&](int count) {
-        return renderingWorkers(count, *chosen.source, pictures);
-    });
-    sink->finish();
+    const RunResult result = renderChosen(chosen, options, pictures, messages);
+    if (result.isWhole()) sink->finish();
     if (files.report) writeReport(*files.report, result, chosen, *sink, pictures, messages);
     result.throwEnding();
     if (files.plot)

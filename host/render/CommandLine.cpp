@@ -1,12 +1,14 @@
 #include "host/render/CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <QRegularExpression>
 #include <QStringList>
 #include <algorithm>
 #include <limits>
 #include <map>
 
 #include "host/document/NearestName.h"
+#include "host/render/ExitCode.h"
 #include "host/render/Manual.h"
 
 namespace render {
@@ -81,6 +83,29 @@ void addPluginOption(CLI::App& command, std::string& path) {
         ->type_name("FILE");
 }
 
+media::SampleRange parseRange(const std::string& text) {
+    if (text == "auto") return {media::SampleRange::Auto, 0, 0};
+    if (text == "each") return {media::SampleRange::Each, 0, 0};
+    static const QRegularExpression pattern(
+        QStringLiteral(R"(^(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)-(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)$)"));
+    const auto match = pattern.match(QString::fromStdString(text));
+    bool lowIsNumber = false, highIsNumber = false;
+    const double low = match.captured(1).toDouble(&lowIsNumber);
+    const double high = match.captured(2).toDouble(&highIsNumber);
+    if (!lowIsNumber || !highIsNumber || low >= high)
+        throw UsageError("--range: cannot use \"" + text +
+                         "\"; write LO-HI with LO below HI, such as 0-4095, or auto, or each");
+    return {media::SampleRange::Given, low, high};
+}
+
+void addRange(CLI::App& command, media::ReadOptions& reading) {
+    command
+        .add_option_function<std::string>(
+            "--range", [&reading](const std::string& text) { reading.range = parseRange(text); },
+            "Sample values that become black and white: those given, of the first frame or of each")
+        ->type_name("LO-HI|auto|each");
+}
+
 void addSelection(CLI::App& command, Selection& selection) {
     command.add_option("INPUT", selection.inputs, "What to read")->required()->type_name("");
     command
@@ -91,6 +116,7 @@ void addSelection(CLI::App& command, Selection& selection) {
         ->type_name("FILTER");
     command.add_option("--frames", selection.frames, "The frames to look at, if not all")
         ->type_name("LIST");
+    addRange(command, selection.reading);
     addPluginOption(command, selection.plugin);
 }
 
@@ -143,6 +169,15 @@ void defineList(CLI::App& app, ListOptions& options) {
     addPluginOption(*list, options.plugin);
 }
 
+void addPictureOptions(CLI::App& command, ApplyOptions& options) {
+    const int highestLevel = 12;
+    command
+        .add_option("--compression", options.writing.compression,
+                    "Of PNG and TIFF: 0 none, 1 fast (if not given), 12 smallest")
+        ->check(CLI::Range(0, highestLevel).description(""))
+        ->type_name("LEVEL");
+}
+
 void defineApply(CLI::App& app, ApplyOptions& options) {
     CLI::App* apply = app.add_subcommand("apply", "Applies filters to pictures");
     apply->add_option("-o,--output", options.output, "Where to write")
@@ -155,6 +190,7 @@ void defineApply(CLI::App& app, ApplyOptions& options) {
         ->add_option("--report", options.report,
                      "Write what became of every frame, as JSON; - is standard output")
         ->type_name("FILE");
+    addPictureOptions(*apply, options);
     apply->footer(kApplyNotes);
 }
 
@@ -207,6 +243,7 @@ void defineSheet(CLI::App& app, SheetOptions& options) {
     sheet->add_option("--frame", options.frame, "The frame to show, if not the first")
         ->type_name("N");
     sheet->add_flag("-q,--quiet", options.quiet, "Nothing but error messages");
+    addRange(*sheet, options.reading);
     addPluginOption(*sheet, options.plugin);
     sheet->footer(kSheetNotes);
 }
@@ -221,6 +258,7 @@ void defineCompare(CLI::App& app, CompareOptions& options) {
         ->type_name("OUTPUT");
     compare->add_option("--frames", options.frames, "The frames to look at, if not all")
         ->type_name("LIST");
+    addRange(*compare, options.reading);
     const int mostGain = 255;
     addNumber(*compare, "--gain", options.gain, mostGain,
               "Amplify differences so many times, if not as far as each picture allows");

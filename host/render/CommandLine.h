@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/media/MediaSource.h"
 #include "host/render/Progress.h"
 
 namespace render {
@@ -21,6 +22,7 @@ struct Selection {
     std::vector<std::string> filters;
     std::string plugin;  ///< empty: the one that belongs to this program
     std::string frames;  ///< empty: all of them
+    media::ReadOptions reading;
 };
 
 /// How a run over frames goes.
@@ -36,6 +38,7 @@ struct ApplyOptions : RunOptions {
     std::string output;
     bool dryRun = false;
     std::string report;  ///< empty: none; - is standard output
+    media::WriteOptions writing;
 };
 
 struct CountOptions : RunOptions {
@@ -49,6 +52,7 @@ struct CountOptions : RunOptions {
 struct SheetOptions {
     std::string input;
     std::string frame;  ///< empty: the first
+    media::ReadOptions reading;
     std::vector<std::string> filters;
     std::vector<std::string> sweeps;  ///< one, or two for a grid
     std::string plugin;               ///< empty: the one that belongs to this program
@@ -60,6 +64,7 @@ struct CompareOptions {
     std::string before;
     std::string after;
     std::string frames;  ///< empty: all of them
+    media::ReadOptions reading;
     std::string output;  ///< empty: no pictures
     int gain = 0;        ///< 0: what suits each picture
     bool json = false;

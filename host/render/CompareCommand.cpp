@@ -21,8 +21,9 @@ namespace render {
 namespace {
 
 struct Side {
-    explicit Side(const std::string& input, const std::string& list)
-        : source(media::MediaSource::open({input})), frames(chosenFrames(list, *source)) {}
+    Side(const std::string& input, const CompareOptions& options)
+        : source(media::MediaSource::open({input}, options.reading)),
+          frames(chosenFrames(options.frames, *source)) {}
     std::unique_ptr<media::MediaSource> source;
     std::vector<std::int64_t> frames;
 };
@@ -199,7 +200,7 @@ private:
 }  // namespace
 
 ExitCode runCompare(const CompareOptions& options) {
-    const Side before(options.before, options.frames), after(options.after, options.frames);
+    const Side before(options.before, options), after(options.after, options);
     if (before.frames.size() != after.frames.size())
         throw CommandError(InvalidData, options.before + " has " +
                                             std::to_string(before.frames.size()) + " frames and " +

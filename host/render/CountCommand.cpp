@@ -34,7 +34,9 @@ CountOutputs openOutputs(const CountOptions& options, const ChosenFrames& chosen
     const auto openPictures = [&](const std::string& name, media::SampleDepth depth,
                                   const char* purpose) {
         if (name.empty()) return std::unique_ptr<media::MediaSink>();
-        auto sink = media::MediaSink::open(name, *chosen.source, chosen.frames, depth);
+        media::WriteOptions writing;
+        writing.depth = depth;
+        auto sink = media::MediaSink::open(name, *chosen.source, chosen.frames, writing);
         claims.claim(*sink, chosen.frames, purpose);
         folders.push_back(media::folderOf(sink->path(chosen.frames.front())));
         return sink;
@@ -63,13 +65,18 @@ public:
           m_outputs(outputs),
           m_table(table) {}
 
-    void take(const RenderedFrame& rendered) override {
+    FrameRest take(const RenderedFrame& rendered) override {
         AreaMap map;
         requireObjects(rendered.frame, mapAreas(rendered.image, m_rules, map));
         if (m_outputs.labels) writeLabels(rendered.frame, map);
         if (m_outputs.outlines) writeOutlines(rendered, map);
         m_table.add(rendered.frame, m_source.path(rendered.frame), std::move(map.areas),
                     map.leftOut);
+        return {};
+    }
+
+    bool takesInOrder() const override {
+        return m_outputs.outlines && m_outputs.outlines->writesInOrder();
     }
 
 private:
@@ -128,10 +135,8 @@ ExitCode runCount(const CountOptions& options, const document::FilterCatalog& ca
 
     ObjectTable table;
     ObjectTaker taker(options, *chosen.source, outputs, table);
-    const RunResult result = runChosen(
-        chosen, options, [&](int count) { return renderingWorkers(count, *chosen.source, taker); });
-    if (outputs.labels) outputs.labels->finish();
-    if (outputs.outlines) outputs.outlines->finish();
+    const RunResult result = renderChosen(chosen, options, taker, messages);
+    if (outputs.outlines && result.isWhole()) outputs.outlines->finish();
     result.throwEnding();
     if (outputs.table) outputs.table->write(table.objects());
     if (outputs.plot) {

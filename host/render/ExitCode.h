@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "host/media/MediaError.h"
+
 namespace render {
 
 /// What the process reports to whoever started it (the numbers from 65 on are those of sysexits.h).
@@ -21,6 +23,23 @@ enum ExitCode : int {
     Quit = 131,         ///< 128 + SIGQUIT
     Terminated = 143    ///< 128 + SIGTERM
 };
+
+/// The code with which a program ends that an error of this kind ends.
+constexpr ExitCode exitCodeOf(media::MediaErrorKind kind) {
+    switch (kind) {
+        case media::MediaErrorKind::MissingInput:
+            return MissingInput;
+        case media::MediaErrorKind::CannotCreate:
+            return CannotCreate;
+        case media::MediaErrorKind::ReadWrite:
+            return ReadWriteError;
+        case media::MediaErrorKind::NoMemory:
+            return TryAgainLater;
+        case media::MediaErrorKind::InvalidData:
+            break;
+    }
+    return InvalidData;
+}
 
 /// Ends a command with a message of one line, without a full stop at its end.
 class CommandError : public std::runtime_error {

@@ -41,7 +41,12 @@ void FileClaims::claim(const std::string& path, const std::string& purpose) {
 
 void FileClaims::claim(const media::MediaSink& sink, const std::vector<std::int64_t>& frames,
                        const std::string& purpose) {
-    for (const std::int64_t frame : frames) claim(sink.path(frame), purpose);
+    std::string before;  // a file of pages has all of them
+    for (const std::int64_t frame : frames) {
+        const std::string path = sink.path(frame);
+        if (path != before) claim(path, purpose);
+        before = path;
+    }
 }
 
 }  // namespace render

@@ -5,6 +5,7 @@
 
 #include "host/document/FilterChain.h"
 #include "host/render/CheckCommand.h"
+#include "host/render/FrameJob.h"
 #include "host/render/FrameList.h"
 #include "host/render/StopSignal.h"
 
@@ -40,7 +41,7 @@ ExitCode exitCodeOf(const std::vector<FrameOutcome>& outcomes, bool keepGoing) {
 ChosenFrames chooseFrames(const Selection& selection, const document::FilterCatalog& catalog) {
     document::setFilterChain(asQStrings(selection.filters), catalog);
     ChosenFrames chosen;
-    chosen.source = media::MediaSource::open(selection.inputs);
+    chosen.source = media::MediaSource::open(selection.inputs, selection.reading);
     chosen.frames = chosenFrames(selection.frames, *chosen.source);
     return chosen;
 }
@@ -74,6 +75,17 @@ RunResult runChosen(const ChosenFrames& chosen, const RunOptions& options,
         progress->abandon();
     else
         progress->finish();
+    return result;
+}
+
+RunResult renderChosen(const ChosenFrames& chosen, const RunOptions& options, ResultTaker& taker,
+                       const Messages& messages) {
+    FrameNotes notes;
+    RunResult result = runChosen(chosen, options, [&](int count) {
+        return renderingWorkers(count, RenderRequest{*chosen.source, chosen.frames, taker, &notes});
+    });
+    if (!options.quiet)
+        for (const std::string& line : notes.lines()) messages.note(line);
     return result;
 }
 

@@ -11,6 +11,7 @@
 #include "host/render/CommandLine.h"
 #include "host/render/FrameRunner.h"
 #include "host/render/Messages.h"
+#include "host/render/ResultTaker.h"
 
 namespace render {
 
@@ -32,12 +33,20 @@ struct RunResult {
 
     /// Throws it as a CommandError, if there is one.
     void throwEnding() const;
+
+    /// Nothing ended the run before its time: a file of many frames is to be finished.
+    bool isWhole() const { return exitCode == Done || exitCode == SomeFramesFailed; }
 };
 
 /// Runs the frames with as many workers as the options allow, shows how far it is and what fails,
 /// and stops when a signal asks for it.
 RunResult runChosen(const ChosenFrames& chosen, const RunOptions& options,
                     const std::function<std::vector<FrameWork>(int count)>& makeWorkers);
+
+/// The same with workers that run each frame through the filters and hand it to the taker. Says
+/// what of the inputs is not in the frames, unless the options want quiet.
+RunResult renderChosen(const ChosenFrames& chosen, const RunOptions& options, ResultTaker& taker,
+                       const Messages& messages);
 
 /// Says what is known beforehand to make a result meaningless, unless the options want quiet.
 void warnBeforehand(const ChosenFrames& chosen, const RunOptions& options,

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <deque>
 #include <mutex>
 #include <new>
 #include <system_error>
@@ -15,30 +16,36 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-FrameOutcome runFrame(const FrameWork& work, std::int64_t frame) {
-    FrameOutcome outcome;
-    outcome.frame = frame;
+/// Does a part of a frame's work; when it fails, the outcome says why.
+template <typename Part>
+void attempt(FrameOutcome& outcome, Part part) {
     const auto begin = Clock::now();
     try {
-        work(frame);
-        outcome.status = FrameOutcome::Finished;
+        part();
     } catch (const media::MediaError& error) {
-        outcome.code = static_cast<ExitCode>(error.exitCode());
+        outcome.code = exitCodeOf(error.kind());
         outcome.error = error.what();
     } catch (const CommandError& error) {
         outcome.code = error.code();
         outcome.error = error.what();
     } catch (const std::bad_alloc&) {
         outcome.code = TryAgainLater;
-        outcome.error = "frame " + std::to_string(frame) +
+        outcome.error = "frame " + std::to_string(outcome.frame) +
                         ": not enough memory; close other programs or use fewer --jobs";
+    } catch (const std::system_error& error) {
+        outcome.code = TryAgainLater;
+        outcome.error = "frame " + std::to_string(outcome.frame) + ": the system refused (" +
+                        error.code().message() + "); close other programs or use fewer --jobs";
     } catch (const std::exception& error) {
         outcome.code = InvalidData;
-        outcome.error = "frame " + std::to_string(frame) + ": " + error.what();
+        outcome.error = "frame " + std::to_string(outcome.frame) + ": " + error.what();
+    } catch (...) {
+        outcome.code = InvalidData;
+        outcome.error = "frame " + std::to_string(outcome.frame) +
+                        ": a filter broke off without a word; use another plug-in library";
     }
-    if (outcome.status != FrameOutcome::Finished) outcome.status = FrameOutcome::Failed;
-    outcome.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
-    return outcome;
+    outcome.status = outcome.code == Done ? FrameOutcome::Finished : FrameOutcome::Failed;
+    outcome.seconds += std::chrono::duration<double>(Clock::now() - begin).count();
 }
 
 /// What the threads share: the frames still to do, and the outcomes.
@@ -49,22 +56,55 @@ public:
         for (std::size_t i = 0; i < frames.size(); ++i) m_outcomes[i].frame = frames[i];
     }
 
-    void workOn(const FrameWork& work) {
+    void workOn(const FrameWork& work, std::size_t workerCount) {
+        const std::size_t mostWaiting = 2 * workerCount;
         std::unique_lock<std::mutex> lock(m_mutex);
         while (m_next < m_outcomes.size() && !m_ending) {
             if (m_rules.shouldStop && m_rules.shouldStop()) break;
             const std::size_t index = m_next++;
-            const std::int64_t frame = m_outcomes[index].frame;
+            FrameOutcome outcome = m_outcomes[index];
             lock.unlock();
-            const FrameOutcome outcome = runFrame(work, frame);
+            FrameRest rest;
+            attempt(outcome, [&] { rest = work(outcome.frame); });
             lock.lock();
-            m_outcomes[index] = outcome;
-            m_ended.push_back(index);
-            if (outcome.status == FrameOutcome::Failed && !m_rules.keepGoing) m_ending = true;
-            m_changed.notify_one();
+            if (rest) {
+                m_restTaken.wait(lock, [&] { return m_rests.size() < mostWaiting; });
+                m_rests.push_back({index, std::move(outcome), std::move(rest)});
+                m_restWaits.notify_one();
+            } else {
+                end(index, std::move(outcome));
+            }
         }
         ++m_workersGone;
+        m_restWaits.notify_all();
         m_changed.notify_one();
+    }
+
+    /// For a worker that cannot begin.
+    void dismissWorker() {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        ++m_workersGone;
+        m_restWaits.notify_all();
+    }
+
+    /// Until all workers are gone and nothing is left of their frames.
+    void workOnRests(std::size_t workerCount) {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        while (true) {
+            m_restWaits.wait(lock,
+                             [&] { return !m_rests.empty() || m_workersGone == workerCount; });
+            if (m_rests.empty()) break;
+            Rest rest = std::move(m_rests.front());
+            m_rests.pop_front();
+            ++m_restsRunning;
+            m_restTaken.notify_one();
+            lock.unlock();
+            attempt(rest.outcome, rest.work);
+            rest.work = nullptr;  // what it holds is freed outside the lock
+            lock.lock();
+            --m_restsRunning;
+            end(rest.index, std::move(rest.outcome));
+        }
     }
 
     void watch(std::size_t workerCount, const std::function<void(const FrameOutcome&)>& onOutcome,
@@ -72,7 +112,8 @@ public:
         const auto tick = std::chrono::milliseconds(200);
         std::size_t announced = 0;
         std::unique_lock<std::mutex> lock(m_mutex);
-        while (announced < m_ended.size() || m_workersGone < workerCount) {
+        while (announced < m_ended.size() || m_workersGone < workerCount || !m_rests.empty() ||
+               m_restsRunning > 0) {
             if (announced < m_ended.size()) {
                 const FrameOutcome outcome = m_outcomes[m_ended[announced++]];
                 lock.unlock();
@@ -89,8 +130,26 @@ public:
     std::vector<FrameOutcome> takeOutcomes() { return std::move(m_outcomes); }
 
 private:
+    struct Rest {
+        std::size_t index;
+        FrameOutcome outcome;
+        FrameRest work;
+    };
+
+    /// Under the lock.
+    void end(std::size_t index, FrameOutcome outcome) {
+        if (outcome.status == FrameOutcome::Failed && !m_rules.keepGoing) m_ending = true;
+        m_outcomes[index] = std::move(outcome);
+        m_ended.push_back(index);
+        m_changed.notify_one();
+    }
+
     std::mutex m_mutex;
-    std::condition_variable m_changed;
+    std::condition_variable m_changed;    ///< for watch(): a frame ended or a worker is gone
+    std::condition_variable m_restWaits;  ///< or no more will come
+    std::condition_variable m_restTaken;
+    std::deque<Rest> m_rests;
+    std::size_t m_restsRunning = 0;
     std::vector<FrameOutcome> m_outcomes;
     std::vector<std::size_t> m_ended;  ///< indices, in the order in which the frames ended
     std::size_t m_next = 0;
@@ -107,15 +166,29 @@ std::vector<FrameOutcome> runFrames(const std::vector<std::int64_t>& frames,
                                     const std::function<void()>& onTick) {
     Run run(frames, rules);
     std::vector<std::thread> threads;
-    try {
+    const std::size_t wanted = workers.size();
+    const auto begin = [&](auto function) {
+        try {
+            threads.emplace_back(function);
+            return true;
+        } catch (const std::system_error&) {
+            return false;  // the system grants no further thread
+        }
+    };
+    // As many for the rests: they mostly sleep, and a disk likes several at a time.
+    std::size_t restThreads = 0;
+    while (restThreads < wanted && begin([&] { run.workOnRests(wanted); })) ++restThreads;
+    // Those that run do all the work; for those that cannot, it is as if they had gone.
+    std::size_t begun = 0;
+    if (restThreads > 0)
         for (const FrameWork& worker : workers)
-            threads.emplace_back([&run, &worker] { run.workOn(worker); });
-    } catch (const std::system_error&) {
-        // The system grants no further thread: those that run do the work, if there is one.
-        if (threads.empty())
-            throw CommandError(TryAgainLater, "the system grants no thread to render on");
+            if (begin([&run, &worker, wanted] { run.workOn(worker, wanted); })) ++begun;
+    for (std::size_t i = begun; i < wanted; ++i) run.dismissWorker();
+    if (begun == 0) {
+        for (std::thread& thread : threads) thread.join();
+        throw CommandError(TryAgainLater, "the system grants no thread to render on");
     }
-    run.watch(threads.size(), onOutcome, onTick);
+    run.watch(wanted, onOutcome, onTick);
     for (std::thread& thread : threads) thread.join();
     return run.takeOutcomes();
 }

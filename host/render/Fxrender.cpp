@@ -99,7 +99,7 @@ int reportErrors(Messages messages, const std::function<int(Messages&)>& work) {
     } catch (const document::FilterError& error) {
         return fail(error.what(), WrongCommandLine);
     } catch (const media::MediaError& error) {
-        return fail(error.what(), error.exitCode());
+        return fail(error.what(), exitCodeOf(error.kind()));
     } catch (const std::bad_alloc&) {
         return fail("not enough memory; close other programs or use fewer --jobs", TryAgainLater);
     } catch (const std::system_error& error) {

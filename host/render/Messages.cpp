@@ -5,12 +5,20 @@
 
 namespace render {
 
+void Messages::note(const std::string& text) const {
+    tell("note", text);
+}
+
 void Messages::warning(const std::string& text) const {
+    tell("warning", text);
+}
+
+void Messages::tell(const char* kind, const std::string& text) const {
     const std::string line = media::shown(text);
     if (m_style == Style::Events)
-        writeEvent({{"event", "warning"}, {"message", line}}, stderr);
+        writeEvent({{"event", kind}, {"message", line}}, stderr);
     else
-        std::fprintf(stderr, "%s: warning: %s\n", m_program.c_str(), line.c_str());
+        std::fprintf(stderr, "%s: %s: %s\n", m_program.c_str(), kind, line.c_str());
 }
 
 void Messages::error(const std::string& text, int exitCode) const {

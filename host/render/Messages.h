@@ -4,8 +4,8 @@
 
 namespace render {
 
-/// What a program tells its user on standard error beside the progress of its frames: warnings and
-/// the error that ends it. Each is one line, whatever the text quotes.
+/// What a program tells its user on standard error beside the progress of its frames: notes,
+/// warnings and the error that ends it. Each is one line, whatever the text quotes.
 class Messages {
 public:
     enum class Style {
@@ -17,10 +17,13 @@ public:
 
     void setStyle(Style style) { m_style = style; }
 
+    void note(const std::string& text) const;  ///< what a user may want to know, no reason to worry
     void warning(const std::string& text) const;
     void error(const std::string& text, int exitCode) const;
 
 private:
+    void tell(const char* kind, const std::string& text) const;
+
     std::string m_program;
     Style m_style = Style::Lines;
 };

@@ -4,12 +4,13 @@
 
 namespace render {
 
-void PictureTaker::take(const RenderedFrame& rendered) {
-    m_sink.write(rendered.frame, rendered.image, rendered.properties);
-    if (m_objects == Objects::Ignored || !rendered.showsObjects) return;
-    const int count = countWhiteAreas(rendered.image);
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_counts[rendered.frame] = count;
+FrameRest PictureTaker::take(const RenderedFrame& rendered) {
+    if (m_objects == Objects::Counted && rendered.showsObjects) {
+        const int count = countWhiteAreas(rendered.image);
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_counts[rendered.frame] = count;
+    }
+    return m_sink.encode(rendered.frame, rendered.image, rendered.properties);
 }
 
 std::optional<int> PictureTaker::objectsOf(std::int64_t frame) const {

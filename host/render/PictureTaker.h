@@ -16,7 +16,8 @@ public:
 
     PictureTaker(media::MediaSink& sink, Objects objects) : m_sink(sink), m_objects(objects) {}
 
-    void take(const RenderedFrame& rendered) override;
+    FrameRest take(const RenderedFrame& rendered) override;
+    bool takesInOrder() const override { return m_sink.writesInOrder(); }
 
     /// How many objects the result of a frame shows, -1 when memory for counting ran out; none for
     /// one that shows no objects, or whose objects were not to be counted.

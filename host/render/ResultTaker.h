@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "host/media/MediaSource.h"
+#include "host/render/FrameRunner.h"
 
 namespace render {
 
@@ -19,8 +20,13 @@ class ResultTaker {
 public:
     virtual ~ResultTaker() = default;
 
-    /// Called once for each frame, for several at once on several threads. Throws as a FrameWork.
-    virtual void take(const RenderedFrame& rendered) = 0;
+    /// Called once for each frame, for several at once on several threads. Answers with what is
+    /// left to do when the processor has done its part, which must not need `rendered`; empty when
+    /// nothing is left. Throws as a FrameWork.
+    virtual FrameRest take(const RenderedFrame& rendered) = 0;
+
+    /// True when take() must be called in ascending order of frames, one call at a time.
+    virtual bool takesInOrder() const { return false; }
 
 protected:
     ResultTaker() = default;

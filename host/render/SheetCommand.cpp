@@ -128,14 +128,17 @@ ExitCode runSheet(const SheetOptions& options, const document::FilterCatalog& ca
                   const Messages& messages) {
     document::setFilterChain(filtersOf(options), catalog);
     const Sweeps sweeps(options.sweeps, catalog);
-    const auto source = media::MediaSource::open({options.input});
+    const auto source = media::MediaSource::open({options.input}, options.reading);
     const std::int64_t frame = frameOf(options, *source);
     const auto sink = media::MediaSink::open(options.output, *source, {frame});
     document::VariantRenderer renderer(sweeps.columns, sweeps.rows);
 
     std::string name = media::shown(media::fileNameOf(source->path(frame)));
     if (source->frames().size() > 1) name += ", frame " + std::to_string(frame);
-    std::unique_ptr<HkImage> input = source->read(frame);
+    media::PictureProperties properties;
+    std::unique_ptr<HkImage> input = source->read(frame, &properties);
+    if (!options.quiet)
+        for (const std::string& note : properties.notes) messages.note(note);
     document::ContactSheet sheet = emptySheet(options, sweeps, document::imageOf(*input), name);
     const QStringList labels = sweeps.labels(sweeps.columns);
     int refused = 0;

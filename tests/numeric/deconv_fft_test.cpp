@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <complex>
 #include <limits>
 
@@ -268,32 +267,6 @@ TEST(DeconvFFT, ACallLeavesNoTraceInTheState) {
     }
 }
 
-TEST(DeconvFFTInit, RefusesInOrderAndLeavesTheResultAlone) {
-    const std::vector<float> kernel = unsymmetricKernel(3);
-    int other = 0;
-    auto* const untouched = reinterpret_cast<DeconvFFTState*>(&other);
-    const struct {
-        const float* kernel;
-        int size, order;
-        float threshold;
-        KernelStatus status;
-    } rows[] = {
-        {nullptr, 0, -1, -1, NullPointer},       {kernel.data(), 0, -1, -1, BadSize},
-        {kernel.data(), 3, 1, -1, BadSize},      {kernel.data(), 1, -1, -1, BadSize},
-        {kernel.data(), 1, INT_MIN, 0, BadSize}, {kernel.data(), 3, 31, -1, BadArgument},
-        {kernel.data(), 3, 31, 0, BadOrder},     {kernel.data(), 3, INT_MAX, kNaN, BadOrder},
-        {kernel.data(), 3, 30, 0, NoMemory},     {kernel.data(), 3, 14, 0, NoMemory},
-    };
-    for (const auto& row : rows) {
-        DeconvFFTState* state = untouched;
-        EXPECT_EQ(deconvFFTInit(&state, row.kernel, row.size, row.order, row.threshold), row.status)
-            << row.size << ", order " << row.order;
-        EXPECT_EQ(state, untouched);
-    }
-    EXPECT_EQ(deconvFFTInit(nullptr, kernel.data(), 3, 4, 0), NullPointer);
-    EXPECT_EQ(deconvFFTFree(nullptr), NullPointer);
-}
-
 TEST(DeconvFFTInit, FreesEverythingWhenMemoryIsShort) {
     const std::vector<float> kernel = unsymmetricKernel(3);
     const int blocksBefore = heap::blocks;
@@ -309,43 +282,6 @@ TEST(DeconvFFTInit, FreesEverythingWhenMemoryIsShort) {
         EXPECT_EQ(heap::blocks, blocksBefore) << failing;
     }
     heap::reset();
-}
-
-TEST(DeconvFFT, AllocatesNothing) {
-    const State state = makeState(unsymmetricKernel(3), 3, 7, 0.1F);
-    const FloatPlane src = noise(100, 101);
-    FloatPlane dst(100, 101);
-    heap::reset();
-    EXPECT_EQ(run(src, dst, state), Success);
-    EXPECT_EQ(heap::requests, 0);
-}
-
-TEST(DeconvFFT, RefusesInOrderAndWritesNothing) {
-    const State state = makeState(unsymmetricKernel(3), 3, 4, 0.1F);
-    const FloatPlane src = noise(14, 14);
-    FloatPlane dst(14, 14);
-    dst.fill(5);
-    const FloatPlane before = dst;
-    const struct {
-        const float* src;
-        int srcStep, dstStep, width, height;
-        KernelStatus status;
-    } rows[] = {
-        {nullptr, 1, 1, 0, 0, NullPointer},          {src.data(), 1, 1, 0, 14, BadSize},
-        {src.data(), 1, 1, 14, -3, BadSize},         {src.data(), 1, 1, 15, 14, BadSize},
-        {src.data(), 1, 1, 14, 15, BadSize},         {src.data(), 1, 1, INT_MAX, 1, BadSize},
-        {src.data(), 55, 58, 14, 14, BadStep},       {src.data(), 58, 55, 14, 14, BadStep},
-        {src.data(), 58, 56, 14, 14, UnalignedStep}, {src.data(), 56, 58, 14, 14, UnalignedStep},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(deconvFFT(row.src, row.srcStep, dst.data(), row.dstStep, row.width, row.height,
-                            state.get()),
-                  row.status)
-            << row.width << " x " << row.height << ", " << row.srcStep;
-    EXPECT_EQ(deconvFFT(src.data(), 56, nullptr, 56, 14, 14, state.get()), NullPointer);
-    EXPECT_EQ(deconvFFT(src.data(), 56, dst.data(), 56, 14, 14, nullptr), NullPointer);
-    EXPECT_TRUE(samePixels(before, dst));
-    EXPECT_EQ(run(src, dst, state), Success);  // N - k + 1 is accepted
 }
 
 }  // namespace

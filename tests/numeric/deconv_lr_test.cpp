@@ -1,4 +1,3 @@
-#include <climits>
 #include <limits>
 #include <utility>
 
@@ -143,6 +142,17 @@ TEST(DeconvLR, MatchesDirectConvolutionForEveryKernel) {
             }
 }
 
+// One weight makes the difference: every one must be looked at before a kernel counts as symmetric.
+TEST(DeconvLR, MatchesDirectConvolutionWithOneWeightOutOfLine) {
+    const FloatPlane src = picture(12, 9);
+    for (std::size_t i = 0; i < 25; ++i) {
+        Kernel kernel = filterKernel();
+        kernel[i] += 0.3F;
+        SCOPED_TRACE("weight " + std::to_string(i));
+        expectClose(lucyRichardson(src, kernel, 2, 1e-4F), run(src, kernel, 2, 1e-4F));
+    }
+}
+
 // --- Every slot, any memory -----------------------------------------------------------------
 
 FloatPlane withOddValues(FloatPlane plane) {
@@ -190,18 +200,6 @@ TEST(DeconvLR, WorksInPlace) {
                       Success);
             EXPECT_TRUE(samePixels(expected, plane));
         }
-}
-
-TEST(DeconvLR, AllocatesNothingPerCall) {
-    for (const Kernel& kernel : kernels()) {
-        const OwnedDeconvLR state = makeState(kernel, 40, 40, 1e-4F);
-        const FloatPlane src = picture(30, 20);
-        FloatPlane dst(30, 20);
-        heap::reset();
-        EXPECT_EQ(deconvLR(src.data(), src.step(), dst.data(), dst.step(), 30, 20, 5, state.get()),
-                  Success);
-        EXPECT_EQ(heap::requests, 0);
-    }
 }
 
 // --- Guards ---------------------------------------------------------------------------------
@@ -269,74 +267,6 @@ TEST(DeconvLR, ABlurredValueAtTheThresholdGivesNoRatio) {
 TEST(DeconvLR, ZerosStayZerosWithEveryKernel) {
     for (const Kernel& kernel : kernels())
         EXPECT_TRUE(samePixels(FloatPlane(40, 9), run(FloatPlane(40, 9), kernel, 6, 1e-4F)));
-}
-
-// --- Arguments ------------------------------------------------------------------------------
-
-// Each row breaks one rule and later ones too, so that the order shows.
-TEST(DeconvLR, WrongArgumentsAreReportedInOrderAndChangeNothing) {
-    const OwnedDeconvLR state = makeState(filterKernel(), 12, 10, 1e-4F);  // up to 8 x 6
-    enum Null { None, Src, Dst, State };
-    struct {
-        Null null;
-        int srcStep, dstStep, width, height, iterations;
-        KernelStatus status;
-    } const rows[] = {
-        {Src, 3, 3, 0, 6, 0, NullPointer},      {Dst, 3, 3, 0, 6, 0, NullPointer},
-        {State, 3, 3, 0, 6, 0, NullPointer},    {None, 3, 3, 0, 6, 0, BadSize},
-        {None, 3, 3, 8, -1, 0, BadSize},        {None, 3, 3, 9, 6, 0, BadSize},
-        {None, 3, 3, 8, 7, 0, BadSize},         {None, 3, 3, INT_MAX, 6, 0, BadSize},
-        {None, 31, 33, 8, 6, 0, BadStep},       {None, 33, 31, 8, 6, 0, BadStep},
-        {None, -32, 32, 8, 6, 0, BadStep},      {None, 34, 32, 8, 6, 0, UnalignedStep},
-        {None, 32, 33, 8, 6, 0, UnalignedStep}, {None, 32, 32, 8, 6, 0, BadArgument},
-        {None, 32, 32, 8, 6, -4, BadArgument},  {None, 32, 32, 8, 6, 1, Success},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(::testing::Message() << "row " << &row - rows);
-        const FloatPlane src = picture(8, 6);
-        FloatPlane dst(8, 6);
-        EXPECT_EQ(deconvLR(row.null == Src ? nullptr : src.data(), row.srcStep,
-                           row.null == Dst ? nullptr : dst.data(), row.dstStep, row.width,
-                           row.height, row.iterations, row.null == State ? nullptr : state.get()),
-                  row.status);
-        EXPECT_EQ(static_cast<bool>(samePixels(FloatPlane(8, 6), dst)), row.status != Success);
-    }
-    EXPECT_EQ(deconvLRFree(nullptr), NullPointer);
-}
-
-TEST(DeconvLRInit, WrongArgumentsAreReportedInOrderAndLeaveTheResultAlone) {
-    const Kernel kernel = filterKernel();
-    struct {
-        bool hasOut, hasKernel;
-        int size, maxWidth, maxHeight;
-        float threshold;
-        KernelStatus status;
-    } const rows[] = {
-        {false, true, 0, 9, 9, -1, NullPointer},
-        {true, false, 0, 9, 9, -1, NullPointer},
-        {true, true, 0, 9, 9, -1, BadSize},
-        {true, true, 5, 0, 9, -1, BadSize},
-        {true, true, 5, 9, -9, -1, BadSize},
-        {true, true, 5, 4, 9, -1, BadSize},
-        {true, true, 5, 9, 4, -1, BadSize},
-        {true, true, 5, INT_MAX, INT_MAX, -1, BadArgument},
-        {true, true, 5, 9, 9, -1e-30F, BadArgument},
-        {true, true, 5, INT_MAX, 9, 0, NoMemory},
-        {true, true, 5, 9, INT_MAX, 0, NoMemory},
-        {true, true, 5, 40000, 40000, 0, NoMemory},
-    };
-    for (const auto& row : rows) {
-        DeconvLRState* const untouched = reinterpret_cast<DeconvLRState*>(8);
-        DeconvLRState* state = untouched;
-        EXPECT_EQ(
-            deconvLRInit(row.hasOut ? &state : nullptr, row.hasKernel ? kernel.data() : nullptr,
-                         row.size, row.maxWidth, row.maxHeight, row.threshold),
-            row.status)
-            << "row " << &row - rows;
-        EXPECT_EQ(state, untouched);
-    }
-    for (const float threshold : {kNaN, -0.0F, kInfinity})
-        EXPECT_NE(makeState(kernel, 5, 5, threshold), nullptr);
 }
 
 TEST(DeconvLRInit, EveryFailingAllocationIsReportedAndNothingStays) {

@@ -1,4 +1,4 @@
-#include "numeric/deconv_margin.h"
+#include "numeric/deconvolution/deconv_margin.h"
 
 #include <gtest/gtest.h>
 

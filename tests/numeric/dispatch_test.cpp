@@ -1,12 +1,21 @@
-#include "numeric/dispatch.h"
+#include "numeric/base/dispatch.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <limits>
 #include <set>
+#include <string>
 #include <vector>
 
+#include "numeric/deconvolution/deconv_fft_rows.h"
+#include "numeric/deconvolution/deconv_lr_rows.h"
+#include "numeric/distance/distance_rows.h"
+#include "numeric/elementwise/elementwise_rows.h"
+#include "numeric/labelling/label_rows.h"
+#include "numeric/reconstruction/peak_step_rows.h"
+#include "numeric/watershed/tile_rows.h"
+#include "numeric/watershed/watershed_rows.h"
 #include "planes.h"
 
 namespace numeric {
@@ -80,11 +89,41 @@ TEST(Dispatch, GroupedSlotsNameOneBuild) {
     const RowBuilds<FakeRows> all = {kFakes, kFakes + 1, kFakes + 2, kFakes + 3, kFakes + 4};
     using Numbers = std::vector<int>;
     EXPECT_EQ(numbers(SlotTable<FakeRows>(all, kSixBuilds, Avx512)), (Numbers{4, 0, 1, 2, 3, 4}));
-    EXPECT_EQ(numbers(SlotTable<FakeRows>(all, kSubtractSlots, Avx512)),
+    EXPECT_EQ(numbers(SlotTable<FakeRows>(all, {0, 1, 1, 3, 4, 4}, Avx512)),
               (Numbers{4, 0, 0, 2, 3, 3}));
-    EXPECT_EQ(numbers(SlotTable<FakeRows>(all, kSubtractScalarSlots, Avx512)),
-              (Numbers{4, 0, 1, 2, 3, 3}));
     EXPECT_EQ(numbers(SlotTable<FakeRows>(all, kSixBuilds, Sse4)), (Numbers{2, 0, 1, 2, 2, 2}));
+}
+
+TEST(Dispatch, EveryKernelGroupsItsSlotsAsTabled) {
+    const struct {
+        const char* kernel;
+        SlotGrouping found;
+        const char* tabled;  // slots that share one build are joined by '/'
+    } rows[] = {
+        {"float threshold", kThresholdFloatSlots.grouping(), "0 1 2 3 4 5"},
+        {"subtraction of a scalar", kSubtractScalarSlots.grouping(), "0 1 2 3 4/5"},
+        {"subtraction", kSubtractSlots.grouping(), "0 1/2 3 4/5"},
+        {"maximum", kMaximumSlots.grouping(), "0 1 2 3 4 5"},
+        {"bitwise or", kBitwiseOrSlots.grouping(), "0 1 2 3 4 5"},
+        {"byte thresholds", kByteThresholdsSlots.grouping(), "0 1 2 3 4 5"},
+        {"distance transform", kDistanceSlots.grouping(), "0 1 2 3 4 5"},
+        {"labelling", kLabelSlots.grouping(), "0 1 2 3 4 5"},
+        {"peak step, 8 neighbours", kPeakStepSlots8.grouping(), "0 1 2 3 4 5"},
+        {"peak step, 4 neighbours", kPeakStepSlots4.grouping(), "0 1 2 3 4 5"},
+        {"watershed", kWatershedSlots.grouping(), "0 1 2 3 4 5"},
+        {"watershed by distance", kMarchingTileSlots.grouping(), "0 1 2 3 4 5"},
+        {"watershed by steps to 8", kTileSlots8.grouping(), "0 1 2 3 4 5"},
+        {"watershed by steps to 4", kTileSlots4.grouping(), "0 1 2 3 4 5"},
+        {"FFT, rows", kDeconvFFTRowSlots.grouping(), "0 1 2 3 4 5"},
+        {"FFT, columns", kDeconvFFTColumnSlots.grouping(), "0 1 2 3 4 5"},
+        {"Lucy-Richardson", kDeconvLRSlots.grouping(), "0 1 2 3 4 5"},
+    };
+    for (const auto& row : rows) {
+        std::string text = "0";
+        for (int slot = 1; slot < kSlotCount; ++slot)
+            text += (row.found[slot] == row.found[slot - 1] ? "/" : " ") + std::to_string(slot);
+        EXPECT_EQ(text, row.tabled) << row.kernel;
+    }
 }
 
 TEST(Dispatch, MissingBuildsFallBackToTheNextLowerOne) {

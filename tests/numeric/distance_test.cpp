@@ -8,19 +8,10 @@
 namespace numeric::test {
 namespace {
 
-/// Scratch of exactly the reported size, the given number of bytes off a 64-byte boundary.
-BytePlane distanceScratch(int width, int height, int offsetBytes) {
-    int size = 0;
-    EXPECT_EQ(distanceTransformScratchSize(width, height, &size), Success);
-    BytePlane scratch(size, 1, {0, offsetBytes});
-    scratch.fill(0xCD);
-    return scratch;
-}
-
 FloatPlane distances(const BytePlane& src, Layout layout = {}, int scratchOffset = 0) {
     FloatPlane dst(src.width(), src.height(), layout);
     dst.fill(-1.0F);
-    BytePlane scratch = distanceScratch(src.width(), src.height(), scratchOffset);
+    TestScratch scratch(distanceTransformScratchSize, src.width(), src.height(), scratchOffset);
     EXPECT_EQ(distanceTransform(src.data(), src.step(), dst.data(), dst.step(), src.width(),
                                 src.height(), scratch.data()),
               Success);
@@ -169,41 +160,6 @@ TEST(DistanceTransform, ScratchOfTheReportedSizeSufficesAtAnyAlignment) {
         for (int offset = 1; offset < 16; ++offset)
             EXPECT_TRUE(samePixels(expected, distances(src, {}, offset)));
     }
-}
-
-TEST(DistanceTransform, ReportsTheScratchSizeOfTheLongerSide) {
-    int size = 7;
-    EXPECT_EQ(distanceTransformScratchSize(0, 0, nullptr), NullPointer);
-    EXPECT_EQ(distanceTransformScratchSize(0, 5, &size), BadSize);
-    EXPECT_EQ(distanceTransformScratchSize(5, -1, &size), BadSize);
-    const int tooLarge = std::numeric_limits<int>::max() / 24;
-    EXPECT_EQ(distanceTransformScratchSize(tooLarge, 1, &size), BadSize);
-    EXPECT_EQ(size, 7);
-    EXPECT_EQ(distanceTransformScratchSize(1, 1, &size), Success);
-    EXPECT_EQ(size, 24 * 4 + 56);
-    EXPECT_EQ(distanceTransformScratchSize(640, 481, &size), Success);
-    EXPECT_EQ(size, 24 * 640 + 56);
-    EXPECT_EQ(distanceTransformScratchSize(640, 641, &size), Success);
-    EXPECT_EQ(size, 24 * 644 + 56);
-}
-
-TEST(DistanceTransform, ChecksItsArgumentsInOrderBeforeItWrites) {
-    const BytePlane src = filledPlane(4, 2);
-    FloatPlane dst(4, 2);
-    const FloatPlane untouched(dst);
-    BytePlane scratch = distanceScratch(4, 2, 0);
-    const unsigned char* in = src.data();
-    float* out = dst.data();
-    unsigned char* work = scratch.data();
-    EXPECT_EQ(distanceTransform(nullptr, 3, out, 14, 0, 2, work), NullPointer);
-    EXPECT_EQ(distanceTransform(in, 3, nullptr, 14, 0, 2, work), NullPointer);
-    EXPECT_EQ(distanceTransform(in, 3, out, 14, 0, 2, nullptr), NullPointer);
-    EXPECT_EQ(distanceTransform(in, 3, out, 14, 0, 2, work), BadSize);
-    EXPECT_EQ(distanceTransform(in, 3, out, 14, 4, 0, work), BadSize);
-    EXPECT_EQ(distanceTransform(in, 3, out, 18, 4, 2, work), BadStep);
-    EXPECT_EQ(distanceTransform(in, 4, out, 14, 4, 2, work), BadStep);
-    EXPECT_EQ(distanceTransform(in, 4, out, 18, 4, 2, work), UnalignedStep);
-    EXPECT_TRUE(samePixels(untouched, dst));
 }
 
 }  // namespace

@@ -197,48 +197,5 @@ TEST(Elementwise, ByteThresholdsAtEveryWidth) {
     });
 }
 
-// Each row breaks one rule and all the later ones, so that the order shows.
-TEST(Elementwise, WrongArgumentsAreReportedInOrderAndChangeNothing) {
-    FloatPlane floats(4, 4), other(4, 4);
-    BytePlane bytes(4, 4), more(4, 4);
-    float largest = 5;
-    struct {
-        bool null;
-        int width, height, step;
-        KernelStatus onFloats, onBytes;
-    } const rows[] = {
-        {true, 0, 4, 3, NullPointer, NullPointer}, {false, 0, 4, 3, BadSize, BadSize},
-        {false, 4, -1, 3, BadSize, BadSize},       {false, 4, 4, 3, BadStep, BadStep},
-        {false, 4, 4, 15, BadStep, Success},       {false, 4, 4, 18, UnalignedStep, Success},
-        {false, INT_MAX, 4, 16, BadStep, BadStep}, {false, 4, 4, -16, BadStep, BadStep},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(::testing::Message() << row.width << " x " << row.height << ", " << row.step);
-        float* data = row.null ? nullptr : floats.data();
-        const int w = row.width, h = row.height, step = row.step;
-        EXPECT_EQ(thresholdFloat(data, step, w, h, 1, 9), row.onFloats);
-        EXPECT_EQ(subtractScalar(data, step, 1, other.data(), 16, w, h), row.onFloats);
-        EXPECT_EQ(subtractScalar(other.data(), 16, 1, data, step, w, h), row.onFloats);
-        EXPECT_EQ(subtract(data, step, other.data(), 16, w, h), row.onFloats);
-        EXPECT_EQ(subtract(other.data(), 16, data, step, w, h), row.onFloats);
-        EXPECT_EQ(maximum(data, step, w, h, &largest), row.onFloats);
-        if (row.onBytes == Success) continue;
-        unsigned char* byteData = row.null ? nullptr : bytes.data();
-        EXPECT_EQ(bitwiseOr(byteData, step, more.data(), 4, w, h), row.onBytes);
-        EXPECT_EQ(bitwiseOr(more.data(), 4, byteData, step, w, h), row.onBytes);
-        EXPECT_EQ(thresholdAbove(byteData, step, w, h, -1, 9), row.onBytes);
-        EXPECT_EQ(thresholdBelow(byteData, step, w, h, 9, 9), row.onBytes);
-        EXPECT_EQ(thresholdBothSides(byteData, step, w, h, 9, 9, -1, 9), row.onBytes);
-    }
-    EXPECT_EQ(maximum(floats.data(), 16, 4, 4, nullptr), NullPointer);
-    // One plane too narrow and the other unaligned: the narrow one is named first.
-    EXPECT_EQ(subtract(floats.data(), 18, other.data(), 12, 4, 4), BadStep);
-    EXPECT_EQ(largest, 5);
-    EXPECT_TRUE(samePixels(FloatPlane(4, 4), floats));
-    EXPECT_TRUE(samePixels(FloatPlane(4, 4), other));
-    EXPECT_TRUE(samePixels(BytePlane(4, 4), bytes));
-    EXPECT_TRUE(samePixels(BytePlane(4, 4), more));
-}
-
 }  // namespace
 }  // namespace numeric

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -50,9 +49,7 @@ BytePlane noise(int width, int height, Layout layout, unsigned density, unsigned
 
 /// Labels a plane with a scratch of exactly the size reported, at an odd address. Returns count.
 int label(BytePlane& marker, int smallest, int largest, int connectivity) {
-    int size = 0;
-    EXPECT_EQ(labelSeedsScratchSize(marker.width(), marker.height(), &size), Success);
-    BytePlane scratch(size, 1, {3, 1});
+    TestScratch scratch(labelSeedsScratchSize, marker.width(), marker.height());
     int count = -1;
     EXPECT_EQ(labelSeeds(marker.data(), marker.step(), marker.width(), marker.height(), smallest,
                          largest, connectivity, &count, scratch.data()),
@@ -193,32 +190,24 @@ TEST(LabelSeeds, SmallAreasBesideLargeOnesHaveLabelsOfTheirOwn) {
         }
 }
 
-TEST(LabelSeeds, ChecksItsArgumentsInOrder) {
-    unsigned char plane[4] = {};
-    unsigned char scratch[1 << 12];
-    int count = 0;
-    const auto status = [&](unsigned char* marker, int step, int width, int height, int smallest,
-                            int largest, int connectivity, int* number, unsigned char* memory) {
-        return labelSeeds(marker, step, width, height, smallest, largest, connectivity, number,
-                          memory);
-    };
-    EXPECT_EQ(status(nullptr, 0, 0, 0, 0, 0, 9, &count, scratch), NullPointer);
-    EXPECT_EQ(status(plane, 0, 0, 0, 0, 0, 9, nullptr, scratch), NullPointer);
-    EXPECT_EQ(status(plane, 0, 0, 0, 0, 0, 9, &count, nullptr), NullPointer);
-    EXPECT_EQ(status(plane, 0, 0, 1, 0, 0, 9, &count, scratch), BadSize);
-    EXPECT_EQ(status(plane, 0, 1, 0, 0, 0, 9, &count, scratch), BadSize);
-    EXPECT_EQ(status(plane, 0, 40000, 40000, 0, 0, 9, &count, scratch), BadSize);
-    EXPECT_EQ(status(plane, 1, 2, 2, 0, 0, 9, &count, scratch), BadStep);
-    for (const int connectivity : {-1, 2, 3})
-        EXPECT_EQ(status(plane, 2, 2, 2, 1, 9, connectivity, &count, scratch), BadArgument);
-    for (const auto& [smallest, largest] : {std::pair{0, 9}, {9, 8}, {1, 256}})
-        EXPECT_EQ(status(plane, 2, 2, 2, smallest, largest, 0, &count, scratch), BadArgument);
-    EXPECT_EQ(labelSeedsScratchSize(0, 0, nullptr), NullPointer);
-    EXPECT_EQ(labelSeedsScratchSize(0, 5, &count), BadSize);
-    EXPECT_EQ(labelSeedsScratchSize(5, -1, &count), BadSize);
-    EXPECT_EQ(labelSeedsScratchSize(40000, 40000, &count), BadSize);
-    EXPECT_EQ(labelSeedsScratchSize(INT_MAX, INT_MAX, &count), BadSize);
-    EXPECT_EQ(count, 0);
+TEST(LabelSeeds, AreasAboveTheFootOfALongOneHaveOtherLabels) {
+    // Angles within each other, all beginning in the first row: their feet pass far to the right
+    // below rows of dots, which are numbered long after them.
+    constexpr int kWidth = 1200, kHeight = 1000, kAngles = 40, kFirstDot = 200;
+    const auto footOf = [](int angle) { return kHeight - 1 - 23 * angle; };
+    BytePlane marker(kWidth, kHeight);
+    std::vector<Dot> dots;
+    for (int angle = 0; angle < kAngles; ++angle) {
+        for (int y = 0; y <= footOf(angle); ++y) marker.at(4 * angle, y) = 255;
+        for (int x = 4 * angle; x < kWidth; ++x)
+            for (int row = 0; row < 8; ++row) marker.at(x, footOf(angle) - row) = 255;
+        for (int x = kFirstDot; x < kWidth; x += 6) {
+            dots.push_back({x, footOf(angle) - 10, 0});
+            marker.at(x, footOf(angle) - 10) = 255;
+        }
+    }
+    ASSERT_EQ(label(marker, 2, 254, 1), kAngles + static_cast<int>(dots.size()));
+    for (const Dot& dot : dots) ASSERT_NE(marker.at(dot.x, dot.y), marker.at(dot.x, dot.y + 3));
 }
 
 }  // namespace

@@ -17,10 +17,7 @@ constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 /// The plane after the peak step, with scratch of exactly the reported size.
 FloatPlane peakStepOf(const FloatPlane& bound, const FloatPlane& start, int mode,
                       int scratchOffset = 0) {
-    int size = 0;
-    EXPECT_EQ(peakStepScratchSize(start.width(), start.height(), &size), Success);
-    BytePlane scratch(size, 1, {0, scratchOffset});
-    scratch.fill(0xCD);
+    TestScratch scratch(peakStepScratchSize, start.width(), start.height(), scratchOffset);
     FloatPlane plane(start);
     EXPECT_EQ(peakStep(bound.data(), bound.step(), plane.data(), plane.step(), plane.width(),
                        plane.height(), scratch.data(), mode),
@@ -307,38 +304,6 @@ TEST(PeakStep, ScratchOfTheReportedSizeSufficesAtAnyAlignment) {
     const FloatPlane start = toPlane(planes.marker, 45, 60, false);
     for (int offset = 0; offset < 16; ++offset)
         EXPECT_TRUE(samePixels(bound, peakStepOf(bound, start, kChessboard, offset)));
-}
-
-TEST(PeakStep, ReportsTheScratchSize) {
-    int size = 7;
-    EXPECT_EQ(peakStepScratchSize(0, 0, nullptr), NullPointer);
-    EXPECT_EQ(peakStepScratchSize(0, 5, &size), BadSize);
-    EXPECT_EQ(peakStepScratchSize(5, 0, &size), BadSize);
-    EXPECT_EQ(peakStepScratchSize(std::numeric_limits<int>::max() / 16, 1, &size), BadSize);
-    EXPECT_EQ(size, 7);
-    EXPECT_EQ(peakStepScratchSize(640, 480, &size), Success);
-    EXPECT_EQ(size, 10850);
-}
-
-TEST(PeakStep, ChecksItsArgumentsInOrderBeforeItWrites) {
-    FloatPlane bounds(4, 2), plane(4, 2);
-    plane.fill(9);
-    const FloatPlane untouched(plane);
-    unsigned char work[16 * 4 + 2 + 130];
-    const float* bound = bounds.data();
-    float* out = plane.data();
-    EXPECT_EQ(peakStep(nullptr, 14, out, 14, 0, 2, work, 2), NullPointer);
-    EXPECT_EQ(peakStep(bound, 14, nullptr, 14, 0, 2, work, 2), NullPointer);
-    EXPECT_EQ(peakStep(bound, 14, out, 14, 0, 2, nullptr, 2), NullPointer);
-    EXPECT_EQ(peakStep(bound, 14, out, 14, 0, 2, work, 2), BadSize);
-    EXPECT_EQ(peakStep(bound, 14, out, 14, 4, 0, work, 2), BadSize);
-    EXPECT_EQ(peakStep(bound, 14, out, 18, 4, 2, work, 2), BadStep);
-    EXPECT_EQ(peakStep(bound, 18, out, 14, 4, 2, work, 2), BadStep);
-    EXPECT_EQ(peakStep(bound, 18, out, 16, 4, 2, work, 2), UnalignedStep);
-    EXPECT_EQ(peakStep(bound, 16, out, 18, 4, 2, work, 2), UnalignedStep);
-    EXPECT_EQ(peakStep(bound, 16, out, 16, 4, 2, work, 2), BadArgument);
-    EXPECT_EQ(peakStep(bound, 16, out, 16, 4, 2, work, -1), BadArgument);
-    EXPECT_TRUE(samePixels(untouched, plane));
 }
 
 }  // namespace

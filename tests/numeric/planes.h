@@ -12,8 +12,15 @@
 
 #include "numeric/numeric.h"
 
-/// What the kernel tests share: planes that notice a write outside their region, and a walk over
-/// the variant slots.
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/asan_interface.h>
+#else
+#define ASAN_POISON_MEMORY_REGION(start, size) (static_cast<void>(start), static_cast<void>(size))
+#define ASAN_UNPOISON_MEMORY_REGION(start, size) (static_cast<void>(start), static_cast<void>(size))
+#endif
+
+/// What the kernel tests share: planes that notice a write outside their region, and under the
+/// address sanitizer a read as well; a walk over the variant slots.
 namespace numeric::test {
 
 /// Where a test plane's rows lie: how many bytes follow each row, and how far the first pixel is
@@ -35,7 +42,9 @@ public:
         const auto address = reinterpret_cast<std::uintptr_t>(m_bytes.data() + kGuard);
         m_start = kGuard + (kGuard - address % kGuard) % kGuard + layout.offsetBytes;
         fill(Pixel{});
+        forbidSurroundings();
     }
+    ~TestPlane() { ASAN_UNPOISON_MEMORY_REGION(m_bytes.data(), m_bytes.size()); }
     // A copied block may lie differently about the boundary; a copy takes the pixels only.
     TestPlane(const TestPlane& other)
         : TestPlane(other.m_width, other.m_height,
@@ -70,7 +79,9 @@ public:
 
     /// Whether every byte that is no pixel still carries the poison.
     bool surroundingsIntact() const {
+        ASAN_UNPOISON_MEMORY_REGION(m_bytes.data(), m_bytes.size());
         std::vector<unsigned char> bytes = m_bytes;
+        forbidSurroundings();
         for (int y = 0; y < m_height; ++y)
             std::memset(bytes.data() + rowStart(y), kPoison, m_width * sizeof(Pixel));
         return std::all_of(bytes.begin(), bytes.end(), [](int byte) { return byte == kPoison; });
@@ -82,6 +93,17 @@ private:
 
     std::size_t rowStart(int y) const { return m_start + static_cast<std::size_t>(y) * m_step; }
 
+    /// The sanitizer knows eight bytes at a time: those before the first pixel of a row that share
+    /// them with it stay readable.
+    void forbidSurroundings() const {
+        std::size_t end = 0;
+        for (int y = 0; y <= m_height; ++y) {
+            const std::size_t next = y < m_height ? rowStart(y) : m_bytes.size();
+            if (end < next) ASAN_POISON_MEMORY_REGION(m_bytes.data() + end, next - end);
+            end = next + m_width * sizeof(Pixel);
+        }
+    }
+
     int m_width, m_height, m_step;
     std::vector<unsigned char> m_bytes;
     std::size_t m_start = 0;
@@ -89,6 +111,24 @@ private:
 
 using BytePlane = TestPlane<unsigned char>;
 using FloatPlane = TestPlane<float>;
+
+/// Scratch of exactly the size that a kernel reports, so many bytes off a 64-byte boundary, filled
+/// with what nobody expects.
+class TestScratch : public BytePlane {
+public:
+    using SizeRoutine = KernelStatus(int width, int height, int* size);
+    TestScratch(SizeRoutine sizeRoutine, int width, int height, int offsetBytes = 1)
+        : BytePlane(sizeFor(sizeRoutine, width, height), 1, {0, offsetBytes}) {
+        fill(0x7F);
+    }
+
+private:
+    static int sizeFor(SizeRoutine sizeRoutine, int width, int height) {
+        int size = 0;
+        EXPECT_EQ(sizeRoutine(width, height, &size), Success);
+        return size;
+    }
+};
 
 template <class Pixel>
 std::string toText(const TestPlane<Pixel>& plane) {

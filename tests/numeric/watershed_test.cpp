@@ -21,9 +21,7 @@ constexpr int kBySteps = 1, kByDistance = 2, kSideBorders = 64, kAllBorders = 12
 
 /// Floods with a scratch of exactly the size reported, at an odd address.
 void flood(const BytePlane& relief, BytePlane& marker, int norm, int flags) {
-    int size = 0;
-    ASSERT_EQ(watershedScratchSize(relief.width(), relief.height(), &size), Success);
-    BytePlane scratch(size, 1, {3, 1});
+    TestScratch scratch(watershedScratchSize, relief.width(), relief.height());
     ASSERT_EQ(watershed(relief.data(), relief.step(), marker.data(), marker.step(), relief.width(),
                         relief.height(), norm, flags, scratch.data()),
               Success);
@@ -108,23 +106,6 @@ TEST(Watershed, MatchesPlainPriorityFloodForEveryWidthAndVariant) {
     }
 }
 
-TEST(Watershed, FitsItsScratchWhereThePlaneIsThin) {
-    for (int length = 1; length <= 130; ++length)
-        for (const int breadth : {1, 2, 3})
-            for (const bool isWide : {false, true}) {
-                const Picture picture =
-                    randomPicture(isWide ? length : breadth, isWide ? breadth : length, {}, 6,
-                                  static_cast<unsigned>(length) / 2 + 1, 7);
-                for (const int norm : {0, 3}) {
-                    BytePlane marker = picture.marker;
-                    ASSERT_NO_FATAL_FAILURE(flood(picture.relief, marker, norm, kByDistance));
-                    ASSERT_TRUE(samePixels(
-                        FloodOracle(picture.relief, picture.marker, norm, false).labels(), marker))
-                        << length << " by " << breadth << (isWide ? ", wide" : ", high");
-                }
-            }
-}
-
 /// Objects at level 0 in a background at level 255 that is one seed of label 1; one object pixel in
 /// seedEvery is a seed.
 Picture twoLevelPicture(int width, int height, unsigned seedEvery, unsigned seed,
@@ -164,6 +145,24 @@ TEST(Watershed, MatchesPlainPriorityFloodOnObjectsAndMazes) {
         }
 }
 
+/// Nearly every pixel is a seed: whichever neighbour is free, it must be found.
+TEST(Watershed, MatchesPlainPriorityFloodWhereSeedsAreDense) {
+    std::mt19937 random(6);
+    Picture picture = randomPicture(67, 60, {5, 3}, 1, 1, 6);
+    picture.relief.set([](int x, int y) { return x % 3 == 1 && y % 3 == 1 ? 10 : 200; });
+    for (int y = 1; y + 1 < 60; y += 3)
+        for (int x = 1; x + 1 < 67; x += 3) {
+            // One low seed amid high ones, with one low free neighbour.
+            const unsigned turn = random() % 8, place = turn < 4 ? turn : turn + 1;
+            const int freeX = x - 1 + static_cast<int>(place % 3);
+            const int freeY = y - 1 + static_cast<int>(place / 3);
+            picture.marker.at(freeX, freeY) = 0;
+            picture.relief.at(freeX, freeY) = static_cast<unsigned char>(10 + turn);
+            picture.marker.at(x, y) = static_cast<unsigned char>(128 + random() % 128);
+        }
+    expectLikeOracle(picture.relief, picture.marker);
+}
+
 TEST(Watershed, MatchesPlainPriorityFloodWhereTheBackgroundHasSeveralSeeds) {
     Picture picture = randomPicture(90, 70, {}, 1, 300, 4);
     picture.relief.set([](int x, int y) { return (x / 9 + y / 7) % 3 == 0 ? 200 : 50; });
@@ -183,7 +182,7 @@ TEST(Watershed, FillsObjectsWithoutSeedsFromTheirOwnSideOfTheBackground) {
 }
 
 TEST(Watershed, FollowsWaysTooLongForOneCount) {
-    // 52,000 pixels of corridor: the distances overrun what sweeps and marching count in.
+    // 52,000 pixels of corridor: the distances overrun what tiles and marching count in.
     const auto isObject = [](int x, int y) { return y % 2 == 0 || x == (y % 4 == 1 ? 399 : 0); };
     const Picture picture = twoLevelPicture(400, 261, 1u << 30, 1, isObject);
     BytePlane marker = picture.marker;
@@ -200,7 +199,8 @@ TEST(Watershed, FollowsWaysTooLongForOneCount) {
 TEST(Watershed, FollowsWideFrontsTooFarForOneCount) {
     for (const int width : {4, 12}) {  // few pixels of a front, and many
         Picture picture{{width, 800}, {width, 800}};
-        picture.relief.set([](int, int y) { return y == 799 ? 9 : 0; });  // two levels: no sweeps
+        picture.relief.set(
+            [](int, int y) { return y == 799 ? 9 : 0; });  // two levels of free pixels: a queue
         picture.marker.set([](int x, int y) { return y == 0 ? 2 + x * x % 3 : 0; });
         const BytePlane expected = FloodOracle(picture.relief, picture.marker, 3, false).labels();
         flood(picture.relief, picture.marker, 3, kByDistance);
@@ -244,8 +244,8 @@ TEST(Watershed, MatchesPlainPriorityFloodOnEdgesOfSquares) {
 /// Only what is beside the free pixels is looked at: a seed across a corner, in a square without
 /// any free pixel, still arrives.
 TEST(Watershed, FindsSeedsBesideTheFreePixels) {
-    for (const int x : {31, 32, 47, 48})
-        for (const int y : {31, 32, 47, 48}) {
+    for (const int x : {31, 32, 40, 47, 48})
+        for (const int y : {31, 32, 40, 47, 48}) {
             Picture picture = twoLevelPicture(80, 80, 1u << 30, 1,
                                               [&](int px, int py) { return px == x && py == y; });
             const int seedX = x % 16 == 0 ? x - 1 : x + 1, seedY = y % 16 == 0 ? y - 1 : y + 1;
@@ -316,46 +316,6 @@ TEST(Watershed, MatchesPlainPriorityFloodOnHillsAndPlateaus) {
             }
 }
 
-TEST(Watershed, FollowsManyStepsWithinALevel) {
-    // One count of eight bits ends within a plateau. Labels of the two ends and of a seed above
-    // meet in its middle.
-    for (const auto& [width, height] : {std::pair{700, 30}, {70, 560}})
-        for (const int level : {0, 254, 255}) {
-            Picture picture{{width, height}, {width, height}};
-            picture.relief.fill(static_cast<unsigned char>(level));
-            picture.marker.at(0, 0) = 255;
-            picture.marker.at(width - 1, height - 1) = 1;
-            expectStepsLikeOracle(picture.relief, picture.marker);
-            // A basin behind a ridge is filled from where the flood comes over it.
-            picture.relief.set([&](int x, int y) {
-                const bool isRidge = x + y == 20 && y > 3;
-                return static_cast<unsigned char>(isRidge ? 200 : x + y < 20 ? 100 : level / 3);
-            });
-            picture.marker.at(width - 1, height - 1) = 0;
-            picture.marker.at(1, height - 1) = 7;
-            expectStepsLikeOracle(picture.relief, picture.marker);
-        }
-}
-
-TEST(Watershed, TakesTheLabelOfAShorterWayThatIsFoundLater) {
-    // Sweeps meet the ways in another order than the flood: from the low corridor that winds round
-    // to the far side comes the label of the ground behind it, whatever a short way over high
-    // ground has brought there before.
-    std::mt19937 random(8);
-    for (int round = 0; round < 12; ++round) {
-        Picture picture = randomPicture(220, 150, {}, 2 + round % 3, 1u << 30, random());
-        for (int i = 0; i < 2 + round % 5; ++i)
-            picture.marker.at(random() % 220, random() % 150) =
-                static_cast<unsigned char>(1 + random() % 255);
-        picture.relief.set([&](int x, int y) {
-            const bool isCorridor = y % 14 < 5 || (x < 6 ? y % 28 < 14 : x > 213 && y % 28 >= 14);
-            const int noise = picture.relief.at(x, y) / (2 + round % 7);
-            return static_cast<unsigned char>(isCorridor ? noise / 8 : 60 + noise);
-        });
-        expectStepsLikeOracle(picture.relief, picture.marker);
-    }
-}
-
 TEST(Watershed, DoesNotDependOnTheOrderOfScanning) {
     const Picture picture = randomPicture(131, 67, {}, 9, 40, 12);
     const auto turned = [](const BytePlane& plane) {
@@ -409,6 +369,102 @@ TEST(Watershed, MatchesDrawings) {
     // 255 is a label like any other; what meets it turns into border.
     EXPECT_EQ(flooded("#..3", 1, kBySteps), "##33");
     EXPECT_EQ(flooded("#..3", 1, kBySteps | kSideBorders), "###3");
+}
+
+BytePlane floodedCopy(const Picture& picture, int norm, int flags) {
+    BytePlane marker = picture.marker;
+    flood(picture.relief, marker, norm, flags);
+    return marker;
+}
+
+/// Discs of the given radius at +-reach along a direction, each with a blob in its middle; ground
+/// is a seed of its own.
+Picture twoDiscs(int size, double radius, double reach, double angle) {
+    Picture picture{{size, size}, {size, size}};
+    const double c = (size - 1) / 2.0;
+    const auto distanceTo = [&](int side, int x, int y) {
+        return std::hypot(x - c - side * reach * std::cos(angle),
+                          y - c - side * reach * std::sin(angle));
+    };
+    picture.relief.set([&](int x, int y) {
+        return distanceTo(-1, x, y) <= radius || distanceTo(1, x, y) <= radius ? 0 : 255;
+    });
+    picture.marker.set([&](int x, int y) {
+        if (picture.relief.at(x, y) == 255) return 1;
+        return distanceTo(-1, x, y) <= 2.5 ? 2 : distanceTo(1, x, y) <= 2.5 ? 3 : 0;
+    });
+    return picture;
+}
+
+TEST(Watershed, DividesOverlappingDiscsAtTheBisector) {
+    const int size = 201;
+    for (double radius : {14.0, 30.0, 45.0}) {
+        for (double share : {0.55, 0.8}) {
+            for (int degrees = 0; degrees < 180; degrees += 7) {
+                const double angle = degrees * std::acos(-1.0) / 180, reach = share * radius;
+                const Picture picture = twoDiscs(size, radius, reach, angle);
+                const BytePlane result = floodedCopy(picture, 3, kByDistance);
+                for (int y = 0; y < size; ++y) {
+                    for (int x = 0; x < size; ++x) {
+                        const double side = (x - (size - 1) / 2.0) * std::cos(angle) +
+                                            (y - (size - 1) / 2.0) * std::sin(angle);
+                        if (picture.relief.at(x, y) == 255) {
+                            ASSERT_EQ(result.at(x, y), 1) << "the ground has eaten or lost a pixel";
+                        } else if (std::abs(side) > 1) {
+                            ASSERT_EQ(result.at(x, y), side < 0 ? 2 : 3)
+                                << "radius " << radius << ", " << degrees << " degrees, " << side
+                                << " from the bisector";
+                        }
+                    }
+                }
+            }
+        }
+    }
+}
+
+/// "Filled" keeps 2 to 254: with borders over 8 neighbours no pixel of an object is lost on its
+/// outer edge, and the lines of "Borders only" leave no gap between two areas.
+TEST(Watershed, LinesAreClosedAndSpareTheOuterEdge) {
+    const Picture picture = twoDiscs(121, 30, 22, 0.4);
+    const BytePlane labels = floodedCopy(picture, 3, kByDistance);
+    const BytePlane lined = floodedCopy(picture, 3, kByDistance | kAllBorders);
+    for (int y = 1; y < 120; ++y) {
+        for (int x = 1; x < 120; ++x) {
+            const int own = lined.at(x, y);
+            bool meetsOther = false;
+            for (int dy = -1; dy <= 1; ++dy)
+                for (int dx = -1; dx <= 1; ++dx) {
+                    const int other = lined.at(x + dx, y + dy);
+                    if (own != 255 && other != 255) {
+                        EXPECT_EQ(own, other) << "a gap at " << x << ", " << y;
+                    }
+                    if (labels.at(x + dx, y + dy) > 1)
+                        meetsOther |= labels.at(x + dx, y + dy) != labels.at(x, y);
+                }
+            if (labels.at(x, y) > 1 && !meetsOther) {
+                EXPECT_EQ(own, labels.at(x, y)) << "an outer pixel is lost";
+            }
+        }
+    }
+}
+
+TEST(Watershed, HandlesPicturesWithNothingToDecide) {
+    std::mt19937 random(3);
+    for (auto [width, height] :
+         {std::pair{1, 1}, {1, 9}, {9, 1}, {20, 1}, {1, 40}, {16, 1}, {33, 40}}) {
+        Picture empty{{width, height}, {width, height}};
+        empty.relief.set([&](int, int) { return static_cast<unsigned char>(random()); });
+        EXPECT_TRUE(samePixels(empty.marker, floodedCopy(empty, 3, kByDistance | kAllBorders)))
+            << "no seed, no label";
+        Picture full = empty;
+        full.marker.fill(255);
+        EXPECT_TRUE(samePixels(full.marker, floodedCopy(full, 0, kBySteps | kSideBorders)));
+        Picture one = empty;
+        one.marker.at(width - 1, height - 1) = 5;
+        BytePlane all = one.marker;
+        all.fill(5);
+        EXPECT_TRUE(samePixels(all, floodedCopy(one, 3, kByDistance | kAllBorders)));
+    }
 }
 
 /// Sets the pixels to 0 that have this pixel's label and are connected with it.

@@ -39,8 +39,8 @@ void renderSample(const QStringList& filters, const QString& sample, const QStri
     const auto sink =
         media::MediaSink::open(QFile::encodeName(result).toStdString(), *source, source->frames());
     PictureTaker pictures(*sink, PictureTaker::Objects::Ignored);
-    const auto outcomes = runFrames(source->frames(), renderingWorkers(1, *source, pictures),
-                                    RunRules(), nullptr, nullptr);
+    const auto workers = renderingWorkers(1, RenderRequest{*source, source->frames(), pictures});
+    const auto outcomes = runFrames(source->frames(), workers, RunRules(), nullptr, nullptr);
     const FrameOutcome& outcome = outcomes.front();
     if (outcome.status != FrameOutcome::Finished) throw CommandError(outcome.code, outcome.error);
     sink->finish();

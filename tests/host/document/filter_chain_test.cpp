@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QDir>
-#include <QRegularExpression>
 #include <QToolBox>
 #include <QUndoStack>
 #include <algorithm>
@@ -105,29 +103,6 @@ TEST_F(FilterChain, KnowsFiltersParametersAndChoicesByAllTheirNames) {
     EXPECT_EQ(param(2, 1).base, QVariant(1));
     EXPECT_EQ(param(2, 2).base, QVariant(30));
     EXPECT_EQ(param(3, 1).keys, (ParamTrack{{0, {4, true}}, {9, {6, true}}}));
-}
-
-TEST_F(FilterChain, TakesEveryExampleOfTheDocumentation) {
-    const QRegularExpression filter(QStringLiteral("-f (?:\"([^\"…]+)\"|([A-Z][^ \"…`]*))"));
-    int examples = 0;
-    for (const char* folder : {"", "docs", "docs/filters"}) {
-        const QDir pages(QStringLiteral(FX_SOURCE_FOLDER "/") + folder);
-        for (const QString& page : pages.entryList({"*.md"}, QDir::Files)) {
-            QFile file(pages.filePath(page));
-            ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-            auto matches = filter.globalMatch(QString::fromUtf8(file.readAll()));
-            while (matches.hasNext()) {
-                const QRegularExpressionMatch match = matches.next();
-                const QString text = match.captured(1) + match.captured(2);
-                if (text == "FILTER" || text.startsWith("Key:") || text == "Blur and enhence" ||
-                    text.endsWith("Blur=14"))
-                    continue;  // the examples of mistakes
-                EXPECT_NO_THROW(set({text})) << qPrintable(page) << ": " << qPrintable(text);
-                ++examples;
-            }
-        }
-    }
-    EXPECT_GT(examples, 20);
 }
 
 TEST_F(FilterChain, NamesThePieceThatCannotBeRead) {

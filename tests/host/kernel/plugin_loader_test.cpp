@@ -42,6 +42,7 @@ protected:
         EXPECT_EQ(KernelStore::instance().filterKey(9101), "First");
         EXPECT_EQ(toolBox.count(), 1);
         HkFilterManipulator* const manipulator = loader.manipulators().front();
+        EXPECT_EQ(static_cast<TestManipulator*>(manipulator)->stackAtInit, &stack);
         const int object = manipulator->addFilter();
         const std::unique_ptr<HkImageFilter> filter(manipulator->createImageFilter(object));
         EXPECT_EQ(filter->filterTypeId(), 9101);

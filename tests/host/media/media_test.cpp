@@ -1,13 +1,16 @@
 #include <OpenImageIO/imageio.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <png.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -441,7 +444,7 @@ TEST_F(Media, DeepPicturesKeepEverySample) {
     DeepPicture picture{257, 256, {}};
     for (int i = 0; i < 257 * 256; ++i) picture.samples.push_back(static_cast<uint16_t>(i));
     for (const char* name : {"deep.png", "deep.tif"}) {
-        MediaSink::open(in(name), *source, {0}, SampleDepth::Deep)->write(0, picture);
+        MediaSink::open(in(name), *source, {0}, {1, SampleDepth::Deep})->write(0, picture);
         const auto file = OIIO::ImageInput::open(in(name));
         ASSERT_TRUE(file) << name;
         EXPECT_EQ(file->spec().format, OIIO::TypeUInt16);
@@ -450,8 +453,222 @@ TEST_F(Media, DeepPicturesKeepEverySample) {
         EXPECT_EQ(samples, picture.samples) << name;
     }
     EXPECT_THAT(errorOf(kCannotCreate,
-                        [&] { MediaSink::open(in("deep.jpg"), *source, {0}, SampleDepth::Deep); }),
+                        [&] {
+                            MediaSink::open(in("deep.jpg"), *source, {0}, {1, SampleDepth::Deep});
+                        }),
                 HasSubstr(".png or .tif"));
+}
+
+TEST_F(Media, PngOfEveryKindIsReadAsAnotherReaderReadsIt) {
+    const std::pair<int, std::vector<int>> kinds[] = {{PNG_COLOR_TYPE_GRAY, {1, 2, 4, 8, 16}},
+                                                      {PNG_COLOR_TYPE_PALETTE, {1, 2, 4, 8}},
+                                                      {PNG_COLOR_TYPE_RGB, {8, 16}},
+                                                      {PNG_COLOR_TYPE_GRAY_ALPHA, {8, 16}},
+                                                      {PNG_COLOR_TYPE_RGB_ALPHA, {8, 16}}};
+    unsigned random = 1;
+    for (const auto& [kind, depths] : kinds)
+        for (const int bits : depths)
+            for (const bool transparent : {false, true})
+                for (const int size : {1, 3, 29}) {
+                    SCOPED_TRACE(testing::Message() << kind << ' ' << bits << ' ' << size);
+                    const std::string path = in("kind.png");
+                    std::FILE* file = std::fopen(path.c_str(), "wb");
+                    png_structp png =
+                        png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+                    png_infop info = png_create_info_struct(png);
+                    png_init_io(png, file);
+                    png_set_IHDR(png, info, size, size, bits, kind,
+                                 size == 3 ? PNG_INTERLACE_NONE : PNG_INTERLACE_ADAM7, 0, 0);
+                    Bytes noise(4096);
+                    for (unsigned char& byte : noise)
+                        byte = static_cast<unsigned char>((random = random * 1664525 + 1) >> 24);
+                    if (kind == PNG_COLOR_TYPE_PALETTE)
+                        png_set_PLTE(png, info, reinterpret_cast<png_color*>(noise.data()),
+                                     1 << bits);
+                    png_color_16 clear{0, 1, 1, 1, 1};
+                    if (transparent && !(kind & PNG_COLOR_MASK_ALPHA))
+                        png_set_tRNS(png, info, noise.data() + 800, 1, &clear);
+                    png_set_filter(png, 0, PNG_ALL_FILTERS);
+                    png_write_info(png, info);
+                    std::vector<png_bytep> rows;
+                    for (int y = 0; y < size; ++y) rows.push_back(noise.data() + 101 * y);
+                    png_write_image(png, rows.data());
+                    png_write_end(png, info);
+                    png_destroy_write_struct(&png, &info);
+                    std::fclose(file);
+
+                    OIIO::ImageSpec apart;
+                    apart.attribute("oiio:UnassociatedAlpha", 1);
+                    const auto other = OIIO::ImageInput::open(path, &apart);
+                    Bytes expected(static_cast<std::size_t>(size * size) * other->spec().nchannels);
+                    ASSERT_TRUE(other->read_image(0, 0, 0, -1, OIIO::TypeUInt8, expected.data()));
+                    EXPECT_EQ(pixels(*readOnly(path)), expected);
+                }
+}
+
+TEST_F(Media, OneWrongBitIsNoticedWhereThereAreChecksums) {
+    Bytes noise(40 * 30 * 3);
+    for (std::size_t i = 0; i < noise.size(); ++i)
+        noise[i] = static_cast<unsigned char>(i * i / 7 + i / 3);
+    HkImage image(40, 30, 3, noise.data(), 1);
+    writeGrey("input.png");
+    const auto source = MediaSource::open({in("input.png")});
+    for (const char* name : {"bit.png", "bit.tif", "bit.jpg", "bit.bmp", "bit.tga", "bit.ppm"}) {
+        MediaSink::open(in(name), *source, {0})->write(0, image);
+        const std::string whole = bytesOf(in(name));
+        const Bytes right = pixels(*readOnly(in(name)));
+        const bool hasChecksums =
+            name[4] == 'p' ? name[5] == 'n' : name[4] == 't' && name[5] == 'i';
+        // What follows a TIFF file's strips is not part of them.
+        const std::size_t end = name[5] == 'i' ? static_cast<unsigned char>(whole[4]) +
+                                                     256u * static_cast<unsigned char>(whole[5])
+                                               : whole.size();
+        testing::internal::CaptureStderr();
+        for (std::size_t at = name[5] == 'i' ? 8 : 0; at < end; at += 7) {
+            std::string damaged = whole;
+            damaged[at] ^= static_cast<char>(1 << at % 8);
+            writeBytes(name, damaged);
+            try {
+                const Bytes read = pixels(*readOnly(in(name)));
+                // The last bits of a stream may mean nothing.
+                if (hasChecksums) {
+                    EXPECT_EQ(read, right) << name << ' ' << at;
+                }
+            } catch (const MediaError& error) {
+                EXPECT_EQ(error.kind(), kInvalid) << error.what();
+                EXPECT_THAT(error.what(), testing::StartsWith(in(name)));
+            }
+        }
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    }
+}
+
+TEST_F(Media, FilesThatClaimWhatCannotBeAreRefusedBeforeMemoryIsTaken) {
+    using namespace std::string_literals;
+    const std::string side("\0\x40", 2);  // 16384, little-endian
+    const std::string tiff = "II*\0\x08\0\0\0\x08\0"s + "\0\1\3\0\1\0\0\0"s + side +
+                             "\0\0\1\1\3\0\1\0\0\0"s + side + "\0\0"s +
+                             "\2\1\3\0\1\0\0\0\x08\0\0\0\3\1\3\0\1\0\0\0\x08\0\0\0"s +
+                             "\6\1\3\0\1\0\0\0\2\0\0\0\x11\1\4\0\1\0\0\0\x08\0\0\0"s +
+                             "\x15\1\3\0\1\0\0\0\4\0\0\0\x17\1\4\0\1\0\0\0\x20\0\0\0\0\0\0\0"s;
+    writeBytes("claim.tif", tiff);
+    writeBytes("claim.bmp", "BM\0\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0"s + side + "\0\0"s + side +
+                                "\0\0\1\0\x18\0\0\0\0\0"s + std::string(40, '\0'));
+    // What crashes the library's readers does not reach them.
+    writeBytes("map.tga", "\0\1\1\0\0\2\0\x10\0\0\0\0\4\0\4\0\x08\0"s + std::string(40, '\xff'));
+    writeBytes("16.bmp",
+               "BM\0\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\4\0\0\0\4\0\0\0\1\0\x10\0\0\0\0\0"s +
+                   std::string(60, '\0'));
+    writeBytes("rle4.bmp",
+               "BM\0\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\4\0\0\0\4\0\0\0\1\0\4\0\2\0\0\0"s +
+                   std::string(60, '\0'));
+    writeBytes("anim.gif", "GIF89a" + std::string(40, '\0'));
+    const std::pair<const char*, const char*> rows[] = {
+        {"claim.tif", "too short for the 16384 x 16384"},
+        {"claim.bmp", "too short for the 16384 x 16384"},
+        {"map.tga", "colour map"},
+        {"16.bmp", "16 bits"},
+        {"rle4.bmp", "compression 2"},
+        {"anim.gif", "no picture that can be read (PNG, TIFF, JPEG"}};
+    for (const auto& [name, reason] : rows)
+        EXPECT_THAT(errorOf(kInvalid, [&, &file = name] { readOnly(in(file)); }),
+                    AllOf(HasSubstr(reason), HasSubstr("; c")));
+}
+
+TEST_F(Media, WhatTheCameraSaidIsKept) {
+    OIIO::ImageSpec head(2, 1, 3, OIIO::TypeUInt8);
+    head.attribute("Make", "Maker of cameras");
+    head.attribute("ExposureTime", 0.25f);
+    head.attribute("GPS:Altitude", 321.f);
+    head.attribute("Orientation", 6);
+    const unsigned char samples[6] = {};
+    writePicture("from.jpg", head, samples);
+    const auto source = MediaSource::open({in("from.jpg")});
+    PictureProperties properties;
+    const auto image = source->read(0, &properties);
+    ASSERT_FALSE(properties.cameraData.exif.empty());
+    for (const char* to : {"to.jpg", "to.tif", "to.png"}) {
+        SCOPED_TRACE(to);
+        MediaSink::open(in(to), *source, {0})->write(0, *image, properties);
+        // Read again by ourselves, then by the library: its PNG reader knows no camera data.
+        PictureProperties again;
+        MediaSource::open({in(to)})->read(0, &again);
+        ASSERT_EQ(again.cameraData.exif.size(), properties.cameraData.exif.size());
+        for (std::size_t i = 0; i < again.cameraData.exif.size(); ++i)
+            EXPECT_EQ(again.cameraData.exif[i].bytes, properties.cameraData.exif[i].bytes);
+        MediaSink::open(in("again.jpg"), *source, {0})->write(0, *image, again);
+        const auto other = OIIO::ImageInput::open(in("again.jpg"));
+        EXPECT_EQ(other->spec().get_string_attribute("Make"), "Maker of cameras");
+        EXPECT_EQ(other->spec().get_float_attribute("GPS:Altitude"), 321.f);
+        EXPECT_EQ(other->spec().get_int_attribute("Orientation", 1), 1);
+    }
+}
+
+TEST_F(Media, PagesAreFrames) {
+    for (int i = 0; i < 3; ++i)
+        writeGrey("p_" + std::to_string(i) + ".png", static_cast<unsigned char>(50 + i));
+    const auto stills = MediaSource::open({in("p_#.png")});
+    const auto sink = MediaSink::open(in("pages.tif"), *stills, stills->frames());
+    EXPECT_TRUE(sink->writesInOrder());
+    for (const std::int64_t frame : stills->frames()) sink->write(frame, *stills->read(frame));
+    EXPECT_FALSE(fs::exists(in("pages.tif")));
+    sink->finish();
+    const auto pages = MediaSource::open({in("pages.tif")});
+    ASSERT_EQ(pages->frames(), (Frames{0, 1, 2}));
+    EXPECT_EQ(pages->frameName(2), "pages_0002");
+    const auto other = OIIO::ImageInput::open(in("pages.tif"));
+    for (int i = 0; i < 3; ++i) {
+        unsigned char level = 0;
+        ASSERT_TRUE(other->read_image(i, 0, 0, 1, OIIO::TypeUInt8, &level));
+        EXPECT_EQ(level, 50 + i);
+        EXPECT_EQ(pixels(*pages->read(i)), Bytes{level});
+    }
+}
+
+TEST_F(Media, ARangeChoosesWhatBecomesBlackAndWhite) {
+    const auto writeDeep = [&](const char* name, std::vector<unsigned short> levels) {
+        writePicture(name, OIIO::ImageSpec(static_cast<int>(levels.size()), 1, 1, OIIO::TypeUInt16),
+                     levels.data());
+    };
+    writeDeep("d_0.tif", {100, 300, 200});
+    writeDeep("d_1.tif", {200, 400, 50});
+    const auto read = [&](const SampleRange& range, std::vector<std::string>* notes = nullptr) {
+        ReadOptions options;
+        options.range = range;
+        PictureProperties properties;
+        const auto image = MediaSource::open({in("d_#.tif")}, options)->read(1, &properties);
+        if (notes) *notes = properties.notes;
+        return pixels(*image);
+    };
+    std::vector<std::string> notes;
+    EXPECT_EQ(read({SampleRange::Type, 0, 0}, &notes), (Bytes{1, 2, 0}));
+    EXPECT_THAT(notes, ElementsAre(HasSubstr("16 bits cut to 8")));
+    EXPECT_EQ(read({SampleRange::Given, 0, 510}, &notes), (Bytes{100, 200, 25}));
+    EXPECT_TRUE(notes.empty());
+    EXPECT_EQ(read({SampleRange::Auto, 0, 0}), (Bytes{128, 255, 0}));
+    EXPECT_EQ(read({SampleRange::Each, 0, 0}), (Bytes{109, 255, 0}));
+}
+
+TEST_F(Media, AFileReplacedKeepsItsRights) {
+    writeGrey("in.png");
+    const auto source = MediaSource::open({in("in.png")});
+    writeBytes("secret.png", "old");
+    fs::permissions(in("secret.png"), fs::perms::owner_read | fs::perms::owner_write);
+    // Of a process that is no more, and of one that is.
+    char host[256] = {};
+    gethostname(host, sizeof host - 1);
+    const pid_t child = fork();
+    if (child == 0) _exit(0);
+    waitpid(child, nullptr, 0);
+    const std::string dead = ".part-" + std::string(host) + '-' + std::to_string(child) + "-1.png";
+    const std::string alive =
+        ".part-" + std::string(host) + '-' + std::to_string(getpid()) + "-1.png";
+    writeBytes(dead, "x");
+    writeBytes(alive, "x");
+    MediaSink::open(in("secret.png"), *source, {0})->write(0, *source->read(0));
+    EXPECT_EQ(fs::status(in("secret.png")).permissions(),
+              fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_THAT(names(), testing::UnorderedElementsAre("in.png", "secret.png", alive));
 }
 
 TEST_F(Media, ThreadsReadAndWriteDifferentFrames) {

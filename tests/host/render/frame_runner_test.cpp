@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <new>
 #include <numeric>
 #include <set>
+#include <system_error>
 #include <thread>
 
 #include "host/media/MediaError.h"
@@ -88,13 +90,19 @@ TEST_P(FrameRunner, KeepGoingRunsAllOthers) {
     const auto outcomes = run(
         GetParam(),
         [](std::int64_t frame) {
-            if (frame % 10 == 0) throw std::bad_alloc();
+            if (frame % 30 == 0) throw std::bad_alloc();
+            if (frame % 30 == 10)
+                throw std::system_error(EAGAIN, std::generic_category(), "no thread");
+            if (frame % 30 == 20) throw 5;  // a filter is somebody else's code
         },
         rules);
     for (const FrameOutcome& outcome : outcomes) {
         const bool fails = outcome.frame % 10 == 0;
         EXPECT_EQ(outcome.status, fails ? FrameOutcome::Failed : FrameOutcome::Finished);
-        EXPECT_EQ(outcome.code, fails ? render::TryAgainLater : render::Done);
+        EXPECT_EQ(outcome.code, !fails                     ? render::Done
+                                : outcome.frame % 30 == 20 ? render::InvalidData
+                                                           : render::TryAgainLater);
+        EXPECT_EQ(outcome.error.empty(), !fails);
     }
 }
 

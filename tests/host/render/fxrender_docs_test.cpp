@@ -21,7 +21,8 @@ protected:
     /// The pictures that the documents speak of.
     void SetUp() override {
         for (const char* name : {"shots", "out", "in"}) ASSERT_TRUE(QDir(folder()).mkdir(name));
-        for (const QString name : {"photo.png", "in.png", "in/a.png", "shots/shot_0007.png"})
+        for (const QString name : {"photo.png", "noisy.png", "stained.png", "page.png", "mask.png",
+                                   "in.png", "in/a.png", "shots/shot_0007.png"})
             save(picture(3, 64, 48), name);
         saveSequence(3);
         // The toolkit writes no TIFF.
@@ -65,7 +66,8 @@ protected:
 
 TEST_F(FxrenderDocs, EveryCommandDoesWhatIsSaid) {
     int count = runCommandsOf(FX_SOURCE_FOLDER "/README.md");
-    QDirIterator documents(FX_SOURCE_FOLDER "/docs", {"*.md"}, QDir::Files);
+    QDirIterator documents(FX_SOURCE_FOLDER "/docs", {"*.md"}, QDir::Files,
+                           QDirIterator::Subdirectories);
     while (documents.hasNext()) count += runCommandsOf(documents.next());
     EXPECT_GE(count, 9);
 }

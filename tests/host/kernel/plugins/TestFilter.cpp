@@ -34,6 +34,7 @@ TestManipulator::TestManipulator(int typeId, const QString& title)
 }
 
 void TestManipulator::initManipulator(QToolBox* toolBox) {
+    stackAtInit = undoStack;
     HkFilterManipulator::initManipulator(toolBox);
     HkFXKernelData* kernel = HkFXKernelData::getInstance();
     registered = kernel->registerFilterType(this, filterType);

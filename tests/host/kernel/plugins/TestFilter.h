@@ -41,8 +41,9 @@ public:
     TestPage* page(int objectId);
     bool isRegistered() const { return registered; }
 
-    int refreshes = 0;     ///< calls of updateGuiFromKernel
-    int largestSize = 13;  ///< of the pages made from now on
+    int refreshes = 0;                        ///< calls of updateGuiFromKernel
+    int largestSize = 13;                     ///< of the pages made from now on
+    const QUndoStack* stackAtInit = nullptr;  ///< what setUndoStack had given by initManipulator
 
 protected:
     QString m_title;

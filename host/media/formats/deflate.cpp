@@ -1,0 +1,80 @@
+#include "host/media/formats/deflate.h"
+
+#include <libdeflate.h>
+
+#include <array>
+#include <cstdlib>
+#include <memory>
+#include <new>
+
+namespace media::formats {
+
+namespace {
+
+libdeflate_decompressor& decompressor() {
+    thread_local const std::unique_ptr<libdeflate_decompressor, void (*)(libdeflate_decompressor*)>
+        own(libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
+    if (!own) throw std::bad_alloc();
+    return *own;
+}
+
+libdeflate_compressor& compressor(int level) {
+    using Owned = std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)>;
+    thread_local Owned own(nullptr, libdeflate_free_compressor);
+    thread_local int ownLevel = -1;
+    if (!own || ownLevel != level) {
+        own.reset(libdeflate_alloc_compressor(level));
+        ownLevel = level;
+    }
+    if (!own) throw std::bad_alloc();
+    return *own;
+}
+
+}  // namespace
+
+Scratch::~Scratch() {
+    std::free(m_data);
+}
+
+unsigned char* Scratch::atLeast(std::size_t size) {
+    if (size > m_size) {
+        std::free(m_data);
+        m_data = static_cast<unsigned char*>(std::malloc(size));
+        m_size = m_data ? size : 0;
+        if (!m_data) throw std::bad_alloc();
+    }
+    return m_data;
+}
+
+void inflateExactly(const Bytes& stream, unsigned char* out, std::size_t size) {
+    if (libdeflate_zlib_decompress(&decompressor(), stream.data, stream.size, out, size, nullptr) !=
+        LIBDEFLATE_SUCCESS)
+        refuseDamaged("its compressed pixels are wrong");
+}
+
+std::vector<unsigned char> inflateUpTo(const Bytes& stream, std::size_t limit) {
+    std::vector<unsigned char> out(
+        std::min<std::size_t>(limit, static_cast<std::size_t>(kDeflateRatio) * (stream.size + 1)));
+    std::size_t size = 0;
+    if (libdeflate_zlib_decompress(&decompressor(), stream.data, stream.size, out.data(),
+                                   out.size(), &size) != LIBDEFLATE_SUCCESS)
+        size = 0;
+    out.resize(size);
+    return out;
+}
+
+void deflateTo(const Bytes& bytes, int level, std::vector<unsigned char>& out) {
+    libdeflate_compressor& own = compressor(level);
+    thread_local Scratch scratch;
+    const std::size_t most = libdeflate_zlib_compress_bound(&own, bytes.size);
+    unsigned char* stream = scratch.atLeast(most);
+    const std::size_t size = libdeflate_zlib_compress(&own, bytes.data, bytes.size, stream, most);
+    if (size == 0) throw std::bad_alloc();  // never: the bound is the library's own
+    out.insert(out.end(), stream, stream + size);
+}
+
+unsigned crc32Of(const Bytes& bytes) {
+    return libdeflate_crc32(0, bytes.data, bytes.size);
+}
+
+}  // namespace media::formats
