@@ -44,8 +44,8 @@ protected:
 };
 
 TEST_F(FxrenderShell, BashIsGivenWhatTheProgramOffers) {
-    for (const std::string line : {"", "check --pl", "apply a.png -f Degauss:Method=",
-                                   "apply a.png -f \"Blur and enhance:", "apply "}) {
+    for (const std::string& line : Words{"", "check --pl", "apply a.png -f Degauss:Method=",
+                                         "apply a.png -f \"Blur and enhance:", "apply "}) {
         const std::string typed = FXRENDER " " + line;
         const ProgramResult result = shell(
             {"/bin/bash", "--norc", "-c",
@@ -73,9 +73,9 @@ TEST_F(FxrenderShell, OffersWhatTheCommandsHave) {
         std::set<std::string> expected;
         for (std::sregex_iterator i(options.begin(), options.end(), option), end; i != end; ++i)
             expected.insert((*i)[2]);
-        const Words offered = offered(command + " --");
-        EXPECT_EQ(std::set<std::string>(offered.begin(), offered.end()), expected) << command;
-        EXPECT_GE(offered.size(), 3u) << command;
+        const Words found = offered(command + " --");
+        EXPECT_EQ(std::set<std::string>(found.begin(), found.end()), expected) << command;
+        EXPECT_GE(found.size(), 3u) << command;
     }
     EXPECT_THAT(offered("no"), IsEmpty());
     EXPECT_THAT(offered("apply in.png --progress "),
