@@ -55,7 +55,7 @@ void ChainCheck::lookAtKeys(std::int64_t firstFrame, std::int64_t lastFrame) {
                  instance.key.toStdString() + ": " + descr->param(index).name.toStdString() +
                      " has " + (outside.size() == keys.size() ? "no key inside, but " : "") +
                      keysText(outside) + ", and the input has " + there,
-                 0, 0, 0});
+                 {}});
         }
     }
 }
@@ -109,21 +109,19 @@ void ChainCheck::object(std::int64_t frame, const std::string& objection) {
 void ChainCheck::note(Kind kind, std::int64_t frame, const std::string& text) {
     const auto known = std::find_if(m_objections.begin(), m_objections.end(),
                                     [&](const Objection& o) { return o.text == text; });
-    if (known == m_objections.end()) {
-        m_objections.push_back({kind, text, frame, frame, 1});
-        return;
-    }
-    known->lastFrame = std::max(known->lastFrame, frame);
-    ++known->frameCount;
+    if (known == m_objections.end())
+        m_objections.push_back({kind, text, {frame}});
+    else
+        known->frames.insert(frame);
 }
 
 std::string ChainCheck::line(const Objection& objection) {
-    if (objection.frameCount == 0) return objection.text;
-    const std::string first = std::to_string(objection.firstFrame);
-    const std::string frames = objection.frameCount == 1
+    if (objection.frames.empty()) return objection.text;
+    const std::string first = std::to_string(*objection.frames.begin());
+    const std::string frames = objection.frames.size() == 1
                                    ? "frame " + first
-                                   : std::to_string(objection.frameCount) + " frames, " + first +
-                                         " to " + std::to_string(objection.lastFrame);
+                                   : std::to_string(objection.frames.size()) + " frames, " + first +
+                                         " to " + std::to_string(*objection.frames.rbegin());
     return objection.text + " (" + frames + ")";
 }
 
@@ -138,6 +136,13 @@ std::vector<std::string> ChainCheck::advice() const {
     for (const Objection& objection : m_objections)
         if (objection.kind == Advice) lines.push_back(line(objection));
     return lines;
+}
+
+std::vector<std::string> ChainCheck::objectionsAt(std::int64_t frame) const {
+    std::vector<std::string> texts;
+    for (const Objection& objection : m_objections)
+        if (objection.frames.count(frame) > 0) texts.push_back(objection.text);
+    return texts;
 }
 
 }  // namespace document

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -36,13 +37,15 @@ public:
     /// Those of them that do not keep a frame from being rendered.
     std::vector<std::string> advice() const;
 
+    /// What was found about this frame, without naming it.
+    std::vector<std::string> objectionsAt(std::int64_t frame) const;
+
 private:
     enum Kind { Advice, Obstacle };
     struct Objection {
         Kind kind;
         std::string text;
-        std::int64_t firstFrame, lastFrame;
-        int frameCount;  ///< 0: it is about none in particular
+        std::set<std::int64_t> frames;  ///< empty: it is about none in particular
     };
     struct Instance {
         int typeId, objectId;

@@ -5,7 +5,9 @@
 #include "framework/contract/FxKernelApi/HkFXKernelData.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "framework/contract/FxKernelApi/HkImageFilter.h"
+#include "host/imaging/Areas.h"
 #include "host/kernel/KernelStore.h"
+#include "host/kernel/ParamValue.h"
 
 namespace document {
 
@@ -30,29 +32,80 @@ std::unique_ptr<HkImage> ChainRenderer::render(std::unique_ptr<HkImage> image, q
                                                const Observer& observer) {
     const RenderLease lease;
     for (const Step& step : m_steps) {
-        const std::optional<FilterValues> values = valuesAt(step, frame);
-        const bool works = values && values->isEnabled();
-        if (works) {
-            const auto refusal = step.limits.refusal(*values, image->width, image->height);
-            if (refusal) throw FrameRefused(step.key.toStdString(), *refusal);
-            if (observer.input) observer.input(step.key, *image);
-        }
-        // The filter frees the picture it was given when it answers with another one.
-        image.reset(step.filter->processImage(image.release(), frame));
-        if (!image)
-            throw std::runtime_error("the filter " + step.key.toStdString() + " gave no picture");
+        const bool works = admits(step, *image, frame);
+        if (works && observer.input) observer.input(step.key, *image);
+        image = process(step, std::move(image), frame);
         if (works && observer.result) observer.result(step.key, *image);
     }
     return image;
 }
 
-bool ChainRenderer::showsObjects(qint64 frame) const {
+bool ChainRenderer::admits(const Step& step, const HkImage& input, qint64 frame) {
+    const std::optional<FilterValues> values = valuesAt(step, frame);
+    if (!values || !values->isEnabled()) return false;
+    if (const auto refusal = step.limits.refusal(*values, input.width, input.height))
+        throw FrameRefused(step.key.toStdString(), *refusal);
+    return true;
+}
+
+std::unique_ptr<HkImage> ChainRenderer::process(const Step& step, std::unique_ptr<HkImage> input,
+                                                qint64 frame) {
+    // The filter frees the picture it was given when it answers with another one.
+    std::unique_ptr<HkImage> result(step.filter->processImage(input.release(), frame));
+    if (!result)
+        throw std::runtime_error("the filter " + step.key.toStdString() + " gave no picture");
+    return result;
+}
+
+std::unique_ptr<HkImage> ChainRenderer::renderStep(int index, std::unique_ptr<HkImage> input,
+                                                   qint64 frame) {
     const RenderLease lease;
-    for (auto step = m_steps.rbegin(); step != m_steps.rend(); ++step) {
-        const std::optional<FilterValues> values = valuesAt(*step, frame);
-        if (values && values->isEnabled()) return resultShowsObjects(step->key, *values);
+    const Step& step = m_steps.at(static_cast<std::size_t>(index));
+    admits(step, *input, frame);
+    return process(step, std::move(input), frame);
+}
+
+std::string ChainRenderer::settingsOf(int index, qint64 frame) const {
+    const RenderLease lease;
+    const Step& step = m_steps.at(static_cast<std::size_t>(index));
+    const HkKernelObjectData* object =
+        HkFXKernelData::getInstance()->getObject(step.typeId, step.objectId);
+    std::string text = std::to_string(step.typeId);
+    if (!object) return text;
+    for (const HkParamKeyframe& value : object->getKeyframesAt(frame))
+        text += ' ' + paramValueText(value.getValue()).toStdString();
+    return text;
+}
+
+std::vector<std::string> ChainRenderer::objectionsTo(int index, const HkImage& input,
+                                                     const HkImage& result, qint64 frame) const {
+    const RenderLease lease;
+    const Step& step = m_steps.at(static_cast<std::size_t>(index));
+    const std::optional<FilterValues> values = valuesAt(step, frame);
+    if (!values || !values->isEnabled()) return {};
+    std::vector<std::string> objections = adviceOnSettings(step.key, *values);
+    const std::vector<std::string> onInput = adviceOnInput(step.key, input);
+    objections.insert(objections.end(), onInput.begin(), onInput.end());
+    if (!onInput.empty()) return objections;  // what comes of a bad picture needs no second line
+    for (std::string& advice : adviceOnResult(step.key, result))
+        objections.push_back(std::move(advice));
+    return objections;
+}
+
+bool ChainRenderer::showsObjectsAfter(int index, qint64 frame) const {
+    const RenderLease lease;
+    for (int i = index; i >= 0; --i) {
+        const Step& step = m_steps.at(static_cast<std::size_t>(i));
+        const std::optional<FilterValues> values = valuesAt(step, frame);
+        if (values && values->isEnabled()) return resultShowsObjects(step.key, *values);
     }
     return false;
+}
+
+std::optional<int> ChainRenderer::objectsIn(const HkImage& result, qint64 frame) const {
+    if (!showsObjectsAfter(stepCount() - 1, frame)) return {};
+    const int count = countWhiteAreas(result);
+    return count < 0 ? std::optional<int>() : count;
 }
 
 std::optional<FilterValues> ChainRenderer::valuesAt(const Step& step, qint64 frame) {

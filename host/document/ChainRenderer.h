@@ -40,7 +40,28 @@ public:
 
     /// Whether the white areas of render()'s result at this frame are objects that a user counts:
     /// whether the last enabled filter is one that shows objects.
-    bool showsObjects(qint64 frame) const;
+    bool showsObjects(qint64 frame) const { return showsObjectsAfter(stepCount() - 1, frame); }
+
+    /// How many they are; none when the result shows no objects, or memory ran out.
+    std::optional<int> objectsIn(const HkImage& result, qint64 frame) const;
+
+    // --- Step by step, for a preview that keeps the picture after each. All on any thread. ---
+
+    int stepCount() const { return static_cast<int>(m_steps.size()); }
+    int objectIdOf(int step) const { return m_steps.at(static_cast<std::size_t>(step)).objectId; }
+
+    /// What the result of a step depends on beside its input: the filter and its values in force.
+    std::string settingsOf(int step, qint64 frame) const;
+
+    /// The picture after this step, given the one after the step before. Throws as render() does.
+    std::unique_ptr<HkImage> renderStep(int step, std::unique_ptr<HkImage> input, qint64 frame);
+
+    /// What `check` would object to in this step, given its input and its result; a sentence each.
+    std::vector<std::string> objectionsTo(int step, const HkImage& input, const HkImage& result,
+                                          qint64 frame) const;
+
+    /// Whether the white areas of the picture after this step are objects that a user counts.
+    bool showsObjectsAfter(int step, qint64 frame) const;
 
 private:
     struct Step {
@@ -50,6 +71,10 @@ private:
         FilterLimits limits;
         std::unique_ptr<HkImageFilter> filter;
     };
+    /// Whether the step is switched on. Throws FrameRefused when it cannot take the picture.
+    static bool admits(const Step& step, const HkImage& input, qint64 frame);
+    static std::unique_ptr<HkImage> process(const Step& step, std::unique_ptr<HkImage> input,
+                                            qint64 frame);
     /// The values in force; none when the instance is gone.
     static std::optional<FilterValues> valuesAt(const Step& step, qint64 frame);
 

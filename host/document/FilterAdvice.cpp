@@ -14,15 +14,27 @@ const char* const kDeconvolution = "Degauss";
 const char* const kSeparator = "Object separator";
 const char* const kOpenClose = "Open_Close";
 const char* const kThreshold = "Adaptive threshold";
+const char* const kDilateErode = "Dilate_Erode";
+const char* const kBlur = "Blur and enhance";
+const char* const kChannel = "Channel separation";
 
-/// The transform is a power of two above the width, at least 2^10, and must hold the picture and a
-/// margin of 2.
+constexpr int kLargestTransformOrder = 13;
+
+/// A power of two above the width, at least 2^10.
+int orderOfTransform(int width) {
+    return std::max(10, static_cast<int>(std::log2(static_cast<double>(width))) + 1);
+}
+
+int sideOfTransform(int width) {
+    return 1 << std::min(orderOfTransform(width), kLargestTransformOrder);
+}
+
+/// The transform must hold the picture and a margin of 2.
 std::optional<std::string> refusalOfFFT(int width, int height) {
     const std::string size = std::to_string(width) + " x " + std::to_string(height);
-    const int order = std::max(10, static_cast<int>(std::log2(static_cast<double>(width))) + 1);
-    const int transform = 1 << std::min(order, 30);
-    const int margin = 2, largestOrder = 13;
-    if (order > largestOrder)
+    const int transform = sideOfTransform(width);
+    const int margin = 2;
+    if (orderOfTransform(width) > kLargestTransformOrder)
         return "the FFT method cannot take pictures 8192 or more pixels wide (this one is " + size +
                "); use Method=LR";
     const std::string room = std::to_string(transform - margin);
@@ -160,6 +172,21 @@ std::vector<std::string> adviceOnResult(const QString& key, const HkImage& resul
 
 bool resultShowsObjects(const QString& key, const FilterValues& values) {
     return key == QLatin1String(kSeparator) && values.isEnabled() && values.toInt("Type") == 0;
+}
+
+double workingBytes(const QString& key, const FilterValues& values, int width, int height) {
+    const double pixels = static_cast<double>(width) * height;
+    const double deconvolution = 23, separation = 15, transformed = 22;  // bytes of each pixel
+    if (!values.isEnabled()) return 0;
+    if (key == QLatin1String(kDeconvolution) && values.toInt("Method") == 0) {
+        const double transform = sideOfTransform(width);
+        return transformed * transform * transform;
+    }
+    if (key == QLatin1String(kSeparator)) return separation * pixels;
+    const bool isSmall = key == QLatin1String(kOpenClose) || key == QLatin1String(kThreshold) ||
+                         key == QLatin1String(kDilateErode) || key == QLatin1String(kBlur) ||
+                         key == QLatin1String(kChannel);
+    return isSmall ? 0 : deconvolution * pixels;
 }
 
 }  // namespace document

@@ -51,4 +51,9 @@ bool looksAtResult(const QString& key);
 /// Whether the white areas of the filter's result are objects that a user counts.
 bool resultShowsObjects(const QString& key, const FilterValues& values);
 
+/// The memory in bytes that the filter works in at its peak, beside the picture of this size that
+/// it is given and one more; measured with large pictures. Of a filter that is not known, as much
+/// as the most that one takes for each pixel.
+double workingBytes(const QString& key, const FilterValues& values, int width, int height);
+
 }  // namespace document

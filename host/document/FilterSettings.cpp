@@ -1,5 +1,6 @@
 #include "host/document/FilterSettings.h"
 
+#include <QStringList>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -7,6 +8,7 @@
 
 #include "host/document/FilterError.h"
 #include "host/kernel/KernelStore.h"
+#include "host/kernel/ParamValue.h"
 
 namespace document {
 
@@ -109,9 +111,8 @@ private:
 
 }  // namespace
 
-InstanceState settingsFromText(const FilterText& text, const FilterCatalog& catalog) {
-    const int typeId = catalog.typeOf(text.key);
-    InstanceState state = defaultState(catalog.descriptor(typeId));
+void applySettings(const FilterText& text, int typeId, const FilterCatalog& catalog,
+                   InstanceState& state) {
     std::set<int> given;
     for (const ParameterText& parameter : text.parameters) {
         const int index = catalog.parameterIndex(typeId, parameter.name);
@@ -119,6 +120,7 @@ InstanceState settingsFromText(const FilterText& text, const FilterCatalog& cata
         if (!given.insert(index).second)
             throw FilterError(QStringLiteral("%1 is given twice").arg(reader.where()));
         InstanceParam& param = state.params.at(static_cast<std::size_t>(index));
+        param.keys.clear();
         for (const ValueText& value : parameter.values) {
             const QVariant typed = reader.read(value.text);
             if (!parameter.animated) {
@@ -128,11 +130,42 @@ InstanceState settingsFromText(const FilterText& text, const FilterCatalog& cata
             if (!reader.takesKeys())
                 throw FilterError(QStringLiteral("%1 has one value for all frames; write %2=%3")
                                       .arg(reader.where(), reader.name(), value.text));
-            param.keys[value.frame] = ParamKey{typed, reader.isStepped() || value.held};
+            if (!state.animated)  // keys that were not in force do not come into force with these
+                for (InstanceParam& other : state.params) other.keys.clear();
             state.animated = true;
+            param.keys[value.frame] = ParamKey{typed, reader.isStepped() || value.held};
         }
     }
+}
+
+InstanceState settingsFromText(const FilterText& text, const FilterCatalog& catalog) {
+    const int typeId = catalog.typeOf(text.key);
+    InstanceState state = defaultState(catalog.descriptor(typeId));
+    applySettings(text, typeId, catalog, state);
     return state;
+}
+
+QString textFromSettings(int typeId, const InstanceState& state, const FilterCatalog& catalog) {
+    const HkKernelObjectDataDescr& descr = catalog.descriptor(typeId);
+    QStringList parameters;
+    for (int index = 0; index < descr.paramCount(); ++index) {
+        const InstanceParam& param = state.params.at(static_cast<std::size_t>(index));
+        const QString name = descr.param(index).name + QLatin1Char('=');
+        if (state.animated && !param.keys.empty())
+            parameters << name + textFromKeys(param.keys);
+        else if (param.base != descr.param(index).defaultValue)
+            parameters << name + paramValueText(param.base);
+    }
+    const QString key = KernelStore::instance().filterKey(typeId);
+    return parameters.isEmpty() ? key : key + QLatin1Char(':') + parameters.join(QLatin1Char(','));
+}
+
+QString textFromKeys(const ParamTrack& keys) {
+    QStringList texts;
+    for (const auto& [frame, key] : keys)
+        texts << QString::number(frame) + QLatin1String(key.held ? "|=" : "=") +
+                     paramValueText(key.value);
+    return texts.join(QLatin1Char(';'));
 }
 
 }  // namespace document

@@ -17,4 +17,17 @@ namespace document {
 /// parameter is given twice.
 InstanceState settingsFromText(const FilterText& text, const FilterCatalog& catalog);
 
+/// Gives the parameters that the text names the values or keys it says, in the place of those the
+/// state has, and leaves the others alone. Throws as settingsFromText().
+void applySettings(const FilterText& text, int typeId, const FilterCatalog& catalog,
+                   InstanceState& state);
+
+/// The text from which settingsFromText() makes a state that renders alike: what differs from the
+/// filter's defaults, keys where the instance is animated. What an instance holds but does not use
+/// (a base value beside keys, elements kept for other versions) is not in it.
+QString textFromSettings(int typeId, const InstanceState& state, const FilterCatalog& catalog);
+
+/// Keys as FilterText.h reads them: "0=1;20|=5;40=9".
+QString textFromKeys(const ParamTrack& keys);
+
 }  // namespace document

@@ -12,6 +12,8 @@
 #include "host/media/atomic_file.h"
 #include "host/media/file_names.h"
 #include "host/media/picture_writer.h"
+#include "host/media/video_formats.h"
+#include "host/media/video_sink.h"
 
 namespace media {
 
@@ -221,20 +223,28 @@ std::unique_ptr<MediaSink> MediaSink::open(const std::string& output, const Medi
     const std::string fileName = fileNameOf(output);
     const std::optional<FrameTemplate> pattern = FrameTemplate::parse(output);
     const bool namesFolder = fileName.empty() || (suffixOf(fileName).empty() && !pattern);
+    const bool isVideo = !isFolder(output) && !pattern && isWritableVideo(fileName);
+    if (!isVideo && options.video.isAnySet())
+        failCreate(output, "--codec, --quality and --fps are for videos; name one (" +
+                               writableVideoSuffixes() + ") or leave them out");
     if (isFolder(output) || namesFolder) return openFolder(output, source, frames, options);
+    const bool isDeep = options.depth == SampleDepth::Deep;
+    if (isVideo && !isDeep) {
+        requireWritableFolder(folderOf(output));
+        requireOwnFiles({{frames.front(), output}}, source);
+        return openVideoSink(output, source, frames, options.video);
+    }
 
     if (!canBeWritten(fileName, options.depth))
-        failCreate(output,
-                   std::string("pictures ") +
-                       (options.depth == SampleDepth::Deep ? "of 16 bits a sample " : "") +
-                       "are not written to files of this suffix; use " +
-                       (options.depth == SampleDepth::Deep ? ".png or .tif" : writableSuffixes()) +
-                       ", or end the name with / for a folder");
+        failCreate(output, isDeep ? "pictures of 16 bits a sample are not written to files of this "
+                                    "suffix; use .png or .tif, or end the name with / for a folder"
+                                  : "pictures are not written to files of this suffix; use " +
+                                        writableSuffixes() + ", " + writableVideoSuffixes() +
+                                        " for a video, or end the name with / for a folder");
     std::map<std::int64_t, std::string> paths;
     if (pattern) {
         for (const std::int64_t frame : frames) paths[frame] = pattern->path(frame);
     } else {
-        const bool isDeep = options.depth == SampleDepth::Deep;
         if (frames.size() > 1 && (isDeep || !holdsPages(fileName)))
             failCreate(output, "one file cannot hold " + std::to_string(frames.size()) +
                                    " frames; use a numbered name such as " +

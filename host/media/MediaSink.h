@@ -11,7 +11,7 @@
 
 namespace media {
 
-/// Where frames are written: a still, a numbered sequence, a folder.
+/// Where frames are written: a still, a numbered sequence, a folder, a video.
 ///
 /// A frame's file is complete or absent: it is written under another name in the same folder,
 /// flushed to the disk and renamed; a file of that name that was there before is replaced only
@@ -24,17 +24,20 @@ public:
     /// A name that is a folder, ends in /, or has no suffix: a folder, one file per frame named as
     /// source.frameName() says, with the suffix of its input where that can be written, else .png;
     /// the folder is made with the first frame. A name whose file part holds #### or %04d: a
-    /// template filled with the frame number. Any other name: one still for one frame, or a
-    /// TIFF file of one page for each of several. The suffix decides the format. Deep pictures go
-    /// to .png and .tif only, one to a file.
-    /// Throws CannotCreate when the suffix is not one that can be written, several frames would go
-    /// to one file, a file written would be one of the source's (whatever road leads to it: links,
+    /// template filled with the frame number. A name with a video's suffix: a video. Any other
+    /// name: one still for one frame, or a TIFF file of one page for each of several. The suffix
+    /// decides the format. Deep pictures go to .png and .tif only, one to a file. Throws
+    /// CannotCreate when the suffix is not one that can be written, several frames would go to one
+    /// file, a file written would be one of the source's (whatever road leads to it: links,
     /// "./", case), or the folder is missing or may not be written to.
     static std::unique_ptr<MediaSink> open(const std::string& output, const MediaSource& source,
                                            const std::vector<std::int64_t>& frames,
                                            const WriteOptions& options = WriteOptions());
 
     virtual ~MediaSink() = default;
+
+    /// What of the source will not be in the output, for the user, a line each.
+    virtual std::vector<std::string> notices() const { return {}; }
 
     /// The file write() makes for this frame (for a video, the video).
     virtual std::string path(std::int64_t frame) const = 0;

@@ -12,6 +12,7 @@
 #include "host/media/MediaError.h"
 #include "host/media/file_names.h"
 #include "host/media/picture_reader.h"
+#include "host/media/video_source.h"
 
 namespace media {
 
@@ -156,6 +157,9 @@ std::unique_ptr<PictureFiles> openStills(const std::vector<std::string>& paths,
                 MediaErrorKind::InvalidData,
                 shown(path) + ": a numbered sequence can be the only input; give it alone");
         requireFile(path);
+        if (paths.size() > 1 && !hasPictureSuffix(fileNameOf(path)) && isVideo(path))
+            throw MediaError(MediaErrorKind::InvalidData,
+                             shown(path) + ": a video can be the only input; give it alone");
         source->add(static_cast<std::int64_t>(source->frames().size()), path);
     }
     if (paths.size() == 1)
@@ -174,6 +178,8 @@ std::unique_ptr<MediaSource> MediaSource::open(const std::vector<std::string>& i
 
     const std::string& path = inputs.front();
     struct stat status {};
+    if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && isVideo(path))
+        return openVideo(path);
     if (stat(path.c_str(), &status) == 0)
         return S_ISDIR(status.st_mode) ? openFolder(path, options) : openStills(inputs, options);
     if (errno == ENOENT)

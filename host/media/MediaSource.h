@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "framework/contract/ImageProcessor/HkImage.h"
+#include "host/media/VideoOptions.h"
+#include "host/media/VideoTrack.h"
 
 namespace media {
 
@@ -74,9 +76,10 @@ struct WriteOptions {
     /// not drown in.
     int compression = 1;
     SampleDepth depth = SampleDepth::Usual;
+    VideoOptions video;
 };
 
-/// Frames to read: a still, several stills, a numbered sequence, a folder of pictures.
+/// Frames to read: a still, several stills, a numbered sequence, a folder of pictures, a video.
 ///
 /// Paths are the bytes the file system uses. Every operation may be called from several threads at
 /// once; ascending frame numbers are the order that is never slow. Everything throws MediaError.
@@ -88,12 +91,13 @@ public:
     /// a2.png before a10.png, frames 0, 1, ...; hidden files and files without a picture's suffix
     /// are left out); or a template whose file name holds #### or %04d (frame numbers are those in
     /// the names; gaps are allowed; # and % in the folder part mean themselves). A file that exists
-    /// is never taken for a template. Several names: stills, frames 0, 1, ... in the order given.
-    /// Only names are looked at, but for the pages of a single file: a damaged file is noticed by
-    /// info() and read(). Of files with several pages among several files the first page is read,
-    /// with a note.
-    /// Throws MissingInput when a file or folder does not exist, may not be read, or holds no
-    /// picture; InvalidData when what is named is not a kind of input.
+    /// is never taken for a template. An existing file that is a video, by its suffix or, where
+    /// that is unknown, its content: frames 0, 1, ... as they are shown. Several names: stills,
+    /// frames 0, 1, ... in the order given. Only names are looked at, but for the pages of a single
+    /// file, and for a video, which is read through once: a damaged picture is noticed by info()
+    /// and read(). Of files with several pages among several files the first page is read. Throws
+    /// MissingInput when a file or folder does not exist, may not be read, or holds no picture;
+    /// InvalidData when what is named is not a kind of input, or is a damaged video.
     static std::unique_ptr<MediaSource> open(const std::vector<std::string>& inputs,
                                              const ReadOptions& options = ReadOptions());
 
@@ -128,6 +132,12 @@ public:
 
     /// True when read() must be called in ascending order of frames, one call at a time (a video).
     virtual bool readsInOrder() const { return false; }
+
+    /// What the video says of itself; null when the frames are pictures.
+    virtual const VideoTrack* videoTrack() const { return nullptr; }
+
+    /// What of the input is not in its frames, for the user, a line each.
+    virtual std::vector<std::string> notices() const { return {}; }
 
 protected:
     MediaSource() = default;

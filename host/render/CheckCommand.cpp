@@ -8,8 +8,9 @@
 
 namespace render {
 
-ExitCode runCheck(const Selection& selection, const document::FilterCatalog& catalog) {
-    const ChosenFrames chosen = chooseFrames(selection, catalog);
+ExitCode runCheck(const Selection& selection, const document::FilterCatalog& catalog,
+                  const Messages& messages) {
+    const ChosenFrames chosen = chooseFrames(selection, catalog, messages);
     document::ChainCheck check;
     check.lookAtKeys(chosen.source->frames().front(), chosen.source->frames().back());
     for (std::int64_t frame : chosen.frames) {
@@ -28,9 +29,10 @@ ExitCode runCheck(const Selection& selection, const document::FilterCatalog& cat
     return objections.empty() ? Done : SomeFramesFailed;
 }
 
-std::vector<std::string> warningsFor(const media::MediaSource& source,
+document::ChainCheck checkBeforehand(const media::MediaSource& source,
                                      const std::vector<std::int64_t>& frames) {
     document::ChainCheck check;
+    if (frames.empty()) return check;
     check.lookAtKeys(source.frames().front(), source.frames().back());
     try {
         // Frames of one sequence are of one size: the others are not opened before their turn.
@@ -40,8 +42,7 @@ std::vector<std::string> warningsFor(const media::MediaSource& source,
     } catch (const media::MediaError&) {
         // Rendering the frame will say so.
     }
-    // The error of a single frame that is refused follows at once.
-    return frames.size() == 1 ? check.advice() : check.objections();
+    return check;
 }
 
 }  // namespace render

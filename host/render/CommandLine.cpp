@@ -4,12 +4,15 @@
 #include <QRegularExpression>
 #include <QStringList>
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <map>
 
 #include "host/document/NearestName.h"
 #include "host/render/ExitCode.h"
 #include "host/render/Manual.h"
+#include "host/render/MemoryLimit.h"
+#include "host/render/ProjectFile.h"
 
 namespace render {
 
@@ -24,8 +27,9 @@ VALUE    a number, true, false or the name of a choice; over time keys such as
          "0=1;20|=5;40=9": FRAME=VALUE runs in a line to the next key,
          FRAME|=VALUE holds until it
 INPUT    a picture, several pictures, a numbered sequence (shot_####.png,
-         shot_%04d.png) or a folder
-OUTPUT   a picture, a numbered sequence or a folder; never one of the inputs
+         shot_%04d.png), a folder or a video
+OUTPUT   a picture, a numbered sequence, a folder or a video (.mp4, .mov, .mkv);
+         never one of the inputs
 LIST     single frames, ranges, steps: 1,5,10-20:2  -5  -10--5  100-
 
 Examples:
@@ -33,6 +37,7 @@ Examples:
   fxrender apply cells.tif -o split.png -f "Channel separation:Channel=L" \
       -f "Adaptive threshold:Size=51,Min=0" -f "Object separator:Det=20"
   fxrender apply shot_####.png -o blurred/ -f "Blur and enhance:Blur=0=1;20=13"
+  fxrender apply clip.mp4 -o clip_sharp.mp4 -f Degauss
 
 Exit codes: 0 done, 1 some frames failed (--keep-going), 2 wrong command line,
   65 invalid data, 66 input missing, 73 output cannot be created,
@@ -83,40 +88,64 @@ void addPluginOption(CLI::App& command, std::string& path) {
         ->type_name("FILE");
 }
 
-media::SampleRange parseRange(const std::string& text) {
-    if (text == "auto") return {media::SampleRange::Auto, 0, 0};
-    if (text == "each") return {media::SampleRange::Each, 0, 0};
-    static const QRegularExpression pattern(
-        QStringLiteral(R"(^(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)-(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)$)"));
-    const auto match = pattern.match(QString::fromStdString(text));
-    bool lowIsNumber = false, highIsNumber = false;
-    const double low = match.captured(1).toDouble(&lowIsNumber);
-    const double high = match.captured(2).toDouble(&highIsNumber);
-    if (!lowIsNumber || !highIsNumber || low >= high)
-        throw UsageError("--range: cannot use \"" + text +
-                         "\"; write LO-HI with LO below HI, such as 0-4095, or auto, or each");
-    return {media::SampleRange::Given, low, high};
+CLI::Option* addFilters(CLI::App& command, Selection& selection) {
+    return command
+        .add_option("-f,--filter", selection.filters,
+                    "A filter with its settings; several run in this order")
+        ->allow_extra_args(false)
+        ->type_name("FILTER");
 }
 
-void addRange(CLI::App& command, media::ReadOptions& reading) {
+void addRangeOption(CLI::App& command, const std::function<void(const std::string&)>& set) {
     command
         .add_option_function<std::string>(
-            "--range", [&reading](const std::string& text) { reading.range = parseRange(text); },
+            "--range", set,
             "Sample values that become black and white: those given, of the first frame or of each")
         ->type_name("LO-HI|auto|each");
 }
 
-void addSelection(CLI::App& command, Selection& selection) {
-    command.add_option("INPUT", selection.inputs, "What to read")->required()->type_name("");
-    command
-        .add_option("-f,--filter", selection.filters,
-                    "A filter with its settings; several run in this order")
-        ->required()
-        ->allow_extra_args(false)
-        ->type_name("FILTER");
+void addRangeOption(CLI::App& command, media::ReadOptions& reading) {
+    addRangeOption(command,
+                   [&reading](const std::string& text) { reading.range = parseRange(text); });
+}
+
+void addRangeOption(CLI::App& command, Selection& selection) {
+    addRangeOption(command, [&selection](const std::string& text) {
+        selection.range = text;
+        selection.reading.range = parseRange(text);
+    });
+}
+
+/// Which chain a command takes.
+enum class Chain {
+    Filters,  ///< INPUT... -f FILTER
+    Project,
+    Either
+};
+
+void addSelection(CLI::App& command, Selection& selection, Chain chain) {
+    if (chain == Chain::Project)
+        command.add_option("PROJECT", selection.inputs, "The project to render")
+            ->required()
+            ->expected(1)
+            ->type_name("");
+    else
+        command
+            .add_option("INPUT", selection.inputs,
+                        chain == Chain::Either ? "What to read, or a project" : "What to read")
+            ->required()
+            ->type_name("");
+    if (chain != Chain::Project) addFilters(command, selection)->required(chain == Chain::Filters);
+    if (chain != Chain::Filters)
+        command
+            .add_option("--set", selection.overrides,
+                        "Give a filter of the project another value: \"KEY:Name=VALUE\", "
+                        "\"KEY#2:...\" for the second of that key")
+            ->allow_extra_args(false)
+            ->type_name("SETTING");
     command.add_option("--frames", selection.frames, "The frames to look at, if not all")
         ->type_name("LIST");
-    addRange(command, selection.reading);
+    addRangeOption(command, selection);
     addPluginOption(command, selection.plugin);
 }
 
@@ -141,11 +170,32 @@ CLI::Option* addNumber(CLI::App& command, const std::string& name, int& number, 
         ->type_name("N");
 }
 
-void addRunOptions(CLI::App& command, RunOptions& options) {
-    addSelection(command, options);
+/// "2/5"
+Shard parseShard(const std::string& text) {
+    Shard shard;
+    const QStringList numbers = QString::fromStdString(text).split('/');
+    bool isIndex = false, isCount = false;
+    if (numbers.size() == 2) {
+        shard.index = numbers[0].toInt(&isIndex);
+        shard.count = numbers[1].toInt(&isCount);
+    }
+    if (!isIndex || !isCount || shard.index < 1 || shard.index > shard.count)
+        throw UsageError("--shard: cannot use \"" + text +
+                         "\"; write I/N with I from 1 to N, such as 2/5");
+    return shard;
+}
+
+void addRunOptions(CLI::App& command, RunOptions& options, Chain chain) {
+    addSelection(command, options, chain);
     const int mostJobs = 1024;
     addNumber(command, "-j,--jobs", options.jobs, mostJobs,
               "How many frames to work on at once, if not one per core");
+    command
+        .add_option_function<std::string>(
+            "--max-memory",
+            [&options](const std::string& text) { options.maxMemory = parseMemorySize(text); },
+            "Work on fewer frames at once where they would need more: 500M, 2G")
+        ->type_name("SIZE");
     command.add_flag("--keep-going", options.keepGoing, "Do the other frames when one fails");
     command
         .add_option_function<std::string>(
@@ -169,29 +219,111 @@ void defineList(CLI::App& app, ListOptions& options) {
     addPluginOption(*list, options.plugin);
 }
 
-void addPictureOptions(CLI::App& command, ApplyOptions& options) {
+void addPictureOptions(CLI::App& command, media::WriteOptions& writing) {
     const int highestLevel = 12;
     command
-        .add_option("--compression", options.writing.compression,
+        .add_option("--compression", writing.compression,
                     "Of PNG and TIFF: 0 none, 1 fast (if not given), 12 smallest")
         ->check(CLI::Range(0, highestLevel).description(""))
         ->type_name("LEVEL");
 }
 
-void defineApply(CLI::App& app, ApplyOptions& options) {
-    CLI::App* apply = app.add_subcommand("apply", "Applies filters to pictures");
-    apply->add_option("-o,--output", options.output, "Where to write")
+/// 24, 23.976 or 24000/1001.
+media::Ratio frameRate(const std::string& text) {
+    media::Ratio rate;
+    if (!media::parseFrameRate(text, rate))
+        throw UsageError("--fps: " + text +
+                         " is no number of frames a second; valid: 24, 29.97 or 30000/1001, up to "
+                         "1000");
+    return rate;
+}
+
+void addVideoOptions(CLI::App& command, media::VideoOptions& options) {
+    command
+        .add_option_function<std::string>(
+            "--codec",
+            [&options](const std::string& name) {
+                std::string valid;
+                for (const std::string& codec : media::videoCodecNames()) {
+                    if (codec == name) options.codec = name;
+                    valid += (valid.empty() ? "" : ", ") + codec;
+                }
+                if (options.codec != name)
+                    throw UsageError("--codec: there is no \"" + name + "\"; valid: " + valid);
+            },
+            "Of a video: h264, h265, prores or ffv1, if not as its suffix says")
+        ->type_name("NAME");
+    const int worstQuality = 51;
+    command
+        .add_option("--quality", options.quality,
+                    "Of a video in h264 or h265: 0 (best) to 51 (smallest)")
+        ->check(CLI::Range(0, worstQuality).description(""))
+        ->type_name("N");
+    command
+        .add_option_function<std::string>(
+            "--fps", [&options](const std::string& text) { options.frameRate = frameRate(text); },
+            "Of a video: frames a second, if not as the input says, else 25")
+        ->type_name("RATE");
+}
+
+void addApplyOptions(CLI::App& command, ApplyOptions& options, Chain chain) {
+    command.add_option("-o,--output", options.output, "Where to write")
         ->required()
         ->type_name("OUTPUT");
-    addRunOptions(*apply, options);
-    apply->add_flag("-n,--dry-run", options.dryRun,
-                    "Check everything, say what would be written, write nothing");
-    apply
-        ->add_option("--report", options.report,
-                     "Write what became of every frame, as JSON; - is standard output")
+    addRunOptions(command, options, chain);
+    command.add_flag("-n,--dry-run", options.dryRun,
+                     "Check everything, say what would be written, write nothing");
+    command.add_flag("--resume", options.resume,
+                     "Leave outputs alone that stand and are what would be written today");
+    command
+        .add_option_function<std::string>(
+            "--shard", [&options](const std::string& text) { options.shard = parseShard(text); },
+            "Do every Nth frame only, from the Ith on")
+        ->type_name("I/N");
+    command
+        .add_option("--report", options.report,
+                    "Write what became of every frame, as JSON, or as CSV to a .csv file; - is "
+                    "standard output")
         ->type_name("FILE");
-    addPictureOptions(*apply, options);
+    addPictureOptions(command, options.writing);
+    addVideoOptions(command, options.writing.video);
+}
+
+void defineApply(CLI::App& app, ApplyOptions& options) {
+    CLI::App* apply = app.add_subcommand("apply", "Applies filters to pictures");
+    addApplyOptions(*apply, options, Chain::Filters);
     apply->footer(kApplyNotes);
+}
+
+void defineRender(CLI::App& app, ApplyOptions& options) {
+    CLI::App* render = app.add_subcommand("render", "Renders a saved project");
+    addApplyOptions(*render, options, Chain::Project);
+    render->footer(
+        "OUTPUT, LIST and exit codes: as for apply.\n\nExample:\n"
+        "  fxrender render reel.fxp -o out/ --resume --set \"Blur and enhance:Blur=3\"");
+}
+
+void defineSave(CLI::App& app, SaveOptions& options) {
+    CLI::App* save = app.add_subcommand("save", "Writes a project: inputs, filters, values, keys");
+    save->add_option("PROJECT", options.project, "The file to write, such as reel.fxp")
+        ->required()
+        ->type_name("");
+    save->add_option("INPUT", options.inputs, "What it is to read")->required()->type_name("");
+    addFilters(*save, options)->required();
+    addRangeOption(*save, options);
+    addPluginOption(*save, options.plugin);
+    save->footer("FILTER, INPUT and exit codes: as for apply.");
+}
+
+void defineVerify(CLI::App& app, VerifyOptions& options) {
+    CLI::App* verify =
+        app.add_subcommand("verify", "Says which outputs are missing, stale or damaged");
+    verify->add_option("-o,--output", options.output, "What was written")
+        ->required()
+        ->type_name("OUTPUT");
+    addSelection(*verify, options, Chain::Either);
+    addPictureOptions(*verify, options.writing);
+    verify->footer("Exit codes: 0 all is there and up to date, 1 it is not, others as for apply");
 }
 
 void defineCount(CLI::App& app, CountOptions& options) {
@@ -212,13 +344,13 @@ void defineCount(CLI::App& app, CountOptions& options) {
               "Leave out objects of fewer pixels");
     count->add_flag("--exclude-border", options.excludeBorder,
                     "Leave out objects that reach the border of the frame");
-    addRunOptions(*count, options);
+    addRunOptions(*count, options, Chain::Either);
     count->footer(kCountNotes);
 }
 
 void defineCheck(CLI::App& app, Selection& selection) {
     CLI::App* check = app.add_subcommand("check", "Says what would go wrong, renders nothing");
-    addSelection(*check, selection);
+    addSelection(*check, selection, Chain::Either);
     check->footer("Exit codes: 0 nothing to object to, 1 there is, others as for apply");
 }
 
@@ -243,7 +375,7 @@ void defineSheet(CLI::App& app, SheetOptions& options) {
     sheet->add_option("--frame", options.frame, "The frame to show, if not the first")
         ->type_name("N");
     sheet->add_flag("-q,--quiet", options.quiet, "Nothing but error messages");
-    addRange(*sheet, options.reading);
+    addRangeOption(*sheet, options.reading);
     addPluginOption(*sheet, options.plugin);
     sheet->footer(kSheetNotes);
 }
@@ -258,7 +390,7 @@ void defineCompare(CLI::App& app, CompareOptions& options) {
         ->type_name("OUTPUT");
     compare->add_option("--frames", options.frames, "The frames to look at, if not all")
         ->type_name("LIST");
-    addRange(*compare, options.reading);
+    addRangeOption(*compare, options.reading);
     const int mostGain = 255;
     addNumber(*compare, "--gain", options.gain, mostGain,
               "Amplify differences so many times, if not as far as each picture allows");
@@ -266,7 +398,8 @@ void defineCompare(CLI::App& app, CompareOptions& options) {
     compare->footer(kCompareNotes);
 }
 
-void defineCommands(CLI::App& app, CommandLine& result) {
+/// project: receives what `render` is given.
+void defineCommands(CLI::App& app, CommandLine& result, ApplyOptions& project) {
     app.set_version_flag("--version", versionText)->description("Show the version and exit");
     app.require_subcommand(0, 1);
     app.get_formatter()->column_width(26);
@@ -274,6 +407,9 @@ void defineCommands(CLI::App& app, CommandLine& result) {
     defineApply(app, result.apply);
     defineCount(app, result.count);
     defineCheck(app, result.check);
+    defineRender(app, project);
+    defineSave(app, result.save);
+    defineVerify(app, result.verify);
     defineSheet(app, result.sheet);
     defineCompare(app, result.compare);
 }
@@ -312,6 +448,13 @@ bool isSvgName(const std::string& path) {
     return QString::fromStdString(path).endsWith(QLatin1String(".svg"), Qt::CaseInsensitive);
 }
 
+/// Filters come from the command line or from a project.
+void requireChain(const CLI::App& command, const Selection& selection) {
+    if (!command.get_option_no_throw("--filter") || !selection.filters.empty()) return;
+    if (selection.inputs.size() != 1 || !isProjectName(selection.inputs.front()))
+        throw UsageError("--filter is required, unless the input is one project (*.fxp)");
+}
+
 /// "-" stands for standard output only where a text is written.
 void refuseStandardStreams(const CommandLine& commandLine) {
     const auto refuse = [](const std::string& option, const std::string& value) {
@@ -320,8 +463,9 @@ void refuseStandardStreams(const CommandLine& commandLine) {
                              ": pictures are not written to standard output; name a file, a "
                              "numbered sequence such as out_####.png or a folder");
     };
-    for (const std::string& output :
-         {commandLine.apply.output, commandLine.sheet.output, commandLine.compare.output})
+    refuse("--output", commandLine.apply.output);
+    refuse("--output", commandLine.verify.output);
+    for (const std::string& output : {commandLine.sheet.output, commandLine.compare.output})
         refuse("--output", output);
     for (const std::string& plot : {commandLine.apply.plot, commandLine.count.plot})
         if (!plot.empty() && !isSvgName(plot))
@@ -379,6 +523,21 @@ const CLI::App& activeCommand(const CLI::App& app) {
 
 }  // namespace
 
+media::SampleRange parseRange(const std::string& text) {
+    if (text == "auto") return {media::SampleRange::Auto, 0, 0};
+    if (text == "each") return {media::SampleRange::Each, 0, 0};
+    static const QRegularExpression pattern(
+        QStringLiteral(R"(^(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)-(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)$)"));
+    const auto match = pattern.match(QString::fromStdString(text));
+    bool lowIsNumber = false, highIsNumber = false;
+    const double low = match.captured(1).toDouble(&lowIsNumber);
+    const double high = match.captured(2).toDouble(&highIsNumber);
+    if (!lowIsNumber || !highIsNumber || low >= high)
+        throw UsageError("--range: cannot use \"" + text +
+                         "\"; write LO-HI with LO below HI, such as 0-4095, or auto, or each");
+    return {media::SampleRange::Given, low, high};
+}
+
 CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     CommandLine result;
     // For shells and for the build: not for people, and not among the commands.
@@ -392,7 +551,8 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
         return result;
     }
     CLI::App app(kIntroduction, "fxrender");
-    defineCommands(app, result);
+    ApplyOptions project;
+    defineCommands(app, result, project);
 
     std::vector<std::string> backwards(arguments.rbegin(), arguments.rend());
     for (std::string& argument : backwards) {
@@ -417,19 +577,26 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     }
     if (app.get_subcommands().empty()) throw UsageError("no command given; " + validCommands(app));
     refuseEmptyValues(activeCommand(app));
+    if (app.got_subcommand("render")) result.apply = project;
     refuseStandardStreams(result);
-    static const std::map<std::string, CommandLine::Command> commands = {
-        {"list", CommandLine::List},   {"apply", CommandLine::Apply},
-        {"count", CommandLine::Count}, {"check", CommandLine::Check},
-        {"sheet", CommandLine::Sheet}, {"compare", CommandLine::Compare}};
+    const std::map<std::string, CommandLine::Command> commands = {
+        {"list", CommandLine::List},      {"apply", CommandLine::Apply},
+        {"count", CommandLine::Count},    {"check", CommandLine::Check},
+        {"render", CommandLine::Apply},   {"save", CommandLine::Save},
+        {"verify", CommandLine::Verify},  {"sheet", CommandLine::Sheet},
+        {"compare", CommandLine::Compare}};
     result.command = commands.at(activeCommand(app).get_name());
+    if (result.command == CommandLine::Count) requireChain(activeCommand(app), result.count);
+    if (result.command == CommandLine::Check) requireChain(activeCommand(app), result.check);
+    if (result.command == CommandLine::Verify) requireChain(activeCommand(app), result.verify);
     return result;
 }
 
 std::vector<CommandDescription> describeCommands() {
     CommandLine unused;
+    ApplyOptions unusedProject;
     CLI::App app(kIntroduction, "fxrender");
-    defineCommands(app, unused);
+    defineCommands(app, unused, unusedProject);
     std::vector<CommandDescription> descriptions = {describe(app)};
     for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
         descriptions.push_back(describe(*command));
@@ -451,6 +618,9 @@ std::string shortUsage() {
            "  fxrender count INPUT... -f FILTER ...             count and measure objects\n"
            "  fxrender check INPUT... -f FILTER ...             what would go wrong, nothing "
            "rendered\n"
+           "  fxrender save PROJECT INPUT... -f FILTER ...      write a project\n"
+           "  fxrender render PROJECT -o OUTPUT                 render it; also count, check\n"
+           "  fxrender verify PROJECT -o OUTPUT                 what is missing, stale or damaged\n"
            "  fxrender sheet INPUT -o OUTPUT --over SWEEP ...   one frame, several values\n"
            "  fxrender compare A B                              how pictures differ\n"
            "  fxrender apply --help                             all options, and examples\n";

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QStringList>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -18,10 +19,12 @@ struct ListOptions {
 
 /// Which frames go through which filters.
 struct Selection {
-    std::vector<std::string> inputs;
-    std::vector<std::string> filters;
-    std::string plugin;  ///< empty: the one that belongs to this program
-    std::string frames;  ///< empty: all of them
+    std::vector<std::string> inputs;     ///< the project alone when there are no filters
+    std::vector<std::string> filters;    ///< empty: those of a project
+    std::vector<std::string> overrides;  ///< values to change, as document::overrideFilter() reads
+    std::string plugin;                  ///< empty: the one that belongs to this program
+    std::string frames;                  ///< empty: all of them
+    std::string range;  ///< which sample values become 0 and 255, as typed; empty: not said
     media::ReadOptions reading;
 };
 
@@ -31,14 +34,37 @@ struct RunOptions : Selection {
     bool keepGoing = false;
     ProgressMode progress = ProgressMode::Auto;
     bool quiet = false;
-    std::string plot;  ///< empty: none
+    std::string plot;            ///< empty: none
+    std::int64_t maxMemory = 0;  ///< bytes; 0: no limit
+};
+
+/// One of several runs that share out the frames of a job.
+struct Shard {
+    int index = 1;  ///< from 1
+    int count = 1;
+
+    std::string text() const { return std::to_string(index) + '/' + std::to_string(count); }
 };
 
 struct ApplyOptions : RunOptions {
     std::string output;
     bool dryRun = false;
+    bool resume = false;
+    Shard shard;
     std::string report;  ///< empty: none; - is standard output
     media::WriteOptions writing;
+
+    /// Whether it is recorded beside the outputs how they were made.
+    bool isRecorded() const { return resume || shard.count > 1 || filters.empty(); }
+};
+
+struct VerifyOptions : Selection {
+    std::string output;
+    media::WriteOptions writing;
+};
+
+struct SaveOptions : Selection {
+    std::string project;
 };
 
 struct CountOptions : RunOptions {
@@ -72,15 +98,17 @@ struct CompareOptions {
 
 /// What the user asks for.
 struct CommandLine {
-    enum Command { ShowText, Complete, List, Apply, Count, Check, Sheet, Compare };
+    enum Command { ShowText, Complete, List, Apply, Count, Check, Save, Verify, Sheet, Compare };
 
     Command command = ShowText;
     std::string text;                ///< what ShowText prints: help or the version
     std::vector<std::string> typed;  ///< what Complete goes on with, see Completion.h
     ListOptions list;
-    ApplyOptions apply;
+    ApplyOptions apply;  ///< also to render a project
     CountOptions count;
     Selection check;
+    SaveOptions save;
+    VerifyOptions verify;
     SheetOptions sheet;
     CompareOptions compare;
 };
@@ -88,6 +116,8 @@ struct CommandLine {
 /// Throws UsageError; the message names the nearest valid choice where there is one.
 CommandLine parseCommandLine(const std::vector<std::string>& arguments);
 
+/// LO-HI, auto or each. Throws UsageError.
+media::SampleRange parseRange(const std::string& text);
 /// Options and arguments of a command as parseCommandLine() takes them.
 struct OptionDescription {
     std::vector<std::string> names;  ///< "-o", "--output"; of an argument its word: "INPUT"

@@ -129,13 +129,13 @@ private:
 
 ExitCode runCount(const CountOptions& options, const document::FilterCatalog& catalog,
                   const Messages& messages) {
-    const ChosenFrames chosen = chooseFrames(options, catalog);
+    const ChosenFrames chosen = chooseFrames(options, catalog, messages);
     CountOutputs outputs = openOutputs(options, chosen);
-    warnBeforehand(chosen, options, messages);
+    if (!options.quiet) warnBeforehand(*chosen.source, chosen.frames, messages);
 
     ObjectTable table;
     ObjectTaker taker(options, *chosen.source, outputs, table);
-    const RunResult result = renderChosen(chosen, options, taker, messages);
+    const RunResult result = renderFrames(*chosen.source, chosen.frames, options, taker, messages);
     if (outputs.outlines && result.isWhole()) outputs.outlines->finish();
     result.throwEnding();
     if (outputs.table) outputs.table->write(table.objects());

@@ -13,7 +13,7 @@ namespace render {
 
 /// What became of one frame.
 struct FrameOutcome {
-    enum Status { NotStarted, Finished, Failed };
+    enum Status { NotStarted, UpToDate, Finished, Failed };
 
     std::int64_t frame = 0;
     Status status = NotStarted;

@@ -15,8 +15,10 @@
 #include "host/render/CountCommand.h"
 #include "host/render/ListCommand.h"
 #include "host/render/PluginSession.h"
+#include "host/render/SaveCommand.h"
 #include "host/render/SheetCommand.h"
 #include "host/render/StopSignal.h"
+#include "host/render/VerifyCommand.h"
 
 namespace render {
 
@@ -41,6 +43,7 @@ template <typename Command, typename Options>
 int runOverFrames(Command command, const Options& options, Messages& messages) {
     StopSignal::install();
     if (options.progress == ProgressMode::Json) messages.setStyle(Messages::Style::Events);
+    if (options.quiet) messages.silence();
     const PluginSession session(options.plugin);
     return command(options, session.catalog(), messages);
 }
@@ -60,7 +63,15 @@ int runCommand(const std::vector<std::string>& arguments, Messages& messages) {
             return runOverFrames(runCount, commandLine.count, messages);
         case CommandLine::Check: {
             const PluginSession session(commandLine.check.plugin);
-            return runCheck(commandLine.check, session.catalog());
+            return runCheck(commandLine.check, session.catalog(), messages);
+        }
+        case CommandLine::Save: {
+            const PluginSession session(commandLine.save.plugin);
+            return runSave(commandLine.save, session.catalog(), messages);
+        }
+        case CommandLine::Verify: {
+            const PluginSession session(commandLine.verify.plugin);
+            return runVerify(commandLine.verify, session.catalog(), messages);
         }
         case CommandLine::Sheet: {
             const PluginSession session(commandLine.sheet.plugin);

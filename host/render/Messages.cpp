@@ -14,6 +14,7 @@ void Messages::warning(const std::string& text) const {
 }
 
 void Messages::tell(const char* kind, const std::string& text) const {
+    if (m_isSilent) return;
     const std::string line = media::shown(text);
     if (m_style == Style::Events)
         writeEvent({{"event", kind}, {"message", line}}, stderr);

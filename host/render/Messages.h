@@ -17,6 +17,9 @@ public:
 
     void setStyle(Style style) { m_style = style; }
 
+    /// Nothing but the error is said from now on.
+    void silence() { m_isSilent = true; }
+
     void note(const std::string& text) const;  ///< what a user may want to know, no reason to worry
     void warning(const std::string& text) const;
     void error(const std::string& text, int exitCode) const;
@@ -26,6 +29,7 @@ private:
 
     std::string m_program;
     Style m_style = Style::Lines;
+    bool m_isSilent = false;
 };
 
 }  // namespace render

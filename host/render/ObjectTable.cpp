@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "host/media/file_names.h"
+#include "host/render/csv_field.h"
 
 namespace render {
 
@@ -16,15 +16,6 @@ std::string number(double value) {
     const auto end =
         std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals);
     return std::string(text, end.ptr);
-}
-
-/// A name as a field of CSV (RFC 4180).
-std::string quoted(const std::string& name) {
-    const std::string text = media::shown(name);
-    if (text.find_first_of(",\"") == std::string::npos) return text;
-    std::string field = "\"";
-    for (const char c : text) field += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return field + '"';
 }
 
 std::string measurements(const std::vector<Area>& objects) {
@@ -61,7 +52,7 @@ std::string ObjectTable::frames() const {
     for (const auto& [number, frame] : m_frames)
         text += std::to_string(number) + ',' + std::to_string(frame.objects.size()) + ',' +
                 measurements(frame.objects) + ',' + std::to_string(frame.leftOut) + ',' +
-                quoted(frame.input) + '\n';
+                csvField(frame.input) + '\n';
     return text;
 }
 

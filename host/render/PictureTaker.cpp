@@ -1,22 +1,32 @@
 #include "host/render/PictureTaker.h"
 
 #include "host/imaging/Areas.h"
+#include "host/render/ContentHash.h"
 
 namespace render {
 
 FrameRest PictureTaker::take(const RenderedFrame& rendered) {
-    if (m_objects == Objects::Counted && rendered.showsObjects) {
-        const int count = countWhiteAreas(rendered.image);
+    const std::int64_t frame = rendered.frame;
+    if (m_gathered == Facts::Gathered) {
+        ResultFacts facts;
+        if (rendered.showsObjects) facts.objects = countWhiteAreas(rendered.image);
+        facts.pixels = hashOfPixels(rendered.image);
+        facts.notes = rendered.properties.notes;
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_counts[rendered.frame] = count;
+        m_facts[frame] = std::move(facts);
     }
-    return m_sink.encode(rendered.frame, rendered.image, rendered.properties);
+    FrameRest write = m_sink.encode(frame, rendered.image, rendered.properties);
+    if (!m_book) return write;
+    return [write = std::move(write), book = m_book, frame] {
+        if (write) write();
+        book->recordOutput(frame);
+    };
 }
 
-std::optional<int> PictureTaker::objectsOf(std::int64_t frame) const {
+ResultFacts PictureTaker::factsOf(std::int64_t frame) const {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const auto found = m_counts.find(frame);
-    return found == m_counts.end() ? std::optional<int>() : found->second;
+    const auto found = m_facts.find(frame);
+    return found == m_facts.end() ? ResultFacts() : found->second;
 }
 
 }  // namespace render

@@ -3,31 +3,44 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "host/media/MediaSink.h"
+#include "host/render/OutputBook.h"
 #include "host/render/ResultTaker.h"
 
 namespace render {
 
-/// Writes the results as pictures and, where asked, counts the objects they show.
+/// What a report tells of a result beside its file.
+struct ResultFacts {
+    /// How many objects it shows, -1 when memory for counting ran out; none when it shows none.
+    std::optional<int> objects;
+    std::string pixels;              ///< their hash
+    std::vector<std::string> notes;  ///< what of the input is not in it
+};
+
+/// Writes the results as pictures, records them where asked, and gathers facts about them.
 class PictureTaker : public ResultTaker {
 public:
-    enum class Objects { Ignored, Counted };
+    enum class Facts { Ignored, Gathered };
 
-    PictureTaker(media::MediaSink& sink, Objects objects) : m_sink(sink), m_objects(objects) {}
+    /// book: is told of every output that is complete; null: nobody asks.
+    PictureTaker(media::MediaSink& sink, Facts facts, OutputBook* book = nullptr)
+        : m_sink(sink), m_gathered(facts), m_book(book) {}
 
     FrameRest take(const RenderedFrame& rendered) override;
     bool takesInOrder() const override { return m_sink.writesInOrder(); }
 
-    /// How many objects the result of a frame shows, -1 when memory for counting ran out; none for
-    /// one that shows no objects, or whose objects were not to be counted.
-    std::optional<int> objectsOf(std::int64_t frame) const;
+    /// Of a frame that was taken, if facts were to be gathered; else none.
+    ResultFacts factsOf(std::int64_t frame) const;
 
 private:
     media::MediaSink& m_sink;
-    const Objects m_objects;
+    const Facts m_gathered;
+    OutputBook* const m_book;
     mutable std::mutex m_mutex;
-    std::map<std::int64_t, int> m_counts;
+    std::map<std::int64_t, ResultFacts> m_facts;
 };
 
 }  // namespace render

@@ -1,22 +1,27 @@
 #pragma once
 
-#include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "host/render/FrameRunner.h"
+#include "host/render/PictureTaker.h"
 
 namespace render {
 
-/// How every report begins, blanks and line ends left out.
-extern const char* const kReportBeginning;
+/// What a report tells of one frame.
+struct ReportRow {
+    FrameOutcome outcome;
+    std::string input;
+    std::string output;
+    ResultFacts facts;
+    std::vector<std::string> warnings;
+};
 
-/// What became of every frame, as JSON. The functions name a frame's files and tell how many
-/// objects its result shows, if it shows objects (-1: unknown).
-std::string reportText(const std::vector<FrameOutcome>& outcomes, ExitCode exitCode,
-                       const std::function<std::string(std::int64_t)>& inputPath,
-                       const std::function<std::string(std::int64_t)>& outputPath,
-                       const std::function<std::optional<int>(std::int64_t)>& objects);
+/// How a report of each kind begins, blanks and line ends left out.
+extern const char* const kJsonReportBeginning;
+extern const char* const kCsvReportBeginning;
+
+std::string jsonReport(const std::vector<ReportRow>& rows, ExitCode exitCode);
+std::string csvReport(const std::vector<ReportRow>& rows);
 
 }  // namespace render

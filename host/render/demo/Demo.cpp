@@ -6,12 +6,12 @@
 
 #include "host/document/ContactSheet.h"
 #include "host/document/FilterChain.h"
+#include "host/media/SamplePicture.h"
 #include "host/render/FrameJob.h"
 #include "host/render/Fxrender.h"
 #include "host/render/PictureTaker.h"
 #include "host/render/PluginSession.h"
 #include "host/render/demo/Demonstrations.h"
-#include "host/render/demo/SamplePicture.h"
 
 namespace render {
 
@@ -38,7 +38,7 @@ void renderSample(const QStringList& filters, const QString& sample, const QStri
     const auto source = media::MediaSource::open({QFile::encodeName(sample).toStdString()});
     const auto sink =
         media::MediaSink::open(QFile::encodeName(result).toStdString(), *source, source->frames());
-    PictureTaker pictures(*sink, PictureTaker::Objects::Ignored);
+    PictureTaker pictures(*sink, PictureTaker::Facts::Ignored);
     const auto workers = renderingWorkers(1, RenderRequest{*source, source->frames(), pictures});
     const auto outcomes = runFrames(source->frames(), workers, RunRules(), nullptr, nullptr);
     const FrameOutcome& outcome = outcomes.front();
@@ -53,7 +53,7 @@ int demonstrate(const QString& folderName) {
         throw CommandError(CannotCreate,
                            folderName.toStdString() + ": the folder cannot be made; name another");
     const QString sample = folder.filePath(QStringLiteral("sample.png"));
-    save(samplePicture(), sample);
+    save(media::samplePicture(), sample);
 
     const QImage picture(sample);
     document::ContactSheet sheet;

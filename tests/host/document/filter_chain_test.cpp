@@ -8,12 +8,17 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <random>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "framework/contract/FxKernelApi/HkImageFilter.h"
 #include "host/document/ChainRenderer.h"
 #include "host/document/FilterError.h"
+#include "host/document/FilterSettings.h"
+#include "host/document/Keyframes.h"
+#include "host/kernel/CmdSetChain.h"
 #include "host/kernel/KernelStore.h"
+#include "host/kernel/ParamValue.h"
 #include "host/render/PluginSession.h"
 #include "tests/host/kernel/plugins/TestFilter.h"
 
@@ -218,6 +223,111 @@ TEST_F(FilterChain, AsksAPageWithoutATraceOfIt) {
         EXPECT_EQ(KernelStore::instance().instances(), instances);
         stack.clear();
     }
+}
+
+/// Chains of random filters with random values and keys that their pages could have made.
+class RandomChains {
+public:
+    explicit RandomChains(const document::FilterCatalog& catalog) : m_catalog(catalog) {}
+
+    InstanceState state(int typeId) {
+        const HkKernelObjectDataDescr& descr = m_catalog.descriptor(typeId);
+        InstanceState state = defaultState(descr);
+        for (int index = 0; index < descr.paramCount(); ++index) {
+            InstanceParam& param = state.params[static_cast<std::size_t>(index)];
+            if (upTo(2) > 0) param.base = value(typeId, index);
+            if (descr.param(index).kind == ParamDescr::Constant) continue;
+            for (int keys = upTo(3); keys > 0; --keys) {
+                const bool held = descr.param(index).kind == ParamDescr::Stepped || upTo(1) == 1;
+                param.keys[upTo(40) - 10] = ParamKey{value(typeId, index), held};
+                state.animated = true;
+            }
+        }
+        return state;
+    }
+    int type() {
+        const auto types = KernelStore::instance().types();
+        return types[static_cast<std::size_t>(upTo(static_cast<int>(types.size()) - 1))];
+    }
+    int upTo(int most) { return std::uniform_int_distribution<int>(0, most)(m_random); }
+
+private:
+    QVariant value(int typeId, int index) {
+        const ParamDescr& param = m_catalog.descriptor(typeId).param(index);
+        if (param.type == QMetaType::Bool) return upTo(1) == 1;
+        const auto range = *m_catalog.range(typeId, index);
+        const double number =
+            std::uniform_real_distribution<double>(range.lowest, range.highest)(m_random);
+        return *convertParamValue(number, param.type);
+    }
+
+    const document::FilterCatalog& m_catalog;
+    std::mt19937 m_random{7};
+};
+
+TEST_F(FilterChain, AnyChainWrittenAsTextsRendersAlike) {
+    RandomChains random(s_session->catalog());
+    for (int round = 0; round < 300; ++round) {
+        const int typeId = random.type();
+        const InstanceState state = random.state(typeId);
+        const QString text = document::textFromSettings(typeId, state, s_session->catalog());
+        set({text});
+        const InstanceId id = KernelStore::instance().instances().at(0);
+        ASSERT_EQ(id.typeId, typeId);
+        const InstanceState read = *KernelStore::instance().state(id.objectId);
+        const HkKernelObjectDataDescr& descr = s_session->catalog().descriptor(typeId);
+        for (int index = 0; index < descr.paramCount(); ++index)
+            for (qint64 frame = -12; frame <= 32; ++frame)
+                ASSERT_EQ(valueInForce(read, descr, index, frame),
+                          valueInForce(state, descr, index, frame))
+                    << text.toStdString() << " at frame " << frame;
+        EXPECT_EQ(document::currentFilterTexts(s_session->catalog()), QStringList{text});
+    }
+}
+
+TEST_F(FilterChain, StepsOnTheWholeChainAreTakenBackAndRedoneExactly) {
+    RandomChains random(s_session->catalog());
+    QUndoStack stack;
+    set({"Blur and enhance:Blur=3", "Degauss"});
+    std::vector<std::vector<ChainItem>> history = {currentChain()};
+    for (int step = 0; step < 60; ++step) {
+        std::vector<ChainItem> chain = currentChain();
+        // Removed, changed, new, and brought back from any earlier chain.
+        if (!chain.empty() && random.upTo(2) == 0)
+            chain.erase(chain.begin() + random.upTo(static_cast<int>(chain.size()) - 1));
+        if (!chain.empty() && random.upTo(1) == 0)
+            chain.front().state = random.state(chain.front().id.typeId);
+        const int typeId = random.type();
+        chain.push_back({{typeId, -1}, random.state(typeId)});
+        if (random.upTo(3) == 0)
+            chain = history[static_cast<std::size_t>(
+                random.upTo(static_cast<int>(history.size()) - 1))];
+        const int before = stack.count();
+        stack.push(new CmdSetChain(QStringLiteral("step"), chain));
+        if (stack.count() > before) history.push_back(currentChain());
+    }
+    ASSERT_EQ(history.size(), static_cast<std::size_t>(stack.count()) + 1);
+    for (std::size_t at = history.size(); at-- > 0; stack.undo())
+        EXPECT_EQ(currentChain(), history[at]);
+    for (const auto& chain : history) {
+        EXPECT_EQ(currentChain(), chain);
+        stack.redo();
+    }
+}
+
+TEST_F(FilterChain, MovedKeysReplaceThoseTheyMeetAndNeverGoBelowFrame0) {
+    set({"Blur and enhance:Blur=0=1;5=9;8|=4,Enhance=5|=1"});
+    const InstanceId id = KernelStore::instance().instances().at(0);
+    const InstanceState state = *KernelStore::instance().state(id.objectId);
+    const auto text = [&](const InstanceState& changed) {
+        return document::textFromSettings(id.typeId, changed, s_session->catalog()).toStdString();
+    };
+    EXPECT_EQ(text(document::withKeysMoved(state, {5}, 3)),
+              "Blur and enhance:Enhance=8|=true,Blur=0=1;8=9");
+    EXPECT_EQ(text(document::withKeysMoved(state, {5, 8}, -7)),
+              "Blur and enhance:Enhance=0|=true,Blur=0=9;3|=4");
+    EXPECT_EQ(text(document::withKeyAt(state, s_session->catalog().descriptor(id.typeId), 10)),
+              "Blur and enhance:Enhance=5|=true;10|=true,Blur=0=1;5=9;8|=4;10|=4");
 }
 
 }  // namespace

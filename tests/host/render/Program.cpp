@@ -7,6 +7,7 @@
 
 #include <QDirIterator>
 #include <QFile>
+#include <QThreadPool>
 #include <algorithm>
 #include <cstring>
 
@@ -39,6 +40,8 @@ int become(const Arguments& commandLine) {
 
 RunningProgram::RunningProgram(const std::function<int()>& main, const QString& workingFolder) {
     std::fflush(nullptr);  // or the child would write it, too
+    // Or the child would wait for threads that the fork left behind.
+    QThreadPool::globalInstance()->waitForDone();
     m_pid = fork();
     EXPECT_GE(m_pid, 0);
     if (m_pid != 0) return;

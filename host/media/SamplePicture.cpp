@@ -1,10 +1,10 @@
-#include "host/render/demo/SamplePicture.h"
+#include "host/media/SamplePicture.h"
 
 #include <QPainter>
 #include <cmath>
 #include <random>
 
-namespace render {
+namespace media {
 
 namespace {
 
@@ -158,4 +158,4 @@ QImage samplePicture() {
     return image;
 }
 
-}  // namespace render
+}  // namespace media

@@ -2,7 +2,7 @@
 
 #include <QImage>
 
-namespace render {
+namespace media {
 
 /// The demonstration's picture, 640 x 480 RGB, the same on every run. Each part shows what one of
 /// the filters is for: bright discs on black that touch (separation, morphology), a rainbow
@@ -10,4 +10,4 @@ namespace render {
 /// (sharpening), grain and specks (blur, open and close). Needs a QGuiApplication.
 QImage samplePicture();
 
-}  // namespace render
+}  // namespace media

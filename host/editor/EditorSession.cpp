@@ -1,0 +1,39 @@
+#include "host/editor/EditorSession.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <stdexcept>
+
+#include "host/kernel/KernelStore.h"
+
+namespace editor {
+
+namespace {
+
+QString ownPlugin() {
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() +
+                           QStringLiteral("/../plugins/libBasicFiltersPlugin.so"));
+}
+
+}  // namespace
+
+EditorSession::EditorSession(const QString& pluginFile)
+    : m_toolBox(new QToolBox), m_loader({&m_undoStack, nullptr, m_toolBox}) {
+    QString error;
+    if (!m_loader.load(pluginFile.isEmpty() ? ownPlugin() : pluginFile, &error)) {
+        delete m_toolBox;
+        throw std::runtime_error(error.toStdString());
+    }
+    // The ranges are found by editing on a specimen: that is done before there is anything to undo.
+    for (const int typeId : KernelStore::instance().types())
+        for (int index = 0; index < m_catalog.descriptor(typeId).paramCount(); ++index)
+            m_catalog.range(typeId, index);
+}
+
+EditorSession::~EditorSession() {
+    m_undoStack.clear();
+    KernelStore::instance().clear();
+    delete m_toolBox;
+}
+
+}  // namespace editor

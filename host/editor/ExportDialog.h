@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QDialog>
+#include <functional>
+
+#include "host/editor/ExportProcess.h"
+
+class QLabel;
+class QLineEdit;
+class QProgressBar;
+class QPushButton;
+
+namespace editor {
+
+/// Where the rendered frames go, and how far they are. The window stays usable meanwhile; what is
+/// edited then does not change the export.
+class ExportDialog : public QDialog {
+    Q_OBJECT
+
+public:
+    /// argumentsFor makes the renderer's arguments for an output.
+    using ArgumentsFor = std::function<QStringList(const QString& output)>;
+
+    ExportDialog(const QString& proposal, bool isSequence, ArgumentsFor argumentsFor,
+                 QWidget* parent = nullptr);
+
+    void setOutput(const QString& output);
+    void start();
+    bool isRunning() const { return m_process.isRunning(); }
+
+signals:
+    void exported(const QString& output);
+
+protected:
+    void reject() override;  ///< asks the renderer to stop first
+
+private:
+    void browse();
+    void showProgress(int done, int total, double secondsLeft);
+    void showEnd(bool cancelled, const QString& message);
+
+    ArgumentsFor m_argumentsFor;
+    bool m_isSequence;
+    ExportProcess m_process;
+    QLineEdit* m_output;
+    QPushButton* m_browse;
+    QPushButton* m_start;
+    QPushButton* m_close;
+    QProgressBar* m_bar;
+    QLabel* m_status;
+};
+
+}  // namespace editor

@@ -1,0 +1,65 @@
+#include "host/editor/MessageBar.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+
+#include "framework/contract/FxKernelApi/HkFilterManipulator.h"
+#include "host/editor/Glyphs.h"
+#include "host/kernel/KernelStore.h"
+
+namespace editor {
+
+namespace {
+
+QString titleOf(int objectId) {
+    const KernelStore& store = KernelStore::instance();
+    for (const InstanceId& id : store.instances())
+        if (id.objectId == objectId) return store.manipulator(id.typeId)->filterTitle();
+    return QString();
+}
+
+}  // namespace
+
+MessageBar::MessageBar(EditorState& state, QWidget* parent) : QFrame(parent), m_state(state) {
+    setObjectName(QStringLiteral("messageBar"));
+    setAccessibleName(tr("Warnings"));
+    m_layout = new QVBoxLayout(this);
+    m_layout->setContentsMargins(8, 4, 8, 4);
+    m_layout->setSpacing(2);
+    connect(&state, &EditorState::previewChanged, this, &MessageBar::showMessages);
+    hide();
+}
+
+void MessageBar::showMessages() {
+    const Preview& preview = *m_state.preview();
+    QStringList messages;
+    if (!preview.problem.isEmpty())
+        messages << (preview.after ? tr("Shown without filters: %1").arg(preview.problem)
+                                   : preview.problem);
+    for (const Objection& objection : preview.objections)
+        messages << titleOf(objection.objectId) + QStringLiteral(": ") + objection.text;
+    if (messages == m_messages) return;
+    m_messages = messages;
+    while (QLayoutItem* item = m_layout->takeAt(0)) {
+        item->widget()->deleteLater();
+        delete item;
+    }
+    for (const QString& message : m_messages) {
+        auto* line = new QWidget(this);
+        auto* icon = new QLabel(line);
+        icon->setPixmap(glyphIcon(Glyph::Warning).pixmap(16, 16));
+        auto* text = new QLabel(message, line);
+        text->setTextFormat(Qt::PlainText);
+        text->setWordWrap(true);
+        text->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        auto* layout = new QHBoxLayout(line);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->addWidget(icon, 0, Qt::AlignTop);
+        layout->addWidget(text, 1);
+        m_layout->addWidget(line);
+    }
+    setVisible(!m_messages.isEmpty());
+}
+
+}  // namespace editor

@@ -1,0 +1,292 @@
+#include "host/editor/PictureView.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+#include <QWheelEvent>
+#include <algorithm>
+#include <cmath>
+
+#include "host/editor/PictureImage.h"
+#include "host/editor/Theme.h"
+
+namespace editor {
+
+namespace {
+
+constexpr double kSmallestZoom = 1.0 / 64, kLargestZoom = 64;
+constexpr double kWipeReach = 6;  // how near the pointer must be to take hold of the line
+
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+QPointF positionOf(const QMouseEvent* event) {
+    return event->localPos();
+}
+#else
+QPointF positionOf(const QMouseEvent* event) {
+    return event->position();
+}
+#endif
+
+/// Shows where a picture lets things behind it through.
+void drawChequers(QPainter& painter, const QRectF& area) {
+    QPixmap tile(16, 16);
+    tile.fill(QColor(0xa0, 0xa0, 0xa0));
+    QPainter squares(&tile);
+    squares.fillRect(0, 0, 8, 8, QColor(0x80, 0x80, 0x80));
+    squares.fillRect(8, 8, 8, 8, QColor(0x80, 0x80, 0x80));
+    squares.end();
+    painter.fillRect(area, QBrush(tile));
+}
+
+}  // namespace
+
+PictureView::PictureView(EditorState& state, QWidget* parent) : QWidget(parent), m_state(state) {
+    setObjectName(QStringLiteral("pictureView"));
+    setMouseTracking(true);
+    setFocusPolicy(Qt::ClickFocus);
+    setAccessibleName(tr("Picture"));
+    const auto refresh = [this] { update(); };
+    connect(&state, &EditorState::previewChanged, this, refresh);
+    connect(&state, &EditorState::previewChanged, this, &PictureView::describe);
+    connect(&state, &EditorState::viewChanged, this, refresh);
+    connect(&state, &EditorState::comparisonChanged, this, refresh);
+}
+
+void PictureView::setShowsBefore(bool on) {
+    if (on == m_showsBefore) return;
+    m_showsBefore = on;
+    update();
+}
+
+void PictureView::describe() {
+    const Preview& preview = *m_state.preview();
+    setAccessibleDescription(preview.after ? tr("Frame %1, %2 × %3 pixels")
+                                                 .arg(preview.frame)
+                                                 .arg(preview.width)
+                                                 .arg(preview.height)
+                                           : tr("Nothing is open"));
+}
+
+// --- Where things are ---
+
+QRectF PictureView::paneOf(int index) const {
+    const QRectF all = rect();
+    if (!isSideBySide()) return all;
+    const double gap = 2;
+    const double half = (all.width() - gap) / 2;
+    return QRectF(index == 0 ? 0 : half + gap, 0, half, all.height());
+}
+
+QRectF PictureView::paneAt(QPointF position) const {
+    return isSideBySide() && position.x() >= paneOf(1).left() ? paneOf(1) : paneOf(0);
+}
+
+double PictureView::effectiveZoom() const {
+    if (m_state.zoom() > 0) return m_state.zoom();
+    const Preview& preview = *m_state.preview();
+    if (preview.width < 1 || preview.height < 1) return 1;
+    const QRectF pane = paneOf(0);
+    const double margin = 16;
+    const double fitting = std::min((pane.width() - margin) / preview.width,
+                                    (pane.height() - margin) / preview.height) *
+                           devicePixelRatioF();
+    // A small picture is not blown up beyond what still looks like a picture.
+    return std::clamp(fitting, kSmallestZoom, 4.0);
+}
+
+QRectF PictureView::targetIn(const QRectF& pane) const {
+    const Preview& preview = *m_state.preview();
+    const double scale = effectiveZoom() / devicePixelRatioF();
+    const QSizeF size(preview.width * scale, preview.height * scale);
+    const QPointF centre = m_state.zoom() > 0 ? m_state.centre() : QPointF(0.5, 0.5);
+    QPointF corner(pane.center().x() - centre.x() * size.width(),
+                   pane.center().y() - centre.y() * size.height());
+    // On whole device pixels: at 100 % every pixel of the picture is one of the screen.
+    const double ratio = devicePixelRatioF();
+    corner =
+        QPointF(std::round(corner.x() * ratio) / ratio, std::round(corner.y() * ratio) / ratio);
+    return QRectF(corner, size);
+}
+
+QPointF PictureView::pictureAt(QPointF position) const {
+    const QRectF target = targetIn(paneAt(position));
+    if (target.isEmpty()) return {-1, -1};
+    return {(position.x() - target.left()) / target.width(),
+            (position.y() - target.top()) / target.height()};
+}
+
+double PictureView::wipeX() const {
+    const QRectF target = targetIn(paneOf(0));
+    return std::clamp(target.left() + m_wipe * target.width(), 0.0, width() - 1.0);
+}
+
+bool PictureView::isOnWipe(QPointF position) const {
+    return m_state.comparison() == Comparison::Wipe && m_state.preview()->after &&
+           std::abs(position.x() - wipeX()) <= kWipeReach;
+}
+
+// --- Painting ---
+
+void PictureView::drawPicture(QPainter& painter, const Picture& picture, const QRectF& pane,
+                              Scaled& scaled) {
+    const QImage image = imageOf(picture);
+    if (image.isNull()) return;
+    const QRectF target = targetIn(pane);
+    painter.save();
+    painter.setClipRect(pane, Qt::IntersectClip);
+    if (image.hasAlphaChannel()) drawChequers(painter, target);
+    const double ratio = devicePixelRatioF();
+    const QSize size = (target.size() * ratio).toSize();
+    if (size.width() < image.width() && size.width() > 0 && size.height() > 0) {
+        // Reduced, every pixel of the picture counts; the painter would only look at some of them.
+        if (scaled.of != picture || scaled.size != size)
+            scaled = {picture, size,
+                      image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)};
+        painter.drawImage(target, scaled.image);
+    } else {
+        // Enlarged, pixels are squares; a reduced picture stands in for a larger one and is smooth.
+        painter.setRenderHint(QPainter::SmoothPixmapTransform, m_state.preview()->reduction > 1);
+        painter.drawImage(target, image);
+    }
+    painter.restore();
+}
+
+void PictureView::drawLabel(QPainter& painter, const QRectF& pane, Qt::Alignment place,
+                            const QString& text) {
+    if (text.isEmpty()) return;
+    const double margin = 8, padding = 6;
+    const QSizeF size = fontMetrics().size(Qt::TextSingleLine, text) + QSizeF(2 * padding, padding);
+    QRectF box(pane.topLeft() + QPointF(margin, margin), size);
+    if (place & Qt::AlignRight) box.moveRight(pane.right() - margin);
+    if (place & Qt::AlignBottom) box.moveBottom(pane.bottom() - margin);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(0, 0, 0, 160));
+    painter.drawRoundedRect(box, 3, 3);
+    painter.setPen(Qt::white);
+    painter.drawText(box, Qt::AlignCenter, text);
+    painter.restore();
+}
+
+void PictureView::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), pictureSurroundings());
+    const Preview& preview = *m_state.preview();
+    if (!preview.after) {
+        painter.setPen(palette().color(QPalette::WindowText));
+        painter.drawText(rect().adjusted(24, 24, -24, -24), Qt::AlignCenter | Qt::TextWordWrap,
+                         preview.problem);
+        return;
+    }
+    const Comparison comparison = m_state.comparison();
+    const QRectF pane = paneOf(0);
+    const auto topRight = Qt::AlignTop | Qt::AlignRight;
+    if (isSideBySide()) {
+        drawPicture(painter, preview.before, pane, m_scaledBefore);
+        drawPicture(painter, preview.after, paneOf(1), m_scaledAfter);
+        drawLabel(painter, pane, Qt::AlignTop, tr("Before"));
+        drawLabel(painter, paneOf(1), Qt::AlignTop, tr("After"));
+    } else if (m_showsBefore) {
+        drawPicture(painter, preview.before, pane, m_scaledBefore);
+        drawLabel(painter, pane, Qt::AlignTop, tr("Before"));
+    } else if (comparison == Comparison::Wipe) {
+        const double x = wipeX();
+        drawPicture(painter, preview.after, pane, m_scaledAfter);
+        painter.save();
+        painter.setClipRect(QRectF(0, 0, x, height()));
+        painter.fillRect(rect(), pictureSurroundings());
+        drawPicture(painter, preview.before, pane, m_scaledBefore);
+        painter.restore();
+        painter.fillRect(QRectF(x - 1.5, 0, 3, height()), QColor(0, 0, 0, 90));
+        painter.fillRect(QRectF(x - 0.5, 0, 1, height()), Qt::white);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(QColor(0, 0, 0, 120), 1));
+        painter.setBrush(Qt::white);
+        painter.drawEllipse(QPointF(x, height() / 2.0), 6, 6);
+        drawLabel(painter, pane, Qt::AlignTop, tr("Before"));
+        drawLabel(painter, pane, topRight, tr("After"));
+    } else {
+        drawPicture(painter, preview.display, pane, m_scaledAfter);
+        if (comparison == Comparison::Difference)
+            drawLabel(painter, pane, Qt::AlignTop, tr("Difference × 4"));
+        if (comparison == Comparison::Objects && preview.display == preview.after)
+            drawLabel(painter, pane, Qt::AlignTop,
+                      tr("No objects to colour: the picture is not one of areas"));
+    }
+    if (preview.reduction > 1)
+        drawLabel(painter, rect(), Qt::AlignBottom | Qt::AlignRight,
+                  tr("1/%1 size while dragging").arg(preview.reduction));
+}
+
+// --- Gestures ---
+
+void PictureView::zoomTo(double zoom, QPointF fixed) {
+    zoom = std::clamp(zoom, kSmallestZoom, kLargestZoom);
+    const QPointF point = pictureAt(fixed);
+    const QPointF middle = paneAt(fixed).center();
+    const Preview& preview = *m_state.preview();
+    if (preview.width < 1 || preview.height < 1) return;
+    const double scale = zoom / devicePixelRatioF();
+    // The point under the pointer stays there.
+    m_state.setZoom(zoom);
+    m_state.setCentre(point + QPointF((middle.x() - fixed.x()) / (preview.width * scale),
+                                      (middle.y() - fixed.y()) / (preview.height * scale)));
+}
+
+void PictureView::zoomBy(double factor) {
+    zoomTo(effectiveZoom() * factor, paneOf(0).center());
+}
+
+void PictureView::wheelEvent(QWheelEvent* event) {
+    const double notch = 120;
+    zoomTo(effectiveZoom() * std::pow(1.25, event->angleDelta().y() / notch), event->position());
+    event->accept();
+}
+
+void PictureView::mousePressEvent(QMouseEvent* event) {
+    m_dragStart = positionOf(event);
+    m_dragCentre = m_state.zoom() > 0 ? m_state.centre() : QPointF(0.5, 0.5);
+    if (event->button() == Qt::LeftButton && isOnWipe(m_dragStart))
+        m_drag = Drag::Wipe;
+    else if (event->button() == Qt::LeftButton || event->button() == Qt::MiddleButton)
+        m_drag = Drag::Pan;
+    if (m_drag == Drag::Pan && m_state.zoom() > 0) setCursor(Qt::ClosedHandCursor);
+}
+
+void PictureView::mouseMoveEvent(QMouseEvent* event) {
+    const QPointF position = positionOf(event);
+    const Preview& preview = *m_state.preview();
+    const QRectF target = targetIn(paneOf(0));
+    if (m_drag == Drag::Wipe && target.width() > 0) {
+        m_wipe = std::clamp((position.x() - target.left()) / target.width(), 0.0, 1.0);
+        update();
+    } else if (m_drag == Drag::Pan && m_state.zoom() > 0 && !target.isEmpty()) {
+        const QPointF moved = position - m_dragStart;
+        m_state.setCentre(m_dragCentre -
+                          QPointF(moved.x() / target.width(), moved.y() / target.height()));
+    } else if (m_drag == Drag::None) {
+        setCursor(isOnWipe(position) ? Qt::SplitHCursor : Qt::ArrowCursor);
+    }
+    const QPointF point = pictureAt(position);
+    m_state.setProbe(QPoint(static_cast<int>(std::floor(point.x() * preview.width)),
+                            static_cast<int>(std::floor(point.y() * preview.height))));
+}
+
+void PictureView::mouseReleaseEvent(QMouseEvent*) {
+    m_drag = Drag::None;
+    setCursor(Qt::ArrowCursor);
+}
+
+void PictureView::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton || isOnWipe(positionOf(event))) return;
+    if (m_state.zoom() > 0)
+        m_state.setZoom(0);
+    else
+        zoomTo(1, positionOf(event));
+}
+
+void PictureView::leaveEvent(QEvent*) {
+    m_state.setProbe({-1, -1});
+}
+
+}  // namespace editor

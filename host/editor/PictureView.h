@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QImage>
+#include <QWidget>
+
+#include "host/editor/EditorState.h"
+
+namespace editor {
+
+/// Shows the picture: fitted or at any zoom, beside or over the one before it.
+///
+/// Mouse: the wheel zooms to the pointer, dragging moves the picture, the wipe line follows a drag
+/// of its own, a double click switches between fitted and 100 %. The pointer is the probe.
+class PictureView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit PictureView(EditorState& state, QWidget* parent = nullptr);
+
+    /// Shows the picture before the filters as long as it is set.
+    void setShowsBefore(bool on);
+    bool showsBefore() const { return m_showsBefore; }
+
+    void zoomBy(double factor);    ///< about the middle
+    double effectiveZoom() const;  ///< device pixels per pixel, also when fitted
+
+    QSize minimumSizeHint() const override { return {240, 180}; }
+    QSize sizeHint() const override { return {960, 640}; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+
+private:
+    /// A picture drawn to size once and then only copied.
+    struct Scaled {
+        Picture of;
+        QSize size;
+        QImage image;
+    };
+
+    bool isSideBySide() const { return m_state.comparison() == Comparison::SideBySide; }
+    QRectF paneOf(int index) const;             ///< in widget coordinates
+    QRectF targetIn(const QRectF& pane) const;  ///< where the whole picture lies
+    QRectF paneAt(QPointF position) const;
+    QPointF pictureAt(QPointF position) const;  ///< 0 ... 1 on both axes
+    double wipeX() const;
+    bool isOnWipe(QPointF position) const;
+    void zoomTo(double zoom, QPointF fixed);
+    void drawPicture(QPainter& painter, const Picture& picture, const QRectF& pane, Scaled& scaled);
+    void drawLabel(QPainter& painter, const QRectF& pane, Qt::Alignment place, const QString& text);
+    void describe();
+
+    EditorState& m_state;
+    bool m_showsBefore = false;
+    double m_wipe = 0.5;  ///< share of the picture's width that shows what was before
+    enum class Drag { None, Pan, Wipe } m_drag = Drag::None;
+    QPointF m_dragStart, m_dragCentre;
+    Scaled m_scaledBefore, m_scaledAfter;
+};
+
+}  // namespace editor

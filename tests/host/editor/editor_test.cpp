@@ -1,0 +1,341 @@
+// Drives the real window, offscreen, with the events a person makes.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QClipboard>
+#include <QDir>
+#include <QImage>
+#include <QLabel>
+#include <QPainter>
+#include <QProcess>
+#include <QPushButton>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolButton>
+#include <QUndoStack>
+#include <memory>
+
+#include "host/document/ChainRenderer.h"
+#include "host/editor/EditorSession.h"
+#include "host/editor/ExportDialog.h"
+#include "host/editor/Journal.h"
+#include "host/editor/MessageBar.h"
+#include "host/editor/PictureImage.h"
+#include "host/editor/PictureView.h"
+#include "host/editor/SweepDialog.h"
+#include "host/editor/TimelineView.h"
+#include "host/kernel/CmdSetChain.h"
+#include "tests/host/editor/EditorDriver.h"
+
+namespace {
+
+const int kMinute = 60000;
+
+/// A colourful frame that differs from number to number and has edges for every filter.
+QImage drawnFrame(int number) {
+    QImage image(96, 64, QImage::Format_RGB888);
+    image.fill(QColor(20 + 5 * number, 40, 60));
+    QPainter painter(&image);
+    for (int i = 0; i < 12; ++i)
+        painter.fillRect((i * 37 + number * 7) % 80, (i * 23) % 50, 9 + i % 4, 7 + i % 5,
+                         QColor::fromHsv(i * 30, 200, 250 - 9 * i));
+    return image;
+}
+
+class Editor : public ::testing::Test {
+protected:
+    Editor() {
+        // Nothing of the user's settings is read or changed.
+        qputenv("XDG_CONFIG_HOME", folder.path().toUtf8());
+        qputenv("XDG_DATA_HOME", folder.path().toUtf8());
+        QApplication::setApplicationName(QStringLiteral("fxeditor"));
+        QDir().mkpath(at("shots"));
+        for (int number = 0; number < 5; ++number)
+            drawnFrame(number).save(at(QStringLiteral("shots/shot_%1.png").arg(number)));
+        session = std::make_unique<editor::EditorSession>(QStringLiteral(FX_PLUGIN));
+        newWindow();
+    }
+
+    void newWindow() {
+        driver.reset();
+        window.reset();
+        window = std::make_unique<editor::MainWindow>(*session);
+        driver = std::make_unique<EditorDriver>(*window);
+        window->resize(1200, 800);
+        window->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    }
+    void open(const QString& name) {
+        ASSERT_TRUE(window->open({at(name)}));
+        ASSERT_TRUE(driver->settle());
+    }
+    QString at(const QString& name) const { return folder.filePath(name); }
+    QUndoStack& undoStack() { return session->undoStack(); }
+    QImage shown() {
+        EXPECT_TRUE(driver->settle());
+        return editor::imageOf(window->state().preview()->after)
+            .convertToFormat(QImage::Format_RGB888);
+    }
+    InstanceState state(int objectId) { return *KernelStore::instance().state(objectId); }
+
+    QTemporaryDir folder;
+    std::unique_ptr<editor::EditorSession> session;
+    std::unique_ptr<editor::MainWindow> window;
+    std::unique_ptr<EditorDriver> driver;
+};
+
+TEST_F(Editor, WhatIsEditedIsShownSavedReopenedAndExportedAlike) {
+    open(QStringLiteral("shots"));
+    const QImage source = shown();
+    EXPECT_EQ(source, drawnFrame(0));
+    const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
+    auto* slider = &driver->control<QSlider>(blur, "theSlBlur");
+    const int before = slider->value();
+    driver->dragSlider(*slider, 9);
+    EXPECT_EQ(slider->value(), 9);
+    EXPECT_EQ(undoStack().count(), 2) << "a drag is one step";
+    const QImage blurred = shown();
+    EXPECT_NE(blurred, source);
+
+    driver->trigger("actUndo");
+    EXPECT_EQ(slider->value(), before);
+    EXPECT_NE(shown(), blurred);
+    driver->trigger("actRedo");
+    EXPECT_EQ(slider->value(), 9);
+    EXPECT_EQ(shown(), blurred);
+    EXPECT_EQ(undoStack().count(), 2) << "showing a value is not an edit";
+
+    driver->click(driver->control<QToolButton>(blur, "theTbAnimate"));
+    window->state().setCurrentFrame(4);
+    driver->dragSlider(*slider, 1);
+    EXPECT_EQ(document::keyFrames(state(blur)), (document::FrameSet{0, 4}));
+    window->state().setCurrentFrame(2);
+    EXPECT_EQ(slider->value(), 5) << "half way between the keys";
+    const QImage halfWay = shown();
+
+    EXPECT_TRUE(window->isWindowModified());
+    ASSERT_TRUE(window->saveAs(at(QStringLiteral("saved.fxp"))));
+    EXPECT_FALSE(window->isWindowModified());
+    const InstanceState saved = state(blur);
+    newWindow();
+    open(QStringLiteral("saved.fxp"));
+    const std::vector<ChainItem> chain = currentChain();
+    ASSERT_EQ(chain.size(), 1u);
+    EXPECT_EQ(chain.front().state, saved);
+    window->state().setCurrentFrame(2);
+    EXPECT_EQ(shown(), halfWay);
+
+    driver->trigger("actCopyCommand");
+    driver->trigger("actExport");
+    auto& dialog = driver->child<editor::ExportDialog>("exportDialog");
+    dialog.setOutput(at(QStringLiteral("exported/")));
+    driver->click(driver->child<QPushButton>("exportStart"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !dialog.isRunning(); }, kMinute));
+    // The line on the clipboard is for a shell.
+    const QString command = QString(QApplication::clipboard()->text())
+                                .replace(QStringLiteral("fxrender"), QStringLiteral(FXRENDER))
+                                .replace(QStringLiteral("OUTPUT"), at(QStringLiteral("rendered/")));
+    ASSERT_EQ(QProcess::execute(QStringLiteral("sh"), {QStringLiteral("-c"), command}), 0)
+        << command.toStdString();
+    const QImage exportedPicture(at(QStringLiteral("exported/shot_2.png")));
+    EXPECT_EQ(exportedPicture.convertToFormat(QImage::Format_RGB888), halfWay);
+    for (int number = 0; number < 5; ++number) {
+        const QString name = QStringLiteral("/shot_%1.png").arg(number);
+        QFile exported(at(QStringLiteral("exported") + name));
+        QFile rendered(at(QStringLiteral("rendered") + name));
+        ASSERT_TRUE(exported.open(QIODevice::ReadOnly) && rendered.open(QIODevice::ReadOnly))
+            << dialog.findChild<QLabel*>(QStringLiteral("exportStatus"))->text().toStdString();
+        EXPECT_EQ(exported.readAll(), rendered.readAll());
+    }
+}
+
+TEST_F(Editor, EntriesAreReorderedDuplicatedAndShownStageByStage) {
+    open(QStringLiteral("shots"));
+    const int grey = driver->addFilter(QStringLiteral("Channel separation"));
+    const QImage greyPicture = shown();
+    const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
+    driver->dragSlider(driver->control<QSlider>(blur, "theSlBlur"), 7);
+    const QImage result = shown();
+
+    const auto row = [&](int objectId) { return driver->entry(objectId).parentWidget(); };
+    driver->click(*row(grey)->findChild<QToolButton*>(QStringLiteral("theTbShow")));
+    EXPECT_EQ(shown(), greyPicture) << "the picture after the first filter";
+    window->state().setShownStage(editor::kSourceStage);
+    EXPECT_EQ(shown(), drawnFrame(0));
+    window->state().setShownStage(editor::kResultStage);
+    EXPECT_EQ(shown(), result);
+
+    QWidget* grip = row(blur)->findChild<QWidget*>(QStringLiteral("grip"));
+    const QPoint above = grip->mapFromGlobal(row(grey)->mapToGlobal(QPoint(5, 2)));
+    QTest::mousePress(grip, Qt::LeftButton, {}, QPoint(5, 5));
+    QMouseEvent move(QEvent::MouseMove, above, grip->mapToGlobal(above), Qt::NoButton,
+                     Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(grip, &move);
+    QTest::mouseRelease(grip, Qt::LeftButton, {}, above);
+    EXPECT_EQ(KernelStore::instance().positionOf(blur), 0);
+
+    row(blur)->setFocus();
+    QTest::keyClick(row(blur), Qt::Key_D, Qt::ControlModifier);
+    ASSERT_EQ(currentChain().size(), 3u);
+    EXPECT_EQ(currentChain()[1].state, state(blur));
+    QTest::keyClick(row(blur), Qt::Key_Delete);
+    EXPECT_EQ(currentChain().size(), 2u);
+    while (undoStack().canUndo()) undoStack().undo();
+    EXPECT_EQ(shown(), drawnFrame(0));
+    while (undoStack().canRedo()) undoStack().redo();
+    EXPECT_EQ(currentChain().size(), 2u);
+}
+
+TEST_F(Editor, KeysAreMovedSelectedDeletedAndPastedInTheTimeline) {
+    open(QStringLiteral("shots"));
+    const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
+    driver->click(driver->control<QToolButton>(blur, "theTbAnimate"));
+    window->state().setCurrentFrame(3);
+    driver->dragSlider(driver->control<QSlider>(blur, "theSlBlur"), 13);
+    auto& timeline = driver->child<editor::TimelineView>("timelineView");
+    const InstanceState original = state(blur);
+
+    const auto drag = [&](QPoint from, QPoint to) {
+        QTest::mousePress(&timeline, Qt::LeftButton, {}, from);
+        QMouseEvent move(QEvent::MouseMove, to, timeline.mapToGlobal(to), Qt::NoButton,
+                         Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&timeline, &move);
+        QTest::mouseRelease(&timeline, Qt::LeftButton, {}, to);
+    };
+    drag(timeline.placeOf(blur, 3), timeline.placeOf(blur, 4));
+    EXPECT_EQ(document::keyFrames(state(blur)), (document::FrameSet{0, 4}));
+    undoStack().undo();
+    EXPECT_EQ(state(blur), original);
+
+    drag(timeline.placeOf(blur, 0) - QPoint(9, 9), timeline.placeOf(blur, 3) + QPoint(9, 9));
+    QTest::keyClick(&timeline, Qt::Key_C, Qt::ControlModifier);
+    const QString text = QApplication::clipboard()->text();
+    EXPECT_EQ(text.toStdString(), "Blur and enhance:Enhance=0|=false,Blur=0=1;3=13");
+    QTest::keyClick(&timeline, Qt::Key_Delete);
+    EXPECT_TRUE(document::keyFrames(state(blur)).empty());
+    EXPECT_EQ(state(blur).params[2].base, 13) << "nothing jumps when the last key goes";
+    window->state().setCurrentFrame(1);
+    QTest::keyClick(&timeline, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(document::keyFrames(state(blur)), (document::FrameSet{1, 4}));
+
+    // Into another filter by parameter name; what has no place there is said.
+    const int threshold = driver->addFilter(QStringLiteral("Adaptive threshold"));
+    driver->click(driver->control<QToolButton>(threshold, "theTbAnimate"));
+    const InstanceState untouched = state(threshold);
+    QString notice;
+    QObject::connect(&timeline, &editor::TimelineView::noticed, &timeline,
+                     [&](const QString& message) { notice = message; });
+    QTest::mouseClick(&timeline, Qt::LeftButton, {}, timeline.placeOf(threshold, 1));
+    QTest::keyClick(&timeline, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_TRUE(notice.contains(QStringLiteral("none of the copied keys"))) << notice.toStdString();
+    EXPECT_EQ(state(threshold), untouched);
+}
+
+TEST_F(Editor, AClickOnTheSheetSetsTheValueAndNothingOfTheTrialsStays) {
+    open(QStringLiteral("shots"));
+    const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
+    const int objects = KernelStore::instance().liveObjectCount();
+    window->showSweep(blur);
+    auto* sweep = &driver->child<editor::SweepDialog>("sweepDialog");
+    sweep->setCount(4);  // 1, 5, 9, 13
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sweep->isComplete(); }, kMinute));
+    auto* sheet = sweep->findChild<QWidget*>(QStringLiteral("sweepSheet"));
+    const QPoint third = sweep->cellRect(2).center() - sheet->pos();
+    const QPointer<editor::SweepDialog> gone(sweep);
+    QTest::mouseClick(sheet, Qt::LeftButton, {}, third);
+    EXPECT_EQ(state(blur).params[2].base, 9);
+    EXPECT_EQ(undoStack().count(), 2);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return gone.isNull(); }, kMinute));
+    EXPECT_EQ(KernelStore::instance().liveObjectCount(), objects);
+
+    // Versions A and B of the chain on one key.
+    driver->trigger("actToggleAB");
+    driver->addFilter(QStringLiteral("Channel separation"));
+    driver->trigger("actToggleAB");
+    EXPECT_EQ(currentChain().size(), 1u);
+    driver->trigger("actToggleAB");
+    EXPECT_EQ(currentChain().size(), 2u);
+}
+
+TEST_F(Editor, ACrashedProjectComesBackUnderItsPathAndCountsAsChanged) {
+    open(QStringLiteral("shots"));
+    const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
+    ASSERT_TRUE(window->saveAs(at(QStringLiteral("work.fxp"))));
+    driver->dragSlider(driver->control<QSlider>(blur, "theSlBlur"), 11);
+    const std::vector<ChainItem> lost = currentChain();
+    window->journal().writeNow();
+    // What a program leaves that ends here: its journal, and nobody who holds the lock.
+    const QString left = QDir(editor::Journal::folder()).filePath(QStringLiteral("left.journal"));
+    ASSERT_TRUE(QFile::copy(window->journal().file(), left));
+    newWindow();
+
+    const auto found = window->journal().findLeft();
+    ASSERT_EQ(found.size(), 1u) << "that of the running window is not one of them";
+    QFile file(at(QStringLiteral("work.fxp")));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray onDisk = file.readAll();
+    EXPECT_TRUE(window->document().recover(found[0].project, found[0].path).isEmpty());
+    EXPECT_EQ(window->document().path(), at(QStringLiteral("work.fxp")));
+    EXPECT_TRUE(window->document().isModified());
+    ASSERT_EQ(currentChain().size(), 1u);
+    EXPECT_EQ(currentChain()[0].state, lost[0].state);
+    file.seek(0);
+    EXPECT_EQ(file.readAll(), onDisk) << "recovery overwrites nothing";
+
+    // Saved, there is nothing to lose and no journal.
+    ASSERT_TRUE(window->save());
+    window->journal().writeNow();
+    EXPECT_FALSE(QFile::exists(window->journal().file()));
+}
+
+TEST_F(Editor, WhatIsWrongIsSaidWhereItIs) {
+    open(QStringLiteral("shots"));
+    const int separator = driver->addFilter(QStringLiteral("Object separator"));
+    auto& bar = driver->child<editor::MessageBar>("messageBar");
+    ASSERT_TRUE(driver->settle());
+    ASSERT_EQ(bar.messages().size(), 1);
+    EXPECT_TRUE(bar.isVisible());
+    undoStack().undo();
+    EXPECT_TRUE(driver->settle());
+    EXPECT_FALSE(bar.isVisible());
+    static_cast<void>(separator);
+
+    // A frame that goes missing while it is open.
+    ASSERT_TRUE(QFile::remove(at(QStringLiteral("shots/shot_3.png"))));
+    window->state().setCurrentFrame(3);
+    EXPECT_TRUE(driver->settle());
+    EXPECT_FALSE(window->state().preview()->after);
+    EXPECT_TRUE(bar.messages().value(0).contains(QStringLiteral("shot_3.png")));
+    driver->key(Qt::Key_Period);
+    EXPECT_EQ(shown(), drawnFrame(4));
+}
+
+TEST_F(Editor, TheWheelKeepsThePointUnderThePointer) {
+    open(QStringLiteral("shots"));
+    auto& view = driver->child<editor::PictureView>("pictureView");
+    const QPoint pointer(view.width() / 3, view.height() / 2);
+    const auto pixelUnderPointer = [&] {
+        QTest::mouseMove(&view, pointer + QPoint(1, 0));
+        QTest::mouseMove(&view, pointer);
+        QCoreApplication::processEvents();
+        return window->state().probe();
+    };
+    const QPoint pixel = pixelUnderPointer();
+    ASSERT_TRUE(QRect(0, 0, 96, 64).contains(pixel));
+    for (const int delta : {120, 120, 120, -120, -120, 240}) {
+        QWheelEvent wheel(pointer, view.mapToGlobal(pointer), {}, {0, delta}, Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&view, &wheel);
+        const QPoint now = pixelUnderPointer();
+        EXPECT_LE((now - pixel).manhattanLength(), 1);
+    }
+    EXPECT_EQ(driver->child<QLabel>("RGB0").text().simplified().toStdString(),
+              QStringLiteral("%1 %2 %3")
+                  .arg(drawnFrame(0).pixelColor(window->state().probe()).red())
+                  .arg(drawnFrame(0).pixelColor(window->state().probe()).green())
+                  .arg(drawnFrame(0).pixelColor(window->state().probe()).blue())
+                  .toStdString());
+}
+
+}  // namespace

@@ -1,0 +1,535 @@
+// Videos in and out. The frames that are read carry their number, so that no decoder's word is
+// taken for which one it is.
+#include "tests/host/media/video_maker.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <thread>
+
+#include "host/media/MediaError.h"
+#include "host/media/MediaSink.h"
+#include "host/media/MediaSource.h"
+#include "tests/kit/pixels.h"
+
+namespace fs = std::filesystem;
+using namespace media;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+class Video : public testing::Test {
+protected:
+    Video() {
+        std::string name = (fs::temp_directory_path() / "video_test_XXXXXX").string();
+        folder = mkdtemp(name.data());
+    }
+    ~Video() override { fs::remove_all(folder); }
+
+    std::string in(const std::string& name) const { return folder + '/' + name; }
+    std::vector<std::string> names() const {
+        std::vector<std::string> result;
+        for (const auto& entry : fs::directory_iterator(folder))
+            result.push_back(entry.path().filename().string());
+        std::sort(result.begin(), result.end());
+        return result;
+    }
+    Bytes bytesOf(const std::string& name) const {
+        std::ifstream file(in(name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    void writeBytes(const std::string& name, const Bytes& bytes) const {
+        std::ofstream(in(name), std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()),
+                   static_cast<std::streamsize>(bytes.size()));
+    }
+    /// Stands for a folder of so many pictures; the sinks ask it for sizes only.
+    std::unique_ptr<MediaSource> pictures(int count) const {
+        fs::create_directory(in("pictures"));
+        for (int i = 0; i < count; ++i)
+            std::ofstream(in("pictures/" + std::to_string(i) + ".pgm")) << "P5 2 2 255\n1234";
+        return MediaSource::open({in("pictures")});
+    }
+
+    std::string folder;
+};
+
+std::unique_ptr<HkImage> noise(int width, int height, int channels, unsigned seed) {
+    auto image = std::make_unique<HkImage>(width, height, channels, nullptr, 4);
+    std::minstd_rand random(seed);
+    for (int i = 0; i < image->step * height; ++i)
+        image->data[i] = static_cast<unsigned char>(random() >> 8);
+    return image;
+}
+
+template <typename Action>
+std::string errorOf(MediaErrorKind kind, Action action) {
+    try {
+        action();
+    } catch (const MediaError& error) {
+        EXPECT_EQ(error.kind(), kind) << error.what();
+        return error.what();
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return {};
+}
+
+/// Renders frames of the source into the sink.
+void pass(const MediaSource& source, MediaSink& sink, const std::vector<std::int64_t>& frames) {
+    EXPECT_TRUE(sink.writesInOrder());
+    for (const std::int64_t frame : frames) sink.write(frame, *source.read(frame));
+    sink.finish();
+}
+
+/// Distances from 1 to 5 units: the rate changes from frame to frame.
+std::vector<std::int64_t> unevenTimes(int count) {
+    std::vector<std::int64_t> times = {0};
+    while (static_cast<int>(times.size()) < count)
+        times.push_back(times.back() + 1 + static_cast<std::int64_t>(times.size()) * 7 % 5);
+    return times;
+}
+
+TEST_F(Video, AFrameReadAloneIsTheOneOfAFullDecode) {
+    constexpr int kFrames = 150;
+    const struct {
+        const char* name;
+        const char* container;
+        const char* encoder;
+        std::vector<std::int64_t> times;
+        const char* x264Options = "";
+    } clips[] = {{"b-frames.mp4", "mp4", "libx264", evenTimes(kFrames)},
+                 {"b-frames.ts", "mpegts", "libx264", evenTimes(kFrames)},
+                 {"uneven.mkv", "matroska", "libx264", unevenTimes(kFrames)},
+                 {"b-frames.mov", "mov", "libx265", evenTimes(kFrames)},
+                 {"open.mp4", "mp4", "libx264", evenTimes(kFrames), "open-gop=1"},
+                 {"open.ts", "mpegts", "mpeg2video", evenTimes(kFrames)},
+                 {"old.avi", "avi", "mpeg4", evenTimes(kFrames)}};
+    for (const auto& [name, container, encoder, times, x264Options] : clips) {
+        SCOPED_TRACE(name);
+        VideoRecipe recipe;
+        recipe.container = container;
+        recipe.encoder = encoder;
+        recipe.times = times;
+        recipe.x264Options = x264Options;
+        testing::internal::CaptureStderr();  // an encoder's own words
+        makeVideo(in(name), recipe);
+        testing::internal::GetCapturedStderr();
+        const auto source = MediaSource::open({in(name)});
+        ASSERT_EQ(source->frames().size(), static_cast<std::size_t>(kFrames));
+        EXPECT_EQ(source->frameName(7), fs::path(name).stem().string() + "_0007");
+        EXPECT_EQ(source->info(3).width, 160);
+        EXPECT_EQ(source->info(3).channels, 3);
+        std::vector<Bytes> decoded;
+        for (const std::int64_t frame : source->frames()) {
+            const auto image = source->read(frame);
+            ASSERT_EQ(numberOn(*image), frame);
+            decoded.push_back(pixels(*image));
+        }
+        std::minstd_rand random(1);
+        const auto other = MediaSource::open({in(name)});
+        for (int i = 0; i < 100; ++i) {
+            const auto frame = static_cast<std::int64_t>(random() >> 8) % kFrames;
+            ASSERT_EQ(pixels(*other->read(frame)), decoded[static_cast<std::size_t>(frame)])
+                << frame;
+        }
+        std::atomic<int> wrong{0};
+        std::atomic<std::int64_t> next{0};
+        std::vector<std::thread> threads;
+        for (int t = 0; t < 4; ++t)
+            threads.emplace_back([&] {
+                for (std::int64_t f = next++; f < kFrames; f = next++)
+                    if (pixels(*other->read(f)) != decoded[static_cast<std::size_t>(f)]) ++wrong;
+            });
+        for (std::thread& thread : threads) thread.join();
+        EXPECT_EQ(wrong, 0);
+        EXPECT_THAT(errorOf(MediaErrorKind::MissingInput, [&] { source->read(kFrames); }),
+                    HasSubstr("0 to 149"));
+    }
+}
+
+TEST_F(Video, TimesAndSoundSurviveARender) {
+    constexpr int kFrames = 60;
+    VideoRecipe recipe;
+    recipe.container = "matroska";
+    recipe.times = unevenTimes(kFrames);
+    recipe.hasSound = true;
+    makeVideo(in("clip.mkv"), recipe);
+    const auto source = MediaSource::open({in("clip.mkv")});
+    WriteOptions options;
+    options.video.codec = "h264";
+    const auto millisecondsOf = [](const MediaSource& video) {
+        std::vector<std::int64_t> result;
+        const VideoTrack& track = *video.videoTrack();
+        for (const std::int64_t time : track.timeStamps)
+            result.push_back(std::llround(1000.0 * static_cast<double>(time) *
+                                          track.timeBase.numerator / track.timeBase.denominator));
+        return result;
+    };
+    std::vector<std::int64_t> expected;
+    for (const std::int64_t time : recipe.times) expected.push_back(time * 40);
+    ASSERT_EQ(millisecondsOf(*source), expected);
+
+    for (const char* name : {"all.mkv", "all.mov", "all.mp4"}) {
+        SCOPED_TRACE(name);
+        const auto sink = MediaSink::open(in(name), *source, source->frames(), options);
+        const bool keepsSound = std::string(name) != "all.mp4";  // MP4 has no place for PCM
+        if (keepsSound)
+            EXPECT_TRUE(sink->notices().empty());
+        else
+            EXPECT_THAT(sink->notices(), ElementsAre(HasSubstr("1 pcm_s16le sound track")));
+        pass(*source, *sink, source->frames());
+        const auto result = MediaSource::open({in(name)});
+        EXPECT_EQ(millisecondsOf(*result), expected);
+        for (const std::int64_t frame : result->frames())
+            ASSERT_EQ(numberOn(*result->read(frame)), frame);
+        if (std::string(name) == "all.mkv") {
+            const std::vector<SoundPacket> sound = soundOf(in("clip.mkv"));
+            ASSERT_EQ(sound.size(), static_cast<std::size_t>(kFrames));
+            EXPECT_EQ(soundOf(in(name)), sound);
+        }
+        EXPECT_EQ(soundOf(in(name)).empty(), !keepsSound);
+    }
+
+    const std::vector<std::int64_t> some = {10, 11, 14};
+    const auto sink = MediaSink::open(in("some.mkv"), *source, some, options);
+    EXPECT_THAT(sink->notices(), ElementsAre(HasSubstr("sound is left out")));
+    pass(*source, *sink, some);
+    const auto part = MediaSource::open({in("some.mkv")});
+    EXPECT_THAT(millisecondsOf(*part),
+                ElementsAre(0, expected[11] - expected[10], expected[14] - expected[10]));
+    EXPECT_EQ(numberOn(*part->read(2)), 14);
+
+    options.video.frameRate = {24, 1};
+    pass(*source, *MediaSink::open(in("film.mov"), *source, some, options), some);
+    EXPECT_THAT(millisecondsOf(*MediaSource::open({in("film.mov")})), ElementsAre(0, 42, 83));
+}
+
+TEST_F(Video, IsSeenUpright) {
+    // Four grey quarters; the matrix says where a pixel of the file is seen.
+    for (const bool mirrored : {false, true})
+        for (const int degrees : {0, 90, 180, 270}) {
+            VideoRecipe recipe;
+            recipe.times = {0};
+            av_display_rotation_set(recipe.displayMatrix, degrees);
+            if (mirrored) av_display_matrix_flip(recipe.displayMatrix, 1, 0);
+            const auto level = [](bool right, bool below) { return 60 + 40 * right + 80 * below; };
+            recipe.draw = [&](AVFrame& frame, int) {
+                for (int y = 0; y < frame.height; ++y)
+                    for (int x = 0; x < frame.width; ++x)
+                        frame.data[0][y * frame.linesize[0] + x] = static_cast<std::uint8_t>(
+                            level(x >= frame.width / 2, y >= frame.height / 2));
+                for (const int plane : {1, 2})
+                    std::fill_n(frame.data[plane], frame.linesize[plane] * frame.height / 2,
+                                std::uint8_t{128});
+            };
+            makeVideo(in("turned.mp4"), recipe);
+            const auto image = MediaSource::open({in("turned.mp4")})->read(0);
+            const bool swaps = degrees % 180 == 90;
+            EXPECT_EQ(image->width, swaps ? 96 : 160);
+            EXPECT_EQ(image->height, swaps ? 160 : 96);
+            const auto sign = [](bool positive) { return positive ? 1 : -1; };
+            for (const bool right : {false, true})
+                for (const bool below : {false, true}) {
+                    const int* m = recipe.displayMatrix;
+                    const std::int64_t x = std::int64_t{m[0]} * sign(right) + m[3] * sign(below);
+                    const std::int64_t y = std::int64_t{m[1]} * sign(right) + m[4] * sign(below);
+                    const unsigned char seen =
+                        image->data[(y > 0 ? image->height * 3 / 4 : image->height / 4) *
+                                        image->step +
+                                    3 * (x > 0 ? image->width * 3 / 4 : image->width / 4)];
+                    EXPECT_NEAR(seen, (level(right, below) - 16) * 255.0 / 219, 4)
+                        << degrees << mirrored << right << below;
+                }
+        }
+}
+
+struct Weights {
+    double red, blue;
+};
+constexpr Weights k601 = {0.299, 0.114}, k709 = {0.2126, 0.0722}, k2020 = {0.2627, 0.0593};
+
+TEST_F(Video, ColoursFollowTheTagsOrTheSize) {
+    const struct {
+        AVColorSpace tag;
+        AVColorRange range;
+        int width, height;
+        Weights weights;
+    } rows[] = {{AVCOL_SPC_BT709, AVCOL_RANGE_MPEG, 64, 48, k709},
+                {AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG, 1280, 720, k601},
+                {AVCOL_SPC_BT2020_NCL, AVCOL_RANGE_MPEG, 64, 48, k2020},
+                {AVCOL_SPC_BT709, AVCOL_RANGE_JPEG, 64, 48, k709},
+                {AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_UNSPECIFIED, 720, 576, k601},
+                {AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_UNSPECIFIED, 1280, 720, k709}};
+    for (const AVPixelFormat format : {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV444P})
+        for (const auto& [tag, range, width, height, weights] : rows) {
+            const std::array<int, 3> yuv = {110, 90, 170};
+            VideoRecipe recipe;
+            recipe.format = format;
+            recipe.matrix = tag;
+            recipe.range = range;
+            recipe.width = width;
+            recipe.height = height;
+            recipe.times = {0};
+            recipe.draw = [&yuv](AVFrame& frame, int) {
+                for (std::size_t plane = 0; plane < 3; ++plane)
+                    std::fill_n(
+                        frame.data[plane],
+                        frame.linesize[plane] * (plane > 0 && frame.format == AV_PIX_FMT_YUV420P
+                                                     ? frame.height / 2
+                                                     : frame.height),
+                        static_cast<std::uint8_t>(yuv[plane]));
+            };
+            makeVideo(in("colour.mp4"), recipe);
+            const auto image = MediaSource::open({in("colour.mp4")})->read(0);
+            const bool full = range == AVCOL_RANGE_JPEG;
+            const double y = full ? yuv[0] : (yuv[0] - 16) * 255.0 / 219;
+            const double u = (yuv[1] - 128) * (full ? 1 : 255.0 / 224);
+            const double v = (yuv[2] - 128) * (full ? 1 : 255.0 / 224);
+            const double red = y + 2 * (1 - weights.red) * v;
+            const double blue = y + 2 * (1 - weights.blue) * u;
+            const double green =
+                (y - weights.red * red - weights.blue * blue) / (1 - weights.red - weights.blue);
+            const unsigned char* pixel = image->data + (height / 2) * image->step + width / 2 * 3;
+            EXPECT_NEAR(pixel[0], red, 3) << tag << ' ' << width;
+            EXPECT_NEAR(pixel[1], green, 3) << tag << ' ' << width;
+            EXPECT_NEAR(pixel[2], blue, 3) << tag << ' ' << width;
+        }
+}
+
+TEST_F(Video, WrittenColoursAreTaggedAndComeBack) {
+    const auto source = pictures(1);
+    WriteOptions h264, prores;
+    h264.video.codec = "h264";
+    h264.video.quality = 4;
+    prores.video.codec = "prores";
+    for (const auto& [name, options] :
+         {std::pair("a.mp4", h264), std::pair("b.mov", prores), std::pair("c.mov", h264)})
+        for (const int width : {64, 63, 1280})  // an odd number too
+            for (const int channels : {1, 3}) {
+                SCOPED_TRACE(std::string(name) + std::to_string(width) + std::to_string(channels));
+                const int height = width == 1280 ? 720 : 47;
+                HkImage image(width, height, channels, nullptr, 4);
+                for (int y = 0; y < height; ++y)
+                    for (int i = 0; i < width * channels; ++i)
+                        image.data[y * image.step + i] =
+                            static_cast<unsigned char>(i % channels == 0 ? 200 : 20 + y % 64);
+                const auto sink = MediaSink::open(in(name), *source, {0}, options);
+                sink->write(0, image);
+                sink->finish();
+                const AVCodecParameters tags = videoParametersOf(in(name));
+                EXPECT_EQ(tags.color_space, width == 1280 ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M);
+                EXPECT_NE(tags.color_range, AVCOL_RANGE_JPEG);
+                const auto again = MediaSource::open({in(name)})->read(0);
+                ASSERT_EQ(again->width, width);
+                ASSERT_EQ(again->height, height);
+                for (int y = 4; y < height - 4; ++y)
+                    for (int c = 0; c < 3; ++c)
+                        ASSERT_NEAR(again->data[y * again->step + width / 2 * 3 + c],
+                                    image.data[y * image.step + width / 2 * channels +
+                                               (channels == 3 ? c : 0)],
+                                    8)
+                            << y << ' ' << c;
+            }
+    EXPECT_THAT(
+        errorOf(MediaErrorKind::CannotCreate,
+                [&] {
+                    MediaSink::open(in("x.mp4"), *source, {0})->check(0, PictureInfo{2, 2, 4});
+                }),
+        AllOf(HasSubstr("alpha"), HasSubstr(".mkv")));
+}
+
+TEST_F(Video, Ffv1IsLossless) {
+    const auto source = pictures(9);
+    const std::pair<int, int> sizes[] = {{1, 1}, {37, 23}, {128, 128}, {301, 199}};
+    for (const int channels : {1, 3, 4})
+        for (const auto& [width, height] : sizes) {
+            SCOPED_TRACE(std::to_string(channels) + ": " + std::to_string(width));
+            const auto sink = MediaSink::open(in("v.mkv"), *source, source->frames());
+            std::vector<Bytes> written;
+            for (const std::int64_t frame : source->frames()) {
+                const auto image = noise(width, height, channels, static_cast<unsigned>(frame) + 1);
+                written.push_back(pixels(*image));
+                sink->write(frame, *image);
+            }
+            sink->finish();
+            const auto again = MediaSource::open({in("v.mkv")});
+            ASSERT_EQ(again->frames().size(), written.size());
+            EXPECT_EQ(again->info(0).channels, channels);
+            for (std::size_t i = 0; i < written.size(); ++i)
+                ASSERT_EQ(pixels(*again->read(static_cast<std::int64_t>(i))), written[i]);
+        }
+}
+
+TEST_F(Video, DamagedFilesAreNamedAndNothingElseIsSaid) {
+    VideoRecipe recipe;
+    recipe.times = evenTimes(100);
+    recipe.width = 320;
+    recipe.height = 240;
+    const auto expectInvalid = [&](const std::string& name, const char* reason) {
+        SCOPED_TRACE(name);
+        testing::internal::CaptureStderr();
+        EXPECT_THAT(errorOf(MediaErrorKind::InvalidData,
+                            [&] {
+                                const auto source = MediaSource::open({in(name)});
+                                for (const std::int64_t frame : source->frames())
+                                    source->read(frame);
+                            }),
+                    AllOf(HasSubstr(in(name) + ": "), HasSubstr(reason), HasSubstr("; ")));
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    };
+    const std::pair<const char*, const char*> containers[] = {
+        {"mp4", "mp4"}, {"mov", "mov"}, {"mkv", "matroska"}, {"ts", "mpegts"}};
+    for (const auto& [suffix, container] : containers) {
+        recipe.container = container;
+        const std::string whole = std::string("whole.") + suffix;
+        makeVideo(in(whole), recipe);
+        const Bytes bytes = bytesOf(whole);
+        for (const std::size_t length : {bytes.size() / 3, bytes.size() - 100}) {
+            writeBytes(std::string("cut.") + suffix, {bytes.begin(), bytes.begin() + length});
+            expectInvalid(std::string("cut.") + suffix, "");
+        }
+        Bytes damaged = bytes;
+        for (std::size_t i = 0; i < 300; ++i) damaged[bytes.size() / 2 + i] ^= 0x5a;
+        writeBytes(std::string("hit.") + suffix, damaged);
+        expectInvalid(std::string("hit.") + suffix, "damaged");
+    }
+    writeBytes("empty.mp4", {});
+    expectInvalid("empty.mp4", "empty");
+    writeBytes("text.mp4", Bytes(500, 'x'));
+    expectInvalid("text.mp4", "no video");
+    recipe.hasVideo = false;
+    recipe.hasSound = true;
+    recipe.container = "matroska";
+    makeVideo(in("sound.mkv"), recipe);
+    expectInvalid("sound.mkv", "no video track");
+
+    // Two streams of different sizes, one after the other.
+    recipe = VideoRecipe();
+    recipe.container = "h264";
+    recipe.times = evenTimes(20);
+    makeVideo(in("first.h264"), recipe);
+    recipe.width = 80;
+    makeVideo(in("second.h264"), recipe);
+    Bytes joined = bytesOf("first.h264");
+    const Bytes second = bytesOf("second.h264");
+    joined.insert(joined.end(), second.begin(), second.end());
+    writeBytes("joined.h264", joined);
+    EXPECT_EQ(numberOn(*MediaSource::open({in("joined.h264")})->read(19)), 19);
+    expectInvalid("joined.h264", "80 x 96 pixels");
+    // By content, where the suffix says nothing; never as one of several.
+    fs::copy_file(in("whole.mp4"), in("clip.of:mine"));
+    EXPECT_EQ(MediaSource::open({in("clip.of:mine")})->frames().size(), 100u);
+    EXPECT_THAT(errorOf(MediaErrorKind::InvalidData,
+                        [&] {
+                            MediaSource::open({in("whole.mp4"), in("whole.ts")});
+                        }),
+                HasSubstr("alone"));
+}
+
+TEST_F(Video, LeavesAWholeFileOrNone) {
+    const auto source = pictures(60);
+    writeBytes("old.mkv", {1, 2, 3});
+    const std::vector<std::string> before = names();
+    const auto write = [&](MediaSink& sink, int from, int to) {
+        for (int frame = from; frame < to; ++frame)
+            sink.write(frame, *noise(200, 100, 3, static_cast<unsigned>(frame) + 1));
+    };
+    for (const char* name : {"old.mkv", "new.mp4"}) {
+        SCOPED_TRACE(name);
+        {  // dropped, and finished although frames are missing
+            const auto dropped = MediaSink::open(in(name), *source, source->frames());
+            write(*dropped, 0, 30);
+        }
+        EXPECT_EQ(names(), before);
+
+#ifndef __SANITIZE_THREAD__          // which knows no threads in a forked process
+        std::array<int, 2> begun{};  // killed under way
+        ASSERT_EQ(pipe(begun.data()), 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            const auto sink = MediaSink::open(in(name), *source, source->frames());
+            write(*sink, 0, 40);
+            [[maybe_unused]] const auto told = ::write(begun[1], "x", 1);
+            for (;;) pause();
+        }
+        close(begun[1]);
+        char byte = 0;
+        ASSERT_EQ(read(begun[0], &byte, 1), 1);
+        close(begun[0]);
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        EXPECT_EQ(names(), before);
+#endif
+
+        rlimit limit{};  // as a full disk
+        getrlimit(RLIMIT_FSIZE, &limit);
+        const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit small{50000, limit.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+        EXPECT_THAT(errorOf(MediaErrorKind::ReadWrite,
+                            [&] {
+                                const auto sink =
+                                    MediaSink::open(in(name), *source, source->frames());
+                                write(*sink, 0, 60);
+                                sink->finish();
+                            }),
+                    HasSubstr(in(name) + ": writing failed"));
+        setrlimit(RLIMIT_FSIZE, &limit);
+        std::signal(SIGXFSZ, oldHandler);
+        EXPECT_EQ(names(), before);
+        EXPECT_EQ(bytesOf("old.mkv"), (Bytes{1, 2, 3}));
+    }
+
+    // Frames that fail are left out; the others are all there.
+    const auto sink = MediaSink::open(in("old.mkv"), *source, source->frames());
+    write(*sink, 1, 20);
+    EXPECT_THAT(
+        errorOf(MediaErrorKind::CannotCreate, [&] { sink->write(20, *noise(100, 100, 3, 1)); }),
+        AllOf(HasSubstr("frame 20"), HasSubstr("200 x 100")));
+    write(*sink, 21, 60);
+    sink->finish();
+    const auto result = MediaSource::open({in("old.mkv")});
+    ASSERT_EQ(result->frames().size(), 58u);
+    EXPECT_EQ(pixels(*result->read(0)), pixels(*noise(200, 100, 3, 2)));
+    EXPECT_EQ(pixels(*result->read(57)), pixels(*noise(200, 100, 3, 60)));
+}
+
+TEST_F(Video, OptionsThatDoNotFitAreRefused) {
+    const auto source = pictures(3);
+    const auto refused = [&](const std::string& name, const VideoOptions& video) {
+        WriteOptions options;
+        options.video = video;
+        return errorOf(MediaErrorKind::CannotCreate,
+                       [&] { MediaSink::open(in(name), *source, source->frames(), options); });
+    };
+    VideoOptions video;
+    video.codec = "prores";
+    EXPECT_THAT(refused("a.mp4", video), HasSubstr("valid: h264, h265"));
+    EXPECT_THAT(refused("a_##.png", video), HasSubstr("--codec"));
+    video = VideoOptions();
+    video.quality = 20;
+    EXPECT_THAT(refused("a.mkv", video), HasSubstr("ffv1"));
+    EXPECT_THAT(refused("no/a.mkv", VideoOptions()), HasSubstr("no such folder"));
+    fs::copy_file(in("pictures/0.pgm"), in("pictures/v.mp4"));
+    EXPECT_THAT(refused("a_##.mp4", VideoOptions()), HasSubstr(".mp4, .mov or .mkv"));
+    Ratio rate;
+    for (const char* wrong : {"0", "-1", "x", "", "25/0", "2000", "ntsc"})
+        EXPECT_FALSE(parseFrameRate(wrong, rate)) << wrong;
+    EXPECT_TRUE(parseFrameRate("30000/1001", rate) && rate.numerator == 30000);
+}
+
+}  // namespace

@@ -1,0 +1,260 @@
+// Projects, and runs over them that are shared out, interrupted and gone on with.
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <map>
+#include <utility>
+
+#include "tests/host/render/Program.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* kBlur = "Blur and enhance:Blur=0=1;8=9";
+
+/// Nine frames and a project over them, the blur of which grows.
+class FxrenderProject : public FxrenderTest {
+protected:
+    void SetUp() override {
+        saveSequence(kFrames, 61, 47);
+        run({"save", "reel.fxp", "shot_####.png", "-f", kBlur, "-f", "Channel separation"});
+    }
+
+    ProgramResult run(const Arguments& arguments, int expectedExitCode = 0) {
+        const ProgramResult result = fxrender(arguments);
+        EXPECT_EQ(result.exitCode, expectedExitCode)
+            << testing::PrintToString(arguments) << result.err;
+        return result;
+    }
+    ProgramResult render(const Arguments& others, int expectedExitCode = 0) {
+        Arguments arguments = {"render", "reel.fxp"};
+        arguments.insert(arguments.end(), others.begin(), others.end());
+        return run(arguments, expectedExitCode);
+    }
+    void expectSamePictures(const QString& a, const QString& b) const {
+        for (int frame = 0; frame < kFrames; ++frame)
+            EXPECT_EQ(contents(a + shot(frame)), contents(b + shot(frame))) << frame;
+    }
+    /// When each file of the folder was last changed.
+    std::vector<std::filesystem::file_time_type> times(const QString& name) const {
+        std::vector<std::filesystem::file_time_type> all;
+        for (int frame = 0; frame < kFrames; ++frame)
+            all.push_back(std::filesystem::last_write_time(path(name + shot(frame)).toStdString()));
+        return all;
+    }
+
+    static constexpr int kFrames = 9;
+};
+
+TEST_F(FxrenderProject, RendersWhatTheSameFiltersWouldMake) {
+    run({"apply", "shot_####.png", "-o", "a/", "-f", kBlur, "-f", "Channel separation"});
+    render({"-o", "p/"});
+    expectSamePictures("a/", "p/");
+
+    // One value for the keys, keys for one value, the second of two filters of a key.
+    run({"apply", "shot_####.png", "-o", "b/", "-f", "Blur and enhance:Blur=3", "-f",
+         "Channel separation:Channel=0=1;8=3"});
+    render({"-o", "q/", "--set", "blur + enhance:blur=3", "--set",
+            "channel separation:Channel=0=R;8=3"});
+    expectSamePictures("b/", "q/");
+    run({"save", "two.fxp", "shot_####.png", "-f", "Degauss", "-f", "Degauss:Method=0"});
+    EXPECT_THAT(run({"check", "two.fxp", "--set", "Degauss#2:Method=0,Threshold=1"}, 1).out,
+                HasSubstr("Threshold=1"));
+    const struct {
+        const char* setting;
+        const char* message;
+    } rows[] = {{"Degauss:Method=0", "write \"Degauss#1:...\""},
+                {"Degauss#3:Method=0", "the last one is \"Degauss#2\""},
+                {"Degauss#x:Method=0", "after #"},
+                {"Open_Close:Dilate=2", "the chain has no \"Open_Close\""},
+                {"Degauss", "sets nothing"},
+                {"Degauss#1:Amount=0=1,amount=2", "given twice"},
+                {"Degauss#1:Amount=99", "out of range"}};
+    for (const auto& row : rows)
+        expectRefusal({"check", "two.fxp", "--set", row.setting}, 2, row.message);
+}
+
+TEST_F(FxrenderProject, IsCountedAndCheckedLikeItsFilters) {
+    EXPECT_EQ(run({"check", "reel.fxp", "--frames", "2-3"}).out,
+              "2 frames: nothing to object to\n");
+    const Arguments chain = {"-f", "Adaptive threshold:Size=11,Min=0"};
+    run({"save", "c.fxp", "shot_####.png", "-f", "Channel separation", chain[0], chain[1]});
+    EXPECT_EQ(
+        run({"count", "c.fxp", "-q"}).out,
+        run({"count", "shot_####.png", "-f", "Channel separation", chain[0], chain[1], "-q"}).out);
+}
+
+TEST_F(FxrenderProject, NeverReplacesWhatIsNoProjectAndKeepsTheRangeOfSamples) {
+    write("other.fxp", "<svg/>");
+    expectRefusal({"save", "other.fxp", "shot_####.png", "-f", "Degauss"}, 73, "no project");
+    EXPECT_EQ(contents("other.fxp"), "<svg/>");
+    expectRefusal({"save", "shot_0000.png", "shot_0001.png", "-f", "Degauss"}, 2, ".fxp");
+    run({"save", "reel.fxp", "shot_####.png", "-f", "Channel separation:Channel=1", "--range",
+         "0-100"});
+    render({"-o", "low/"});
+    run({"apply", "shot_####.png", "-o", "b/", "--range", "0-100", "-f",
+         "Channel separation:Channel=1"});
+    expectSamePictures("low/", "b/");
+    render({"-o", "full/", "--range", "0-255"});
+    EXPECT_NE(contents("low/" + shot(0)), contents("full/" + shot(0)));
+}
+
+/// What stands is told from what would be written today by what it was made of.
+TEST_F(FxrenderProject, ResumeDoesWhatIsMissingStaleOrDamagedAndNothingElse) {
+    render({"-o", "out/"});
+    const auto before = times("out/");
+    EXPECT_THAT(render({"-o", "out/", "--resume"}).err, HasSubstr("frames 0 to 8: up to date"));
+    EXPECT_EQ(times("out/"), before);
+
+    QFile::remove(path("out/" + shot(1)));
+    write("out/" + shot(2), "damaged");
+    save(picture(77, 61, 47), shot(4));  // another input
+    const Arguments other = {"-o", "out/", "--set", "Blur and enhance:Blur=0=1;6=7;8=8"};
+    Arguments resume = other;
+    resume.push_back("--resume");
+    const std::string dry = [&] {
+        Arguments arguments = resume;
+        arguments.push_back("-n");
+        return render(arguments).out;
+    }();
+    EXPECT_THAT(dry, HasSubstr("4 frames to render\n"));
+    EXPECT_FALSE(files().contains("out/" + shot(1))) << "a dry run writes nothing";
+    EXPECT_THAT(render(resume).err,
+                testing::AllOf(HasSubstr("frame 2: damaged"),
+                               HasSubstr("frame 4: stale (the input changed"),
+                               HasSubstr("frame 8: stale (the settings changed"),
+                               HasSubstr("frames 0, 3 and 5 to 7: up to date and left alone")));
+    const auto after = times("out/");
+    for (const int frame : {0, 3, 5, 6, 7}) EXPECT_EQ(after[frame], before[frame]) << frame;
+    render({"-o", "fresh/", other[2], other[3]});
+    expectSamePictures("out/", "fresh/");
+
+    EXPECT_THAT(render({"-o", "out/", "--resume", "--compression", "9", "--frames", "3"}).err,
+                HasSubstr("frame 3: stale (the output's format changed"));
+    std::filesystem::remove_all(path("out/.fxrender").toStdString());
+    EXPECT_THAT(render({"-o", "out/", "--resume"}).err, HasSubstr("nobody recorded"));
+    expectRefusal({"render", "reel.fxp", "-o", "pages.tif", "--resume"}, 2,
+                  "a file for each frame");
+}
+
+TEST_F(FxrenderProject, ShardsAndJobsShareOutTheFramesAndChangeNoPixel) {
+    render({"-o", "whole/", "--report", "whole.json", "-j", "2"});
+    std::map<int, std::string> pixels;
+    const auto gather = [&](const QString& report) {
+        const json all = jsonIn(report);
+        for (const json& frame : all["frames"])
+            EXPECT_TRUE(pixels.emplace(frame["frame"], frame["pixels"]).second) << frame;
+    };
+    gather("whole.json");
+    const auto wanted = std::exchange(pixels, {});
+    ASSERT_EQ(wanted.size(), std::size_t(kFrames));
+    for (const std::string shard : {"4/4", "1/4", "3/4", "2/4"}) {
+        render({"-o", "out/", "--shard", shard, "-j", "1", "--report", "r.json"});
+        gather("r.json");
+    }
+    EXPECT_EQ(pixels, wanted);
+    expectSamePictures("whole/", "out/");
+    EXPECT_EQ(run({"verify", "reel.fxp", "-o", "out/"}).out,
+              "9 of 9 frames are there, up to date and undamaged\n");
+    render({"-o", "out/", "--shard", "12/12"});  // has nothing to do
+    for (const char* wrong : {"0/3", "4/3", "1", "1/3/3", "x/2"})
+        expectRefusal({"render", "reel.fxp", "-o", "out/", "--shard", wrong}, 2, "--shard");
+}
+
+TEST_F(FxrenderProject, VerifySaysWhatIsWrongWithWhich) {
+    const Arguments chain = {"shot_####.png",     "-o", "out/", "-f", kBlur, "-f",
+                             "Channel separation"};
+    run({"apply", chain[0], chain[1], chain[2], chain[3], chain[4], chain[5], chain[6], "--shard",
+         "1/2"});
+    const ProgramResult half = run({"verify", "reel.fxp", "-o", "out/"}, 1);
+    EXPECT_THAT(half.out, testing::StartsWith("frame 1: missing\nframe 3: missing\n"));
+    EXPECT_THAT(half.out, HasSubstr("5 of 9 frames are there"));
+    render({"-o", "out/", "--resume"});
+    const auto time = times("out/")[6];
+    // As many bytes, and the time it had: only reading it tells.
+    std::string bytes = contents("out/" + shot(6));
+    bytes[bytes.size() / 2] = static_cast<char>(~bytes[bytes.size() / 2]);
+    write("out/" + shot(6), QByteArray::fromStdString(bytes));
+    std::filesystem::last_write_time(path("out/" + shot(6)).toStdString(), time);
+    write("out/.fxrender/1-of-2.torn.ledger", contents("reel.fxp").substr(0, 99).c_str());
+    Arguments verify = chain;
+    verify.insert(verify.begin(), "verify");
+    EXPECT_EQ(run(verify, 1).out,
+              "frame 6: damaged or replaced (its bytes are not those that were written)\n"
+              "8 of 9 frames are there, up to date and undamaged\n");
+    verify[5] = "Blur and enhance:Blur=0=1;4=5;8=8";
+    EXPECT_THAT(run(verify, 1).out, HasSubstr("frames 7 to 8: stale (the settings changed since)"));
+}
+
+TEST_F(FxrenderProject, MemoryLowersTheJobsOrRefuses) {
+    const auto said = [&](const char* size) {
+        return render({"-o", "out/", "-j", "4", "--max-memory", size}).err;
+    };
+    EXPECT_THAT(said("2G"), Not(HasSubstr("instead of")));
+    EXPECT_THAT(said("160.12M"), HasSubstr("2 jobs instead of 4"));
+    expectRefusal({"render", "reel.fxp", "-o", "out/", "--max-memory", "150M"}, 2, "--max-memory");
+    for (const char* wrong : {"x", "2X", "0", "-1G", "1e30"})
+        expectRefusal({"render", "reel.fxp", "-o", "out/", "--max-memory", wrong}, 2, "500M or 2G");
+}
+
+TEST_F(FxrenderProject, TellsEveryFrameAsATable) {
+    write(shot(8), "no picture");
+    render({"-o", "out/", "--keep-going", "--report", "r.csv", "--set", "Blur and enhance:Blur=2"},
+           1);
+    const std::string csv = contents("r.csv");
+    EXPECT_EQ(csv.find("frame,status,milliseconds,objects,pixels,warnings,error,input,output\n0"),
+              0u);
+    EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 1 + kFrames);
+    EXPECT_THAT(csv, HasSubstr("\n8,failed,"));
+    // The same over it; a report of the other kind is not replaced.
+    EXPECT_THAT(render({"-o", "out/", "--keep-going", "--resume", "--report", "r.csv", "--set",
+                        "Blur and enhance:Blur=2"},
+                       1)
+                    .err,
+                HasSubstr("left alone"));
+    EXPECT_THAT(contents("r.csv"), HasSubstr("\n7,up to date,0,,,"));
+    write("j.csv", "{\"exitCode\": 0}");
+    expectRefusal({"render", "reel.fxp", "-o", "out/", "--report", "j.csv"}, 73, "j.csv");
+}
+
+/// Whatever is in the file: one line that names it, code 65, and no long wait.
+TEST_F(FxrenderProject, HostileProjectsAreRefused) {
+    const QByteArray head = "<?xml version=\"1.0\"?>\n<fxproject version=\"1\"><chain>";
+    const QByteArray blur =
+        "<filter type=\"2003\" animated=\"true\" key=\"Blur and enhance\">"
+        "<parameter name=\"Blur\" value=\"1\">";
+    QByteArray keys = head + blur;
+    keys.reserve(400 << 20);
+    for (int i = 0; i < 10'000'000; ++i) keys += "<key frame=\"0\" value=\"1\"/>";
+    QByteArray fewer = head + blur;
+    for (int i = 0; i < 600'000; ++i)
+        fewer += "<key frame=\"" + QByteArray::number(i) + "\" value=\"1\" held=\"false\"/>";
+    const QByteArray end = "</parameter></filter></chain></fxproject>";
+    const struct {
+        QByteArray bytes;
+        const char* message;
+    } rows[] = {
+        {head + QByteArray("<a>").repeated(100'000), "levels of elements"},
+        {keys + end, "MiB"},
+        {fewer + end, "elements"},
+        {"<!DOCTYPE fxproject [<!ENTITY a \"b\">]>" + head, "DOCTYPE"},
+        {head + "<filter type=\"2003\"><parameter name=\"Blur\" value=\"many\"/></filter></chain>"
+                "</fxproject>",
+         "Blur"},
+        {head + "</chain></fxproject>", "no input"},
+        {"", "empty"},
+        {QByteArray(1000, '\xff'), "UTF-8"},
+    };
+    for (const auto& row : rows) {
+        write("bad.fxp", row.bytes);
+        expectRefusal({"render", "bad.fxp", "-o", "out/"}, 65, std::string("bad.fxp: "));
+        expectRefusal({"check", "bad.fxp"}, 65, row.message);
+    }
+    expectRefusal({"render", "none.fxp", "-o", "out/"}, 66, "none.fxp");
+    expectRefusal({"render", ".", "-o", "out/"}, 65, "no regular file");
+}
+
+}  // namespace
