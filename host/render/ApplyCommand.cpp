@@ -1,5 +1,6 @@
 #include "host/render/ApplyCommand.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <map>
@@ -9,6 +10,7 @@
 #include "host/media/MediaError.h"
 #include "host/media/MediaSink.h"
 #include "host/media/file_names.h"
+#include "host/render/CountPlot.h"
 #include "host/render/FileClaims.h"
 #include "host/render/FrameJob.h"
 #include "host/render/FramePlan.h"
@@ -21,6 +23,16 @@
 namespace render {
 
 namespace {
+
+/// A plot of nothing helps nobody, least of all after a long run.
+void requireObjects(const ChosenFrames& chosen) {
+    const document::ChainRenderer chain;
+    const auto showsObjects = [&chain](std::int64_t frame) { return chain.showsObjects(frame); };
+    if (std::none_of(chosen.frames.begin(), chosen.frames.end(), showsObjects))
+        throw UsageError(
+            "--plot: the filters' result shows no objects; end with -f \"Object separator\", or "
+            "use fxrender count, which takes the white areas of any result for objects");
+}
 
 namespace fs = std::filesystem;
 
@@ -139,6 +151,26 @@ std::vector<ReportRow> reportRows(const ChosenFrames& chosen, const media::Media
     return rows;
 }
 
+std::optional<ResultFile> openPlot(const std::string& path, const ChosenFrames& chosen,
+                                   const media::MediaSink& sink) {
+    if (path.empty()) return {};
+    requireObjects(chosen);
+    FileClaims claims(*chosen.source);
+    claims.claim(sink, chosen.frames, "an output");
+    claims.claim(path, "the plot");
+    return std::optional<ResultFile>(
+        std::in_place, "--plot", path, kCountPlotBeginning,
+        std::vector<std::string>{media::folderOf(sink.path(chosen.frames.front()))});
+}
+
+/// Frames that failed, or that --resume has left alone, have no number.
+std::vector<PlotPoint> pointsOf(const FramePlan& plan, const PictureTaker& pictures) {
+    std::vector<PlotPoint> points;
+    for (const std::int64_t frame : plan.mine)
+        points.push_back({frame, pictures.factsOf(frame).objects.value_or(-1)});
+    return points;
+}
+
 }  // namespace
 
 ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& catalog,
@@ -157,6 +189,7 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
             std::to_string(options.shard.index) + "-of-" + std::to_string(options.shard.count));
     std::optional<ReportFile> report;
     if (!options.report.empty()) report.emplace(options.report, chosen, *sink);
+    const std::optional<ResultFile> plot = openPlot(options.plot, chosen, *sink);
     const FramePlan plan =
         planFrames(chosen.frames, options.shard, options.resume ? &*book : nullptr);
     document::ChainCheck check;
@@ -166,9 +199,9 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
     if (options.dryRun) return rehearse(chosen, *sink, plan, options, messages);
 
     for (const std::string& remark : plan.remarks) messages.note(remark);
-    PictureTaker pictures(*sink,
-                          report ? PictureTaker::Facts::Gathered : PictureTaker::Facts::Ignored,
-                          book ? &*book : nullptr);
+    PictureTaker pictures(
+        *sink, report || plot ? PictureTaker::Facts::Gathered : PictureTaker::Facts::Ignored,
+        book ? &*book : nullptr);
     const RunResult result = renderFrames(*chosen.source, plan.todo, options, pictures, messages);
     if (result.isWhole()) sink->finish();
     if (report) {
@@ -182,6 +215,7 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
         }
     }
     result.throwEnding();
+    if (plot) plot->write(countPlot(plotTitle(options.inputs), pointsOf(plan, pictures)));
     return result.exitCode;
 }
 

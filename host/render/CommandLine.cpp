@@ -4,11 +4,13 @@
 #include <QRegularExpression>
 #include <QStringList>
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <map>
 
 #include "host/document/NearestName.h"
 #include "host/render/ExitCode.h"
+#include "host/render/Manual.h"
 #include "host/render/MemoryLimit.h"
 #include "host/render/ProjectFile.h"
 
@@ -53,6 +55,30 @@ Example:
   fxrender count nuclei_####.tif --table objects.csv --outlines outlines/ \
       -f "Adaptive threshold:Size=31,Min=0" -f "Object separator:Det=20")";
 
+const char kSheetNotes[] =
+    R"(SWEEP    KEY:Name=VALUE,VALUE... or KEY:Name=FIRST-LAST:STEP: one parameter of one
+         of the filters, and the values to try it with. KEY#2 is the second of its
+         kind. Without -f the filters are those of the sweeps, with their defaults.
+
+INPUT, FILTER, OUTPUT and exit codes: as for apply.
+
+Examples:
+  fxrender sheet photo.png -o sheet.png --over "Blur and enhance:Blur=1-13:4"
+  fxrender sheet cells.tif -o sheet.png -f "Adaptive threshold:Min=0" \
+      -f "Object separator" --over "Adaptive threshold:Size=21,51,101" \
+      --over "Object separator:Det=5,10,20")";
+
+const char kCompareNotes[] =
+    R"(A and B are pictures, numbered sequences or folders with the same number of frames,
+which are compared in their order. PSNR is 20 log10(255 / RMSE) over all samples of
+all channels, inf for equal pictures.
+
+Exit codes: 0 equal, 1 different, 65 sizes, channels or numbers of frames do not
+  agree, others as for apply
+
+Example:
+  fxrender compare photo.png sharp.png -o difference.png)";
+
 std::string versionText() {
     return std::string("fxrender ") + FX_VERSION + " (Qt " + qVersion() + ")\n";
 }
@@ -70,17 +96,24 @@ CLI::Option* addFilters(CLI::App& command, Selection& selection) {
         ->type_name("FILTER");
 }
 
-void addRangeOption(CLI::App& command, Selection& selection) {
+void addRangeOption(CLI::App& command, const std::function<void(const std::string&)>& set) {
     command
         .add_option_function<std::string>(
-            "--range",
-            [&selection](const std::string& text) {
-                selection.range = text;
-                selection.reading.range = parseRange(text);
-            },
-            "Sample values that become black and white: LO-HI, auto (those of the first frame) or "
-            "each")
-        ->type_name("LO-HI");
+            "--range", set,
+            "Sample values that become black and white: those given, of the first frame or of each")
+        ->type_name("LO-HI|auto|each");
+}
+
+void addRangeOption(CLI::App& command, media::ReadOptions& reading) {
+    addRangeOption(command,
+                   [&reading](const std::string& text) { reading.range = parseRange(text); });
+}
+
+void addRangeOption(CLI::App& command, Selection& selection) {
+    addRangeOption(command, [&selection](const std::string& text) {
+        selection.range = text;
+        selection.reading.range = parseRange(text);
+    });
 }
 
 /// Which chain a command takes.
@@ -168,9 +201,12 @@ void addRunOptions(CLI::App& command, RunOptions& options, Chain chain) {
         .add_option_function<std::string>(
             "--progress",
             [&options](const std::string& word) { setProgress(word, options.progress); },
-            "auto, bar, plain, json or none")
-        ->type_name("HOW");
+            "How to show what is done")
+        ->type_name("auto|bar|plain|json|none");
     command.add_flag("-q,--quiet", options.quiet, "Nothing but results and error messages");
+    command
+        .add_option("--plot", options.plot, "Draw the number of objects over the frames, as SVG")
+        ->type_name("FILE");
 }
 
 void defineList(CLI::App& app, ListOptions& options) {
@@ -318,6 +354,87 @@ void defineCheck(CLI::App& app, Selection& selection) {
     check->footer("Exit codes: 0 nothing to object to, 1 there is, others as for apply");
 }
 
+void defineSheet(CLI::App& app, SheetOptions& options) {
+    CLI::App* sheet =
+        app.add_subcommand("sheet", "Shows a frame with several values of a parameter");
+    sheet->add_option("INPUT", options.input, "What to read")->required()->type_name("");
+    sheet
+        ->add_option("--over", options.sweeps,
+                     "The values to try; given twice, all pairs as a grid")
+        ->required()
+        ->allow_extra_args(false)
+        ->type_name("SWEEP");
+    sheet
+        ->add_option("-f,--filter", options.filters,
+                     "A filter with its settings; several run in this order")
+        ->allow_extra_args(false)
+        ->type_name("FILTER");
+    sheet->add_option("-o,--output", options.output, "Where to write the sheet")
+        ->required()
+        ->type_name("OUTPUT");
+    sheet->add_option("--frame", options.frame, "The frame to show, if not the first")
+        ->type_name("N");
+    sheet->add_flag("-q,--quiet", options.quiet, "Nothing but error messages");
+    addRangeOption(*sheet, options.reading);
+    addPluginOption(*sheet, options.plugin);
+    sheet->footer(kSheetNotes);
+}
+
+void defineCompare(CLI::App& app, CompareOptions& options) {
+    CLI::App* compare = app.add_subcommand("compare", "Says and shows how pictures differ");
+    compare->add_option("A", options.before, "What was before")->required()->type_name("");
+    compare->add_option("B", options.after, "What came of it")->required()->type_name("");
+    compare
+        ->add_option("-o,--output", options.output,
+                     "Write before, after and difference side by side")
+        ->type_name("OUTPUT");
+    compare->add_option("--frames", options.frames, "The frames to look at, if not all")
+        ->type_name("LIST");
+    addRangeOption(*compare, options.reading);
+    const int mostGain = 255;
+    addNumber(*compare, "--gain", options.gain, mostGain,
+              "Amplify differences so many times, if not as far as each picture allows");
+    compare->add_flag("--json", options.json, "As JSON, for programs");
+    compare->footer(kCompareNotes);
+}
+
+/// project: receives what `render` is given.
+void defineCommands(CLI::App& app, CommandLine& result, ApplyOptions& project) {
+    app.set_version_flag("--version", versionText)->description("Show the version and exit");
+    app.require_subcommand(0, 1);
+    app.get_formatter()->column_width(26);
+    defineList(app, result.list);
+    defineApply(app, result.apply);
+    defineCount(app, result.count);
+    defineCheck(app, result.check);
+    defineRender(app, project);
+    defineSave(app, result.save);
+    defineVerify(app, result.verify);
+    defineSheet(app, result.sheet);
+    defineCompare(app, result.compare);
+}
+
+OptionDescription describe(const CLI::Option& option) {
+    OptionDescription description;
+    for (const std::string& name : option.get_snames()) description.names.push_back("-" + name);
+    for (const std::string& name : option.get_lnames()) description.names.push_back("--" + name);
+    description.isArgument = description.names.empty();
+    if (description.isArgument) description.names.push_back(option.get_name());
+    if (option.get_items_expected_max() > 0) description.value = option.get_type_name();
+    description.about = option.get_description();
+    description.isRequired = option.get_required();
+    description.isRepeated = option.get_items_expected_max() > 1;
+    return description;
+}
+
+CommandDescription describe(const CLI::App& command) {
+    CommandDescription description = {
+        command.get_name(), command.get_description(), command.get_footer(), {}};
+    for (const CLI::Option* option : command.get_options())
+        if (!option->get_group().empty()) description.options.push_back(describe(*option));
+    return description;
+}
+
 /// An empty value is a variable of a script that was not set: it never means "none" or "all".
 void refuseEmptyValues(const CLI::App& command) {
     for (const CLI::Option* option : command.get_options())
@@ -325,6 +442,10 @@ void refuseEmptyValues(const CLI::App& command) {
             if (value.empty())
                 throw UsageError(option->get_name() +
                                  ": the value is empty; give one, or leave the option out");
+}
+
+bool isSvgName(const std::string& path) {
+    return QString::fromStdString(path).endsWith(QLatin1String(".svg"), Qt::CaseInsensitive);
 }
 
 /// Filters come from the command line or from a project.
@@ -344,6 +465,11 @@ void refuseStandardStreams(const CommandLine& commandLine) {
     };
     refuse("--output", commandLine.apply.output);
     refuse("--output", commandLine.verify.output);
+    for (const std::string& output : {commandLine.sheet.output, commandLine.compare.output})
+        refuse("--output", output);
+    for (const std::string& plot : {commandLine.apply.plot, commandLine.count.plot})
+        if (!plot.empty() && !isSvgName(plot))
+            throw UsageError("--plot: " + plot + " is not named as what it is; write NAME.svg");
     refuse("--labels", commandLine.count.labels);
     refuse("--outlines", commandLine.count.outlines);
 }
@@ -414,18 +540,19 @@ media::SampleRange parseRange(const std::string& text) {
 
 CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     CommandLine result;
+    // For shells and for the build: not for people, and not among the commands.
+    if (!arguments.empty() && arguments.front() == "complete") {
+        result.command = CommandLine::Complete;
+        result.typed.assign(arguments.begin() + 1, arguments.end());
+        return result;
+    }
+    if (arguments == std::vector<std::string>{"manual"}) {
+        result.text = manualText(describeCommands());
+        return result;
+    }
     CLI::App app(kIntroduction, "fxrender");
-    app.set_version_flag("--version", versionText);
-    app.require_subcommand(0, 1);
-    app.get_formatter()->column_width(26);
-    defineList(app, result.list);
-    defineApply(app, result.apply);
-    defineCount(app, result.count);
-    defineCheck(app, result.check);
     ApplyOptions project;
-    defineRender(app, project);
-    defineSave(app, result.save);
-    defineVerify(app, result.verify);
+    defineCommands(app, result, project);
 
     std::vector<std::string> backwards(arguments.rbegin(), arguments.rend());
     for (std::string& argument : backwards) {
@@ -453,15 +580,27 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     if (app.got_subcommand("render")) result.apply = project;
     refuseStandardStreams(result);
     const std::map<std::string, CommandLine::Command> commands = {
-        {"list", CommandLine::List},    {"apply", CommandLine::Apply},
-        {"count", CommandLine::Count},  {"check", CommandLine::Check},
-        {"render", CommandLine::Apply}, {"save", CommandLine::Save},
-        {"verify", CommandLine::Verify}};
+        {"list", CommandLine::List},      {"apply", CommandLine::Apply},
+        {"count", CommandLine::Count},    {"check", CommandLine::Check},
+        {"render", CommandLine::Apply},   {"save", CommandLine::Save},
+        {"verify", CommandLine::Verify},  {"sheet", CommandLine::Sheet},
+        {"compare", CommandLine::Compare}};
     result.command = commands.at(activeCommand(app).get_name());
     if (result.command == CommandLine::Count) requireChain(activeCommand(app), result.count);
     if (result.command == CommandLine::Check) requireChain(activeCommand(app), result.check);
     if (result.command == CommandLine::Verify) requireChain(activeCommand(app), result.verify);
     return result;
+}
+
+std::vector<CommandDescription> describeCommands() {
+    CommandLine unused;
+    ApplyOptions unusedProject;
+    CLI::App app(kIntroduction, "fxrender");
+    defineCommands(app, unused, unusedProject);
+    std::vector<CommandDescription> descriptions = {describe(app)};
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        descriptions.push_back(describe(*command));
+    return descriptions;
 }
 
 QStringList asQStrings(const std::vector<std::string>& texts) {
@@ -482,6 +621,8 @@ std::string shortUsage() {
            "  fxrender save PROJECT INPUT... -f FILTER ...      write a project\n"
            "  fxrender render PROJECT -o OUTPUT                 render it; also count, check\n"
            "  fxrender verify PROJECT -o OUTPUT                 what is missing, stale or damaged\n"
+           "  fxrender sheet INPUT -o OUTPUT --over SWEEP ...   one frame, several values\n"
+           "  fxrender compare A B                              how pictures differ\n"
            "  fxrender apply --help                             all options, and examples\n";
 }
 

@@ -34,6 +34,7 @@ struct RunOptions : Selection {
     bool keepGoing = false;
     ProgressMode progress = ProgressMode::Auto;
     bool quiet = false;
+    std::string plot;            ///< empty: none
     std::int64_t maxMemory = 0;  ///< bytes; 0: no limit
 };
 
@@ -74,18 +75,42 @@ struct CountOptions : RunOptions {
     bool excludeBorder = false;
 };
 
+struct SheetOptions {
+    std::string input;
+    std::string frame;  ///< empty: the first
+    media::ReadOptions reading;
+    std::vector<std::string> filters;
+    std::vector<std::string> sweeps;  ///< one, or two for a grid
+    std::string plugin;               ///< empty: the one that belongs to this program
+    std::string output;
+    bool quiet = false;
+};
+
+struct CompareOptions {
+    std::string before;
+    std::string after;
+    std::string frames;  ///< empty: all of them
+    media::ReadOptions reading;
+    std::string output;  ///< empty: no pictures
+    int gain = 0;        ///< 0: what suits each picture
+    bool json = false;
+};
+
 /// What the user asks for.
 struct CommandLine {
-    enum Command { ShowText, List, Apply, Count, Check, Save, Verify };
+    enum Command { ShowText, Complete, List, Apply, Count, Check, Save, Verify, Sheet, Compare };
 
     Command command = ShowText;
-    std::string text;  ///< what ShowText prints: help or the version
+    std::string text;                ///< what ShowText prints: help or the version
+    std::vector<std::string> typed;  ///< what Complete goes on with, see Completion.h
     ListOptions list;
     ApplyOptions apply;  ///< also to render a project
     CountOptions count;
     Selection check;
     SaveOptions save;
     VerifyOptions verify;
+    SheetOptions sheet;
+    CompareOptions compare;
 };
 
 /// Throws UsageError; the message names the nearest valid choice where there is one.
@@ -93,6 +118,25 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments);
 
 /// LO-HI, auto or each. Throws UsageError.
 media::SampleRange parseRange(const std::string& text);
+/// Options and arguments of a command as parseCommandLine() takes them.
+struct OptionDescription {
+    std::vector<std::string> names;  ///< "-o", "--output"; of an argument its word: "INPUT"
+    std::string value;               ///< "FILE", or the choices "auto|bar|none"; empty: takes none
+    std::string about;
+    bool isArgument = false;
+    bool isRequired = false;
+    bool isRepeated = false;
+};
+struct CommandDescription {
+    std::string name;
+    std::string about;
+    std::string notes;  ///< lines below the options, to be shown as they stand
+    std::vector<OptionDescription> options;
+};
+
+/// The program itself, then its commands: what its help, its manual and the completion of a shell
+/// know.
+std::vector<CommandDescription> describeCommands();
 
 /// Texts as they were typed, for the toolkit.
 QStringList asQStrings(const std::vector<std::string>& texts);

@@ -9,6 +9,7 @@
 #include "host/imaging/Areas.h"
 #include "host/media/MediaSink.h"
 #include "host/media/file_names.h"
+#include "host/render/CountPlot.h"
 #include "host/render/FileClaims.h"
 #include "host/render/FrameJob.h"
 #include "host/render/FrameRun.h"
@@ -23,7 +24,7 @@ namespace {
 struct CountOutputs {
     std::unique_ptr<media::MediaSink> labels;    ///< null: not asked for
     std::unique_ptr<media::MediaSink> outlines;  ///< null: not asked for
-    std::optional<ResultFile> table;
+    std::optional<ResultFile> table, plot;
 };
 
 CountOutputs openOutputs(const CountOptions& options, const ChosenFrames& chosen) {
@@ -46,6 +47,10 @@ CountOutputs openOutputs(const CountOptions& options, const ChosenFrames& chosen
     if (!options.table.empty()) {
         if (options.table != "-") claims.claim(options.table, "the table");
         outputs.table.emplace("--table", options.table, kObjectTableBeginning, folders);
+    }
+    if (!options.plot.empty()) {
+        claims.claim(options.plot, "the plot");
+        outputs.plot.emplace("--plot", options.plot, kCountPlotBeginning, folders);
     }
     return outputs;
 }
@@ -134,6 +139,12 @@ ExitCode runCount(const CountOptions& options, const document::FilterCatalog& ca
     if (outputs.outlines && result.isWhole()) outputs.outlines->finish();
     result.throwEnding();
     if (outputs.table) outputs.table->write(table.objects());
+    if (outputs.plot) {
+        std::vector<PlotPoint> points;
+        for (const FrameOutcome& outcome : result.outcomes)
+            points.push_back({outcome.frame, table.objectsOf(outcome.frame)});
+        outputs.plot->write(countPlot(plotTitle(options.inputs), points));
+    }
     if (!outputs.table || !outputs.table->isStandardOutput())
         std::fputs(table.frames().c_str(), stdout);
     return result.exitCode;

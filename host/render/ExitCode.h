@@ -11,6 +11,7 @@ namespace render {
 enum ExitCode : int {
     Done = 0,
     SomeFramesFailed = 1,
+    PicturesDiffer = 1,
     WrongCommandLine = 2,
     InvalidData = 65,
     MissingInput = 66,

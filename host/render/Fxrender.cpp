@@ -10,10 +10,13 @@
 #include "host/render/ApplyCommand.h"
 #include "host/render/CheckCommand.h"
 #include "host/render/CommandLine.h"
+#include "host/render/CompareCommand.h"
+#include "host/render/Completion.h"
 #include "host/render/CountCommand.h"
 #include "host/render/ListCommand.h"
 #include "host/render/PluginSession.h"
 #include "host/render/SaveCommand.h"
+#include "host/render/SheetCommand.h"
 #include "host/render/StopSignal.h"
 #include "host/render/VerifyCommand.h"
 
@@ -70,6 +73,14 @@ int runCommand(const std::vector<std::string>& arguments, Messages& messages) {
             const PluginSession session(commandLine.verify.plugin);
             return runVerify(commandLine.verify, session.catalog(), messages);
         }
+        case CommandLine::Sheet: {
+            const PluginSession session(commandLine.sheet.plugin);
+            return runSheet(commandLine.sheet, session.catalog(), messages);
+        }
+        case CommandLine::Compare:
+            return runCompare(commandLine.compare);
+        case CommandLine::Complete:
+            return printText(completionReply(commandLine.typed));
     }
     return WrongCommandLine;
 }

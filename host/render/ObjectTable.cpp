@@ -42,6 +42,11 @@ void ObjectTable::add(std::int64_t frame, std::string input, std::vector<Area> o
     m_frames[frame] = {std::move(input), std::move(objects), leftOut};
 }
 
+int ObjectTable::objectsOf(std::int64_t frame) const {
+    const auto found = m_frames.find(frame);
+    return found == m_frames.end() ? -1 : static_cast<int>(found->second.objects.size());
+}
+
 std::string ObjectTable::frames() const {
     std::string text = "frame,objects,mean_area,smallest_area,largest_area,left_out,input\n";
     for (const auto& [number, frame] : m_frames)

@@ -19,6 +19,9 @@ class ObjectTable {
 public:
     void add(std::int64_t frame, std::string input, std::vector<Area> objects, int leftOut);
 
+    /// How many objects a frame has, -1 for one that was not added.
+    int objectsOf(std::int64_t frame) const;
+
     /// A row for each frame.
     std::string frames() const;
 

@@ -1,47 +1,28 @@
 #include "host/render/PluginSession.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QToolBox>
 #include <QUndoStack>
-#include <cstdio>
 
 #include "host/kernel/KernelStore.h"
 #include "host/kernel/PluginLoader.h"
+#include "host/render/DisplaylessApplication.h"
 #include "host/render/ExitCode.h"
 
 namespace render {
 
 namespace {
 
-/// What the toolkit says about the user's desktop does not concern a renderer.
-void printToolkitMessage(QtMsgType, const QMessageLogContext&, const QString& message) {
-    if (message.startsWith(QLatin1String("QStandardPaths: "))) return;
-    std::fprintf(stderr, "%s\n", qPrintable(message));
-}
-
-/// The toolkit needs no display to render; the user's desktop has no say in it either.
-struct DisplaylessApplication {
-    DisplaylessApplication() {
-        qInstallMessageHandler(printToolkitMessage);
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        qunsetenv("QT_QPA_PLATFORMTHEME");
-        qunsetenv("QT_STYLE_OVERRIDE");
-        application = std::make_unique<QApplication>(argumentCount, arguments);
-    }
-
-    // The toolkit keeps references to these. The program's own arguments are not for it.
-    int argumentCount = 1;
-    char name[9] = "fxrender";
-    char* arguments[2] = {name, nullptr};
-    std::unique_ptr<QApplication> application;
-};
-
+/// Beside the program as it is built, or else as it is installed.
 QString ownPlugin() {
-    return QDir::cleanPath(QCoreApplication::applicationDirPath() +
-                           QStringLiteral("/../plugins/libBasicFiltersPlugin.so"));
+    const auto inFolder = [](const char* folder) {
+        return QDir::cleanPath(QCoreApplication::applicationDirPath() + '/' +
+                               QLatin1String(folder) + QStringLiteral("/libBasicFiltersPlugin.so"));
+    };
+    const QString built = inFolder("../plugins"), installed = inFolder(FX_PLUGIN_FOLDER);
+    return !QFileInfo::exists(built) && QFileInfo::exists(installed) ? installed : built;
 }
 
 void checkReadable(const QString& file, bool isOwn) {

@@ -13,7 +13,7 @@ namespace render {
 class PluginSession {
 public:
     /// An empty path means the plug-in that belongs to this program: libBasicFiltersPlugin.so in
-    /// the folder plugins beside the program's own folder.
+    /// the folder plugins beside the program's own folder, or where installing has put it.
     /// Throws CommandError: MissingInput when the library is not there or cannot be read,
     /// InvalidData when it is refused.
     explicit PluginSession(const std::string& pluginPath);

@@ -4,13 +4,13 @@
 #include <QFileInfo>
 #include <cstdio>
 
+#include "host/document/ContactSheet.h"
 #include "host/document/FilterChain.h"
 #include "host/media/SamplePicture.h"
 #include "host/render/FrameJob.h"
 #include "host/render/Fxrender.h"
 #include "host/render/PictureTaker.h"
 #include "host/render/PluginSession.h"
-#include "host/render/demo/ContactSheet.h"
 #include "host/render/demo/Demonstrations.h"
 
 namespace render {
@@ -56,7 +56,11 @@ int demonstrate(const QString& folderName) {
     save(media::samplePicture(), sample);
 
     const QImage picture(sample);
-    std::vector<SheetCell> cells = {
+    document::ContactSheet sheet;
+    sheet.heading = QStringLiteral("Every filter on one sample picture");
+    sheet.columns = 4;
+    sheet.box = QSize(400, 300);
+    sheet.cells = {
         {picture, QStringLiteral("Sample"), QStringLiteral("the picture all others are made from")},
         {picture.copy(sampleDetail()), QStringLiteral("Sample"), QStringLiteral("a detail of it")}};
     int number = 0;
@@ -67,14 +71,15 @@ int demonstrate(const QString& folderName) {
                                                        .arg(fileNamePart(key)));
             renderSample(demonstration.filters, sample, result, session.catalog());
             const QImage shown = QImage(result).copy(demonstration.detail);
-            cells.push_back({shown, key + ": " + demonstration.about,
-                             demonstration.filters.join(QString::fromUtf8("  \u2192  "))});
+            sheet.cells.push_back({shown, key + ": " + demonstration.about,
+                                   demonstration.filters.join(QString::fromUtf8("  \u2192  "))});
         }
     }
-    const QString sheet = folder.filePath(QStringLiteral("contact-sheet.png"));
-    save(contactSheet(QStringLiteral("Every filter on one sample picture"), cells), sheet);
+    const QString sheetFile = folder.filePath(QStringLiteral("contact-sheet.png"));
+    save(document::drawContactSheet(sheet), sheetFile);
     std::printf("%d results and the sample: %s\ncontact sheet:            %s\n", number,
-                qPrintable(folder.absolutePath()), qPrintable(QFileInfo(sheet).absoluteFilePath()));
+                qPrintable(folder.absolutePath()),
+                qPrintable(QFileInfo(sheetFile).absoluteFilePath()));
     return Done;
 }
 

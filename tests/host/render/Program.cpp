@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QThreadPool>
 #include <algorithm>
+#include <cstring>
 
 #include "host/render/Fxrender.h"
 
@@ -155,4 +156,27 @@ std::vector<int> samples(const QImage& image, SampleOf sampleOf) {
     for (int y = 0; y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x) result.push_back(sampleOf(image.pixel(x, y)));
     return result;
+}
+
+std::vector<QPoint> placesOf(const std::vector<QImage>& pictures, const QImage& sheet) {
+    const QImage all = sheet.convertToFormat(QImage::Format_RGB32);
+    const auto isAt = [&all](const QImage& picture, int x, int y) {
+        const std::size_t bytes = static_cast<std::size_t>(picture.width()) * sizeof(QRgb);
+        for (int row = 0; row < picture.height(); ++row)
+            if (std::memcmp(all.constScanLine(y + row) + sizeof(QRgb) * static_cast<std::size_t>(x),
+                            picture.constScanLine(row), bytes) != 0)
+                return false;
+        return true;
+    };
+    std::vector<QPoint> places;
+    for (const QImage& original : pictures) {
+        const QImage picture = original.convertToFormat(QImage::Format_RGB32);
+        const std::size_t known = places.size();
+        for (int y = 0; y + picture.height() <= all.height() && places.size() == known; ++y)
+            for (int x = 0; x + picture.width() <= all.width() && places.size() == known; ++x)
+                if (isAt(picture, x, y)) places.emplace_back(x, y);
+        EXPECT_EQ(places.size(), known + 1) << "picture " << known << " is not on the sheet";
+        if (places.size() == known) places.emplace_back(-1, -1);
+    }
+    return places;
 }

@@ -78,3 +78,6 @@ using SampleOf = int (*)(QRgb);
 
 /// One number for each pixel, row by row: its grey level, or what else is asked for.
 std::vector<int> samples(const QImage& image, SampleOf sampleOf = qGray);
+
+/// Where each picture is seen on a sheet, pixel by pixel. The test fails for one that is not there.
+std::vector<QPoint> placesOf(const std::vector<QImage>& pictures, const QImage& sheet);

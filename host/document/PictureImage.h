@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QImage>
+
+#include "framework/contract/ImageProcessor/HkImage.h"
+
+namespace document {
+
+/// The region as the toolkit draws it. It shows the picture's own pixels, which must outlive it,
+/// unless there is no such format in the toolkit (grey with alpha). Null for no picture.
+QImage imageOf(const HkImage& picture);
+
+}  // namespace document
