@@ -38,23 +38,23 @@ public:
         OIIO::ImageSpec options;
         options.attribute("oiio:UnassociatedAlpha", 1);
         if (!m_input || !m_input->supports("ioproxy") || !m_input->set_ioproxy(&m_memory) ||
-            !m_input->open(std::string("frame.") + reader, m_spec, options)) {
+            !m_input->open(std::string("frame.") + reader, m_layout, options)) {
             forgetReason();
             refuseDamaged("its head cannot be understood");
         }
-        m_head.width = m_spec.width;
-        m_head.height = m_spec.height;
+        m_head.width = m_layout.width;
+        m_head.height = m_layout.height;
         // Up to four, of more the colours and an alpha that stands right behind them.
-        m_head.channels = m_spec.nchannels <= 4       ? m_spec.nchannels
-                          : m_spec.alpha_channel == 3 ? 4
+        m_head.channels = m_layout.nchannels <= 4       ? m_layout.nchannels
+                          : m_layout.alpha_channel == 3 ? 4
                                                       : 3;
-        if (m_spec.nchannels > m_head.channels)
+        if (m_layout.nchannels > m_head.channels)
             m_head.notes.push_back("only the first " + std::to_string(m_head.channels) + " of " +
-                                   std::to_string(m_spec.nchannels) + " channels are read");
-        m_head.samples = m_spec.format == OIIO::TypeUInt8    ? SampleType::Byte
-                         : m_spec.format == OIIO::TypeUInt16 ? SampleType::Word
+                                   std::to_string(m_layout.nchannels) + " channels are read");
+        m_head.samples = m_layout.format == OIIO::TypeUInt8    ? SampleType::Byte
+                         : m_layout.format == OIIO::TypeUInt16 ? SampleType::Word
                                                              : SampleType::Float;
-        m_head.orientation = m_spec.get_int_attribute("Orientation", 1);
+        m_head.orientation = m_layout.get_int_attribute("Orientation", 1);
         if (m_head.orientation < 1 || m_head.orientation > 8) m_head.orientation = 1;
         // These two give colours multiplied by alpha although we asked for the contrary.
         const bool hasAlpha = m_head.channels == 2 || m_head.channels == 4;
@@ -62,7 +62,7 @@ public:
         m_head.isPremultiplied = hasAlpha && multiplies;
         if (m_head.isPremultiplied) m_head.samples = SampleType::Float;
         m_head.leastBytes =
-            static_cast<double>(m_spec.width) * m_spec.height * m_spec.nchannels / mostPerByte;
+            static_cast<double>(m_layout.width) * m_layout.height * m_layout.nchannels / mostPerByte;
     }
 
     void read(unsigned char* rows, std::size_t step) override {
@@ -80,11 +80,11 @@ public:
 
     PictureProperties properties() override {
         PictureProperties result;
-        result.xResolution = m_spec.get_float_attribute("XResolution");
-        result.yResolution = m_spec.get_float_attribute("YResolution");
-        const std::string unit = m_spec.get_string_attribute("ResolutionUnit");
+        result.xResolution = m_layout.get_float_attribute("XResolution");
+        result.yResolution = m_layout.get_float_attribute("YResolution");
+        const std::string unit = m_layout.get_string_attribute("ResolutionUnit");
         result.resolutionUnit = unit == "in" || unit == "inch" ? "in" : unit == "cm" ? "cm" : "";
-        if (const OIIO::ParamValue* profile = m_spec.find_attribute("ICCProfile")) {
+        if (const OIIO::ParamValue* profile = m_layout.find_attribute("ICCProfile")) {
             const auto* bytes = static_cast<const unsigned char*>(profile->data());
             result.iccProfile.assign(bytes, bytes + profile->type().size());
         }
@@ -99,7 +99,7 @@ private:
     }
 
     OIIO::Filesystem::IOMemReader m_memory;
-    OIIO::ImageSpec m_spec;
+    OIIO::ImageSpec m_layout;
     std::unique_ptr<OIIO::ImageInput> m_input;
 };
 

@@ -30,9 +30,6 @@ protected:
     ProgramResult shell(const Arguments& commandLine) const {
         return RunningProgram(commandLine, folder()).wait();
     }
-    bool has(const char* program) const {
-        return shell({"/bin/sh", "-c", std::string("command -v ") + program}).exitCode == 0;
-    }
     /// What the program tells bash to put in the place of the piece of the word at the line's end.
     Words offered(const std::string& line) {
         const ProgramResult result =
@@ -120,7 +117,6 @@ TEST_F(FxrenderShell, OffersFiltersTheirParametersAndValues) {
 }
 
 TEST_F(FxrenderShell, ZshOffersTheSame) {
-    if (!has("zsh")) GTEST_SKIP() << "zsh is not installed";
     const auto zsh = [this](const std::string& words, const std::string& prefix) {
         // The functions of its completion say what they are given.
         const ProgramResult result = shell(
@@ -142,7 +138,6 @@ TEST_F(FxrenderShell, ZshOffersTheSame) {
 }
 
 TEST_F(FxrenderShell, TheManualTellsEveryOptionAndReadsWithoutComplaint) {
-    if (!has("scdoc") || !has("man")) GTEST_SKIP() << "scdoc or man is not installed";
     const ProgramResult page = shell({"/bin/sh", "-c",
                                       FXRENDER " manual | scdoc > fxrender.1 && "
                                                "MANWIDTH=120 man --warnings -l fxrender.1"});
