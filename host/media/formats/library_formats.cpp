@@ -47,13 +47,13 @@ public:
         // Up to four, of more the colours and an alpha that stands right behind them.
         m_head.channels = m_layout.nchannels <= 4       ? m_layout.nchannels
                           : m_layout.alpha_channel == 3 ? 4
-                                                      : 3;
+                                                        : 3;
         if (m_layout.nchannels > m_head.channels)
             m_head.notes.push_back("only the first " + std::to_string(m_head.channels) + " of " +
                                    std::to_string(m_layout.nchannels) + " channels are read");
         m_head.samples = m_layout.format == OIIO::TypeUInt8    ? SampleType::Byte
                          : m_layout.format == OIIO::TypeUInt16 ? SampleType::Word
-                                                             : SampleType::Float;
+                                                               : SampleType::Float;
         m_head.orientation = m_layout.get_int_attribute("Orientation", 1);
         if (m_head.orientation < 1 || m_head.orientation > 8) m_head.orientation = 1;
         // These two give colours multiplied by alpha although we asked for the contrary.
@@ -61,8 +61,8 @@ public:
         const bool multiplies = !std::strcmp(reader, "openexr") || !std::strcmp(reader, "webp");
         m_head.isPremultiplied = hasAlpha && multiplies;
         if (m_head.isPremultiplied) m_head.samples = SampleType::Float;
-        m_head.leastBytes =
-            static_cast<double>(m_layout.width) * m_layout.height * m_layout.nchannels / mostPerByte;
+        m_head.leastBytes = static_cast<double>(m_layout.width) * m_layout.height *
+                            m_layout.nchannels / mostPerByte;
     }
 
     void read(unsigned char* rows, std::size_t step) override {
