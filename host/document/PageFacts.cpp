@@ -123,7 +123,7 @@ private:
 
     ParameterChoice choiceShown(int value, const Shown& shown) const {
         for (QWidget* control : m_own) {
-            const QVariant shows = shown.at(control);
+            const QVariant& shows = shown.at(control);
             const auto* button = qobject_cast<QAbstractButton*>(control);
             if (button && shows.toBool())
                 return {value, plainText(button->text()), button->toolTip(), button->whatsThis()};

@@ -26,7 +26,7 @@ PreviewController::PreviewController(EditorDocument& document, EditorState& stat
       m_document(document),
       m_state(state),
       m_worker(
-          [this](std::shared_ptr<const Preview> preview) {
+          [this](const std::shared_ptr<const Preview>& preview) {
               QMetaObject::invokeMethod(
                   this, [this, preview] { deliver(preview); }, Qt::QueuedConnection);
           },

@@ -8,7 +8,7 @@
 
 namespace editor {
 
-quint64 SweepRenderer::start(std::shared_ptr<const media::MediaSource> source, qint64 frame,
+quint64 SweepRenderer::start(const std::shared_ptr<const media::MediaSource>& source, qint64 frame,
                              int objectId, const std::vector<InstanceState>& states,
                              int longestSide) {
     stop();
@@ -36,7 +36,7 @@ void SweepRenderer::stop() {
     m_trials.clear();
 }
 
-void SweepRenderer::run(quint64 number, std::shared_ptr<const media::MediaSource> source,
+void SweepRenderer::run(quint64 number, const std::shared_ptr<const media::MediaSource>& source,
                         qint64 frame, int step, int longestSide) {
     std::unique_ptr<HkImage> input;
     try {

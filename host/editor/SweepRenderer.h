@@ -30,8 +30,8 @@ public:
     SweepRenderer& operator=(const SweepRenderer&) = delete;
 
     /// Ends what is being rendered and starts anew. Returns the number of the run.
-    quint64 start(std::shared_ptr<const media::MediaSource> source, qint64 frame, int objectId,
-                  const std::vector<InstanceState>& states, int longestSide);
+    quint64 start(const std::shared_ptr<const media::MediaSource>& source, qint64 frame,
+                  int objectId, const std::vector<InstanceState>& states, int longestSide);
     void stop();
 
 private:

@@ -74,6 +74,7 @@ std::string writableVideoSuffixes() {
 
 std::vector<std::string> videoCodecNames() {
     std::vector<std::string> names;
+    names.reserve(std::size(kCodecs));
     for (const VideoCodec& codec : kCodecs) names.emplace_back(codec.name);
     return names;
 }

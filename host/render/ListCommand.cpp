@@ -102,8 +102,9 @@ struct Parameter {
 
 std::vector<Parameter> parametersOf(const document::FilterCatalog& catalog, int typeId) {
     std::vector<Parameter> parameters;
-    for (int index = 0; index < catalog.descriptor(typeId).paramCount(); ++index)
-        parameters.emplace_back(catalog, typeId, index);
+    const int count = catalog.descriptor(typeId).paramCount();
+    parameters.reserve(static_cast<std::size_t>(count));
+    for (int index = 0; index < count; ++index) parameters.emplace_back(catalog, typeId, index);
     return parameters;
 }
 
