@@ -39,8 +39,8 @@ private:
         int objectId;
         std::unique_ptr<document::ChainRenderer> chain;
     };
-    void run(quint64 run, std::shared_ptr<const media::MediaSource> source, qint64 frame, int step,
-             int longestSide);
+    void run(quint64 number, const std::shared_ptr<const media::MediaSource>& source, qint64 frame,
+             int step, int longestSide);
 
     Deliver m_deliver;
     std::vector<Trial> m_trials;
