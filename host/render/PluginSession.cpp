@@ -1,6 +1,7 @@
 #include "host/render/PluginSession.h"
 
 #include <QDir>
+#include <QEvent>
 #include <QFile>
 #include <QFileInfo>
 #include <QToolBox>
@@ -55,6 +56,8 @@ PluginSession::PluginSession(const std::string& pluginPath) : d(new Private) {
 
 PluginSession::~PluginSession() {
     KernelStore::instance().clear();
+    // Entries go when control returns to an event loop, which a renderer has none of.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 const document::FilterCatalog& PluginSession::catalog() const {
