@@ -12,7 +12,6 @@
 #include <numeric>
 #include <optional>
 #include <set>
-#include <thread>
 
 #include "host/media/MediaError.h"
 #include "host/media/VideoTrack.h"
@@ -250,7 +249,8 @@ private:
     /// pictures): a decoder that begins there leaves them out.
     void openDecoder() {
         FfmsReason reason;
-        const int threads = static_cast<int>(std::thread::hardware_concurrency());
+        // With several, a complaint about damage may come after the frame it is about.
+        const int threads = 1;
         m_video.reset(
             FFMS_CreateVideoSource(videoUrl(m_path).c_str(), m_trackNumber, m_index.get(), threads,
                                    m_canJump ? FFMS_SEEK_NORMAL : FFMS_SEEK_LINEAR, reason.info()));
