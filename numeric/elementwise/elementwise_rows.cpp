@@ -99,7 +99,13 @@ float maximumRow(const float* data, int width, float start) {
         max3 = larger(hn::LoadU(d, data + x + 3 * lanes), max3);
     }
     for (; x + lanes <= width; x += lanes) max0 = larger(hn::LoadU(d, data + x), max0);
-    float largest = hn::GetLane(hn::MaxOfLanes(d, larger(larger(max0, max1), larger(max2, max3))));
+    // Lane by lane: the reduction of an emulated vector begins with the lowest finite number, above
+    // the minus infinity that a row of NaNs has.
+    HWY_ALIGN float lane[kMostLanes];
+    hn::Store(larger(larger(max0, max1), larger(max2, max3)), d, lane);
+    float largest = start;
+    for (int i = 0; i < lanes; ++i)
+        if (lane[i] > largest) largest = lane[i];
     for (; x < width; ++x)
         if (data[x] > largest) largest = data[x];
     return largest;
