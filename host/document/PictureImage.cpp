@@ -4,19 +4,27 @@
 
 namespace document {
 
-QImage imageOf(const HkImage& picture) {
-    const auto shown = [&picture](QImage::Format format) {
-        const uchar* pixels = picture.data;  // const: the image is never written to
-        return QImage(pixels, picture.roiWidth, picture.roiHeight, picture.step, format);
-    };
+namespace {
+
+using Owner = std::shared_ptr<const HkImage>;
+
+/// owner: kept until the last copy of the image is gone, or null.
+QImage shown(const HkImage& picture, QImage::Format format, const Owner& owner) {
+    const uchar* pixels = picture.data;  // const: the image is never written to
+    const QImageCleanupFunction release = [](void* kept) { delete static_cast<Owner*>(kept); };
+    return QImage(pixels, picture.roiWidth, picture.roiHeight, picture.step, format,
+                  owner ? release : nullptr, owner ? new Owner(owner) : nullptr);
+}
+
+QImage imageOf(const HkImage& picture, const Owner& owner) {
     if (!picture.data) return QImage();
     switch (picture.channels) {
         case 1:
-            return shown(QImage::Format_Grayscale8);
+            return shown(picture, QImage::Format_Grayscale8, owner);
         case 3:
-            return shown(QImage::Format_RGB888);
+            return shown(picture, QImage::Format_RGB888, owner);
         case 4:
-            return shown(QImage::Format_RGBA8888);
+            return shown(picture, QImage::Format_RGBA8888, owner);
         default:
             break;
     }
@@ -30,6 +38,16 @@ QImage imageOf(const HkImage& picture) {
         }
     }
     return image;
+}
+
+}  // namespace
+
+QImage imageOf(const HkImage& picture) {
+    return imageOf(picture, nullptr);
+}
+
+QImage imageOf(const std::shared_ptr<const HkImage>& picture) {
+    return picture ? imageOf(*picture, picture) : QImage();
 }
 
 }  // namespace document

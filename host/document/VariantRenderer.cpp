@@ -1,10 +1,10 @@
 #include "host/document/VariantRenderer.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <new>
 
 #include "host/document/FilterError.h"
+#include "host/imaging/PictureViews.h"
 #include "host/kernel/KernelStore.h"
 
 namespace document {
@@ -12,14 +12,8 @@ namespace document {
 namespace {
 
 std::unique_ptr<HkImage> copyOf(const HkImage& picture) {
-    auto copy = std::make_unique<HkImage>(picture.roiWidth, picture.roiHeight, picture.channels,
-                                          nullptr, 4);
-    if (!copy->data) throw std::bad_alloc();
-    const std::ptrdiff_t rowBytes = std::ptrdiff_t{picture.roiWidth} * picture.channels;
-    for (std::ptrdiff_t y = 0; y < picture.roiHeight; ++y) {
-        const unsigned char* row = picture.data + y * picture.step;
-        std::copy(row, row + rowBytes, copy->data + y * copy->step);
-    }
+    auto copy = copyPicture(picture);
+    if (!copy) throw std::bad_alloc();
     return copy;
 }
 

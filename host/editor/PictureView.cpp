@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/editor/PictureImage.h"
+#include "host/document/PictureImage.h"
 #include "host/editor/Theme.h"
 
 namespace editor {
@@ -128,7 +128,7 @@ bool PictureView::isOnWipe(QPointF position) const {
 
 void PictureView::drawPicture(QPainter& painter, const Picture& picture, const QRectF& pane,
                               Scaled& scaled) {
-    const QImage image = imageOf(picture);
+    const QImage image = document::imageOf(picture);
     if (image.isNull()) return;
     const QRectF target = targetIn(pane);
     painter.save();

@@ -14,8 +14,8 @@
 
 #include "framework/contract/FxKernelApi/CmdChangeObject.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
+#include "host/document/PictureImage.h"
 #include "host/editor/EditorDocument.h"
-#include "host/editor/PictureImage.h"
 #include "host/editor/Texts.h"
 #include "host/kernel/ParamValue.h"
 
@@ -45,7 +45,7 @@ public:
     void set(std::size_t index, const SweepRenderer::Cell& cell) {
         if (index >= m_cells.size()) return;
         m_cells[index] = cell;
-        m_images[index] = imageOf(cell.picture);
+        m_images[index] = document::imageOf(cell.picture);
         update();
     }
     QRect cellRect(int index) const {

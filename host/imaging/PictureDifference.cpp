@@ -40,29 +40,3 @@ std::optional<PictureDifference> differenceOf(const HkImage& before, const HkIma
     }
     return result;
 }
-
-std::unique_ptr<HkImage> amplifiedDifference(const HkImage& before, const HkImage& after,
-                                             int gain) {
-    if (!agree(before, after)) return nullptr;
-    const bool hasAlpha = before.channels % 2 == 0;
-    const int colours = before.channels - (hasAlpha ? 1 : 0);
-    auto result = std::make_unique<HkImage>();
-    if (!HkImageAccess::allocate(*result, before.roiWidth, before.roiHeight, colours,
-                                 HkImageAccess::kRowAlignment, HkImageAccess::Contents::Undefined))
-        return nullptr;
-    for (int y = 0; y < before.roiHeight; ++y) {
-        const unsigned char* a = rowOf(before, y);
-        const unsigned char* b = rowOf(after, y);
-        unsigned char* out = rowOf(*result, y);
-        for (int x = 0; x < before.roiWidth; ++x) {
-            const int ofAlpha = hasAlpha ? std::abs(a[colours] - b[colours]) : 0;
-            for (int c = 0; c < colours; ++c) {
-                const std::int64_t difference = std::max(ofAlpha, std::abs(a[c] - b[c]));
-                *out++ = static_cast<unsigned char>(std::min<std::int64_t>(difference * gain, 255));
-            }
-            a += before.channels;
-            b += before.channels;
-        }
-    }
-    return result;
-}

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <memory>
 #include <optional>
 
 #include "framework/contract/ImageProcessor/HkImage.h"
@@ -32,8 +31,3 @@ struct PictureDifference {
 /// Compares the regions. None when one is no picture, or sizes or channels do not agree.
 IMAGEPROCESSOR_EXPORT std::optional<PictureDifference> differenceOf(const HkImage& before,
                                                                     const HkImage& after);
-
-/// |after - before| * gain for each sample, cut at 255, in one channel or in RGB: what differs in
-/// alpha shows in all of them. Null as differenceOf(), and when memory ran out.
-IMAGEPROCESSOR_EXPORT std::unique_ptr<HkImage> amplifiedDifference(const HkImage& before,
-                                                                   const HkImage& after, int gain);

@@ -28,16 +28,28 @@ std::unique_ptr<HkImage> pictureOf(const cv::Mat& pixels) {
     return picture;
 }
 
+bool hasAlpha(const cv::Mat& pixels) {
+    return pixels.channels() % 2 == 0;
+}
+
+cv::Mat channelOf(const cv::Mat& pixels, int channel) {
+    cv::Mat samples;
+    cv::extractChannel(pixels, samples, channel);
+    return samples;
+}
+
+/// Grey without alpha, of a grey picture.
+cv::Mat greyOf(const cv::Mat& pixels) {
+    return hasAlpha(pixels) ? channelOf(pixels, 0) : pixels;
+}
+
 /// RGB without alpha.
 cv::Mat coloursOf(const cv::Mat& pixels) {
     cv::Mat colours;
     switch (pixels.channels()) {
         case 1:
-            cv::cvtColor(pixels, colours, cv::COLOR_GRAY2RGB);
-            return colours;
         case 2:
-            cv::extractChannel(pixels, colours, 0);
-            cv::cvtColor(colours, colours, cv::COLOR_GRAY2RGB);
+            cv::cvtColor(greyOf(pixels), colours, cv::COLOR_GRAY2RGB);
             return colours;
         case 4:
             cv::cvtColor(pixels, colours, cv::COLOR_RGBA2RGB);
@@ -102,11 +114,16 @@ std::unique_ptr<HkImage> reducedPicture(const HkImage& picture, int factor) {
 std::unique_ptr<HkImage> differencePicture(const HkImage& before, const HkImage& after, int gain) {
     if (!areAlikeInSize(before, after)) return nullptr;
     return orNull([&] {
-        const bool isGrey = before.channels == 1 && after.channels == 1;
-        const cv::Mat first = isGrey ? regionOf(before) : coloursOf(regionOf(before));
-        const cv::Mat second = isGrey ? regionOf(after) : coloursOf(regionOf(after));
+        const cv::Mat a = regionOf(before), b = regionOf(after);
+        const bool isGrey = a.channels() <= 2 && b.channels() <= 2;
         cv::Mat difference;
-        cv::absdiff(first, second, difference);
+        cv::absdiff(isGrey ? greyOf(a) : coloursOf(a), isGrey ? greyOf(b) : coloursOf(b),
+                    difference);
+        if (hasAlpha(a) && hasAlpha(b)) {
+            cv::Mat ofAlpha;
+            cv::absdiff(channelOf(a, a.channels() - 1), channelOf(b, b.channels() - 1), ofAlpha);
+            cv::max(difference, isGrey ? ofAlpha : coloursOf(ofAlpha), difference);
+        }
         difference.convertTo(difference, -1, gain);
         return pictureOf(difference);
     });

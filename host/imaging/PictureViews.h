@@ -17,7 +17,8 @@ IMAGEPROCESSOR_EXPORT std::unique_ptr<HkImage> copyPicture(const HkImage& pictur
 /// for. No side becomes shorter than 1 pixel.
 IMAGEPROCESSOR_EXPORT std::unique_ptr<HkImage> reducedPicture(const HkImage& picture, int factor);
 
-/// |after - before| * gain for each sample, cut at 255: one channel when both have one, else RGB.
+/// |after - before| * gain for each sample, cut at 255: grey when both are, else RGB. Where both
+/// have alpha, what differs there shows in all channels.
 IMAGEPROCESSOR_EXPORT std::unique_ptr<HkImage> differencePicture(const HkImage& before,
                                                                  const HkImage& after, int gain);
 

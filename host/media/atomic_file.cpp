@@ -67,27 +67,6 @@ std::string targetOf(const std::string& path) {
     return real ? real.get() : path;
 }
 
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1) : m_number(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { close(); }
-    operator int() const { return m_number; }
-    void take(int number) {
-        close();
-        m_number = number;
-    }
-    int close() {
-        const int result = m_number >= 0 ? ::close(m_number) : 0;
-        m_number = -1;
-        return result;
-    }
-
-private:
-    int m_number;
-};
-
 /// Removes what processes of this machine that died left here, once for each folder.
 void sweep(const std::string& folder) {
     static std::mutex mutex;
@@ -106,113 +85,115 @@ void sweep(const std::string& folder) {
     }
 }
 
-/// A file that is not there unless it is renamed. Where the file system can, it has no name until
-/// it is complete, so that not even a power cut leaves it behind.
-class TemporaryFile {
-public:
-    explicit TemporaryFile(const std::string& target)
-        : m_target(target), m_folder(folderOf(target)) {
-        sweep(m_folder);
-        m_file.take(::open(m_folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
-        if (m_file >= 0) return;
-        if (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL && errno != ENOENT)
-            fail(target, errno);
-        withNewName([&] {
-            m_file.take(::open(m_name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-            return m_file >= 0;
-        });
-    }
+void sync(int descriptor, const std::string& target) {
+    // EINVAL, ENOTSUP: a file system without a disk behind it.
+    if (fsync(descriptor) != 0 && errno != EINVAL && errno != ENOTSUP) fail(target, errno);
+}
 
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    ~TemporaryFile() {
-        if (!m_name.empty()) ::unlink(m_name.c_str());
-    }
-
-    /// Who may do what with the file it takes the place of. Only its owner and root may say so;
-    /// where we may not give it away, at least nobody may do more than before.
-    void takeRightsOf(const struct stat& replaced) {
-        constexpr mode_t kSharedBits = S_IRWXG | S_IRWXO | S_ISUID | S_ISGID;
-        struct stat own {};
-        mode_t mode = replaced.st_mode & 07777;
-        if (fstat(m_file, &own) != 0) fail(m_target, errno);
-        const bool isSame = own.st_uid == replaced.st_uid && own.st_gid == replaced.st_gid;
-        if (!isSame && fchown(m_file, replaced.st_uid, replaced.st_gid) != 0 &&
-            fchown(m_file, static_cast<uid_t>(-1), replaced.st_gid) != 0)
-            mode &= ~kSharedBits | (own.st_mode & kSharedBits);
-        fchmod(m_file, mode);  // best effort: file systems without modes refuse
-    }
-
-    void write(const std::vector<unsigned char>& bytes) {
-        for (std::size_t done = 0; done < bytes.size();) {
-            const ssize_t count = ::write(m_file, bytes.data() + done, bytes.size() - done);
-            if (count < 0 && errno != EINTR) fail(m_target, errno);
-            if (count > 0) done += static_cast<std::size_t>(count);
-        }
-    }
-
-    void rename() {
-        sync(m_file);
-        if (m_name.empty()) {
-            // By way of /proc: linking by the descriptor alone is root's right.
-            const std::string self = "/proc/self/fd/" + std::to_string(m_file);
-            withNewName([&] {
-                return linkat(AT_FDCWD, self.c_str(), AT_FDCWD, m_name.c_str(),
-                              AT_SYMLINK_FOLLOW) == 0;
-            });
-        }
-        if (m_file.close() != 0 && errno != EINTR) fail(m_target, errno);
-        if (::rename(m_name.c_str(), m_target.c_str()) != 0) fail(m_target, errno);
-        m_name.clear();
-        // The new name, too, survives a power cut.
-        const Descriptor folder(::open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (folder >= 0) sync(folder);
-    }
-
-private:
-    void sync(int descriptor) const {
-        // EINVAL, ENOTSUP: a file system without a disk behind it.
-        if (fsync(descriptor) != 0 && errno != EINVAL && errno != ENOTSUP) fail(m_target, errno);
-    }
-
-    /// Several processes, perhaps on several machines, choose names in one folder: a clash is
-    /// noticed and the next name tried.
-    template <typename Attempt>
-    void withNewName(Attempt attempt) {
-        static std::atomic<unsigned> counter{std::random_device{}()};
-        constexpr int kAttempts = 100;
-        for (int i = 0; i < kAttempts; ++i) {
-            m_name = m_folder + '/' + namePrefix() + std::to_string(getpid()) + '-' +
-                     std::to_string(counter++) + suffixOf(fileNameOf(m_target));
-            if (attempt()) return;
-            if (errno != EEXIST && errno != EINTR) break;
-        }
-        m_name.clear();
-        fail(m_target, errno);
-    }
-
-    const std::string m_target;
-    const std::string m_folder;
-    std::string m_name;  ///< the name it has now, if it has one
-    Descriptor m_file;
-};
+/// Who may do what with the file it takes the place of. Only its owner and root may say so;
+/// where we may not give it away, at least nobody may do more than before.
+void takeRights(int file, const struct stat& replaced, const std::string& target) {
+    constexpr mode_t kSharedBits = S_IRWXG | S_IRWXO | S_ISUID | S_ISGID;
+    struct stat own {};
+    mode_t mode = replaced.st_mode & 07777;
+    if (fstat(file, &own) != 0) fail(target, errno);
+    const bool isSame = own.st_uid == replaced.st_uid && own.st_gid == replaced.st_gid;
+    if (!isSame && fchown(file, replaced.st_uid, replaced.st_gid) != 0 &&
+        fchown(file, static_cast<uid_t>(-1), replaced.st_gid) != 0)
+        mode &= ~kSharedBits | (own.st_mode & kSharedBits);
+    fchmod(file, mode);  // best effort: file systems without modes refuse
+}
 
 }  // namespace
 
-void writeFileAtomically(const std::string& path, const std::vector<unsigned char>& bytes) {
-    const std::string target = targetOf(path);
+AtomicFile::Descriptor::~Descriptor() {
+    close();
+}
+
+void AtomicFile::Descriptor::take(int number) {
+    close();
+    m_number = number;
+}
+
+int AtomicFile::Descriptor::close() {
+    const int result = m_number >= 0 ? ::close(m_number) : 0;
+    m_number = -1;
+    return result;
+}
+
+AtomicFile::AtomicFile(const std::string& path)
+    : m_target(targetOf(path)), m_folder(folderOf(m_target)) {
     struct stat replaced {};
-    const bool replaces = stat(target.c_str(), &replaced) == 0;
+    const bool replaces = stat(m_target.c_str(), &replaced) == 0;
     if (replaces && !S_ISREG(replaced.st_mode))
         throw MediaError(MediaErrorKind::CannotCreate,
                          shown(path) + (S_ISDIR(replaced.st_mode)
                                             ? ": a folder has this name; choose another"
                                             : ": this is no regular file; choose another name"));
-    TemporaryFile file(target);
-    if (replaces) file.takeRightsOf(replaced);
+    sweep(m_folder);
+    m_file.take(::open(m_folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
+    if (m_file < 0) {
+        if (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL && errno != ENOENT)
+            fail(m_target, errno);
+        withNewName([this] {
+            m_file.take(::open(m_name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+            return m_file >= 0;
+        });
+    }
+    if (replaces) takeRights(m_file, replaced, m_target);
+}
+
+AtomicFile::~AtomicFile() {
+    if (!m_name.empty()) ::unlink(m_name.c_str());
+}
+
+std::string AtomicFile::openName() const {
+    return "/proc/self/fd/" + std::to_string(m_file);
+}
+
+void AtomicFile::write(const std::vector<unsigned char>& bytes) {
+    for (std::size_t done = 0; done < bytes.size();) {
+        const ssize_t count = ::write(m_file, bytes.data() + done, bytes.size() - done);
+        if (count < 0 && errno != EINTR) fail(m_target, errno);
+        if (count > 0) done += static_cast<std::size_t>(count);
+    }
+}
+
+void AtomicFile::publish() {
+    sync(m_file, m_target);
+    // By way of /proc: linking by the descriptor alone is root's right.
+    if (m_name.empty())
+        withNewName([this, self = openName()] {
+            return linkat(AT_FDCWD, self.c_str(), AT_FDCWD, m_name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+        });
+    if (m_file.close() != 0 && errno != EINTR) fail(m_target, errno);
+    if (::rename(m_name.c_str(), m_target.c_str()) != 0) fail(m_target, errno);
+    m_name.clear();
+    // The new name, too, survives a power cut.
+    const Descriptor folder(::open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder >= 0) sync(folder, m_target);
+}
+
+/// Several processes, perhaps on several machines, choose names in one folder: a clash is
+/// noticed and the next name tried.
+template <typename Attempt>
+void AtomicFile::withNewName(Attempt attempt) {
+    static std::atomic<unsigned> counter{std::random_device{}()};
+    constexpr int kAttempts = 100;
+    for (int i = 0; i < kAttempts; ++i) {
+        m_name = m_folder + '/' + namePrefix() + std::to_string(getpid()) + '-' +
+                 std::to_string(counter++) + suffixOf(fileNameOf(m_target));
+        if (attempt()) return;
+        if (errno != EEXIST && errno != EINTR) break;
+    }
+    m_name.clear();
+    fail(m_target, errno);
+}
+
+void writeFileAtomically(const std::string& path, const std::vector<unsigned char>& bytes) {
+    AtomicFile file(path);
     file.write(bytes);
-    file.rename();
+    file.publish();
 }
 
 }  // namespace media

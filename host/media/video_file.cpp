@@ -108,7 +108,7 @@ void VideoFile::openEncoder(int width, int height, int channels) {
 }
 
 void VideoFile::begin(int width, int height, int channels) {
-    m_file = std::make_unique<OutputFile>(m_path);
+    m_file = std::make_unique<AtomicFile>(m_path);
     const std::string container = containerOf(m_path);
     if (avformat_alloc_output_context2(&m_output, nullptr, container.c_str(),
                                        m_file->openName().c_str()) < 0)

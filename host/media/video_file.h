@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "host/media/VideoTrack.h"
+#include "host/media/atomic_file.h"
 #include "host/media/companion_tracks.h"
-#include "host/media/output_file.h"
 #include "host/media/video_formats.h"
 #include "host/media/video_library.h"
 
@@ -62,7 +62,7 @@ private:
     const int m_quality;
     const VideoPlan m_plan;
     std::unique_ptr<CompanionTracks> m_companions;
-    std::unique_ptr<OutputFile> m_file;
+    std::unique_ptr<AtomicFile> m_file;
     AVFormatContext* m_output = nullptr;
     AvOwned<AVCodecContext> m_encoder;
     AvOwned<AVPacket> m_packet;

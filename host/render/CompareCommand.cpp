@@ -9,6 +9,7 @@
 #include "host/document/ContactSheet.h"
 #include "host/document/PictureImage.h"
 #include "host/imaging/PictureDifference.h"
+#include "host/imaging/PictureViews.h"
 #include "host/media/MediaSink.h"
 #include "host/media/file_names.h"
 #include "host/render/DisplaylessApplication.h"
@@ -185,7 +186,7 @@ public:
 private:
     void show(const Pair& pair, const HkImage& before, const HkImage& after) {
         const int gain = m_options.gain > 0 ? m_options.gain : suitableGain(pair.difference);
-        const auto difference = amplifiedDifference(before, after, gain);
+        const auto difference = differencePicture(before, after, gain);
         if (!difference) throw std::bad_alloc();
         writeSheet(*m_sink, pair.frame, sheetOf(pair, before, after, *difference, gain));
     }

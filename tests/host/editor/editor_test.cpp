@@ -17,11 +17,11 @@
 #include <memory>
 
 #include "host/document/ChainRenderer.h"
+#include "host/document/PictureImage.h"
 #include "host/editor/EditorSession.h"
 #include "host/editor/ExportDialog.h"
 #include "host/editor/Journal.h"
 #include "host/editor/MessageBar.h"
-#include "host/editor/PictureImage.h"
 #include "host/editor/PictureView.h"
 #include "host/editor/SweepDialog.h"
 #include "host/editor/TimelineView.h"
@@ -74,7 +74,7 @@ protected:
     QUndoStack& undoStack() { return session->undoStack(); }
     QImage shown() {
         EXPECT_TRUE(driver->settle());
-        return editor::imageOf(window->state().preview()->after)
+        return document::imageOf(window->state().preview()->after)
             .convertToFormat(QImage::Format_RGB888);
     }
     InstanceState state(int objectId) { return *KernelStore::instance().state(objectId); }
