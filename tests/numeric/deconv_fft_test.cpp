@@ -11,7 +11,6 @@ namespace numeric {
 namespace {
 
 using namespace test;
-using Complex = std::complex<double>;
 
 constexpr float kInf = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -34,75 +33,6 @@ FloatPlane noise(int width, int height, unsigned seed = 1, Layout layout = {}) {
     FloatPlane plane(width, height, layout);
     return plane.set([&](int, int) { return static_cast<float>(random() % 25600) / 100; });
 }
-
-/// The deconvolution by direct sums over all frequencies, in double.
-class DirectDeconvolution {
-public:
-    DirectDeconvolution(const FloatPlane& region, const std::vector<float>& kernel, int kernelSize,
-                        int transformSize, float threshold)
-        : m_size(transformSize), m_height(region.height()), m_roots(transformSize) {
-        for (int n = 0; n < m_size; ++n)
-            m_roots[n] = std::polar(1.0, -2 * 3.14159265358979323846 * n / m_size);
-
-        const int width = region.width() + kernelSize - 1;
-        const std::vector<double> padded = extendedRegion(region, kernel, kernelSize, threshold);
-        std::vector<double> placed(kernel.begin(), kernel.end());
-        for (double& weight : placed)
-            if (!(std::abs(weight) > threshold)) weight = 0;
-
-        m_product = transform(padded, width);
-        const std::vector<Complex> response = transform(placed, kernelSize);
-        for (std::size_t i = 0; i < m_product.size(); ++i)
-            m_product[i] *= inverse(response[i], threshold);
-    }
-
-    /// Column x of the result before the last threshold, for the rows of the region.
-    std::vector<double> column(int x) const {
-        std::vector<Complex> sums(m_size);
-        for (int v = 0; v < m_size; ++v)
-            for (int u = 0; u < m_size; ++u)
-                sums[v] += m_product[v * m_size + u] * std::conj(root(x, u));
-        std::vector<double> result(m_height);
-        for (int y = 0; y < m_height; ++y) {
-            for (int v = 0; v < m_size; ++v) result[y] += (sums[v] * std::conj(root(y, v))).real();
-            result[y] /= static_cast<double>(m_size) * m_size;
-        }
-        return result;
-    }
-
-private:
-    Complex root(int a, int b) const { return m_roots[static_cast<long long>(a) * b % m_size]; }
-
-    /// The two-dimensional transform of an array that starts at the origin, zero elsewhere.
-    std::vector<Complex> transform(const std::vector<double>& values, int width) const {
-        const int height = static_cast<int>(values.size()) / width;
-        std::vector<Complex> result(static_cast<std::size_t>(m_size) * m_size);
-        std::vector<Complex> row(m_size);
-        for (int y = 0; y < height; ++y) {
-            for (int u = 0; u < m_size; ++u) {
-                row[u] = 0;
-                for (int x = 0; x < width; ++x) row[u] += values[y * width + x] * root(x, u);
-            }
-            for (int v = 0; v < m_size; ++v)
-                for (int u = 0; u < m_size; ++u) result[v * m_size + u] += row[u] * root(y, v);
-        }
-        return result;
-    }
-
-    static Complex inverse(Complex response, float threshold) {
-        float re = static_cast<float>(response.real());
-        float im = static_cast<float>(response.imag());
-        if (std::abs(re) < threshold) re = 0;
-        if (std::abs(im) < threshold) im = 0;
-        const bool usable = std::abs(re) > threshold || std::abs(im) > threshold;
-        return usable ? 1.0 / Complex(re, im) : Complex(1);
-    }
-
-    int m_size;
-    int m_height;
-    std::vector<Complex> m_roots;
-    std::vector<Complex> m_product;
-};
 
 void expectDeconvolved(const FloatPlane& src, const std::vector<float>& kernel, int kernelSize,
                        int order, float threshold, const std::vector<int>& columns) {

@@ -12,13 +12,6 @@ using namespace test;
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kVanished = 1.1754943e-15F;
-
-using Kernel = std::vector<float>;
-
-int sizeOf(const Kernel& kernel) {
-    return static_cast<int>(std::lround(std::sqrt(kernel.size())));
-}
 
 /// The symmetric kernel of the deconvolution filter.
 Kernel filterKernel() {
@@ -71,60 +64,6 @@ FloatPlane picture(int width, int height, Layout layout = {}) {
                    std::cos(0.3F * static_cast<float>(y)) +
                static_cast<float>((37 * x + 59 * y) % 23);
     });
-}
-
-// --- Oracle ---------------------------------------------------------------------------------
-
-/// result(y, x) = sum of kernel(i, j) plane(y + anchor - i, x + anchor - j), 0 outside the plane.
-std::vector<double> convolution(const std::vector<double>& plane, int width, int height,
-                                const Kernel& kernel) {
-    const int size = sizeOf(kernel), anchor = (size - 1) / 2;
-    std::vector<double> result(plane.size());
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            for (int i = 0; i < size; ++i)
-                for (int j = 0; j < size; ++j) {
-                    const int fromY = y + anchor - i, fromX = x + anchor - j;
-                    if (fromY < 0 || fromY >= height || fromX < 0 || fromX >= width) continue;
-                    result[y * width + x] +=
-                        double{kernel[i * size + j]} * plane[fromY * width + fromX];
-                }
-    return result;
-}
-
-FloatPlane lucyRichardson(const FloatPlane& src, const Kernel& kernel, int iterations,
-                          float threshold) {
-    const int size = sizeOf(kernel), offset = size - 1 - (size - 1) / 2;
-    const int width = src.width() + size - 1, height = src.height() + size - 1;
-    Kernel transposed(kernel.size());
-    for (int i = 0; i < size; ++i)
-        for (int j = 0; j < size; ++j) transposed[i * size + j] = kernel[j * size + i];
-
-    const std::vector<double> observed = extendedRegion(src, kernel, size, threshold);
-    std::vector<double> estimate = observed;
-    for (int n = 0; n < iterations; ++n) {
-        std::vector<double> ratio = convolution(estimate, width, height, kernel);
-        for (std::size_t i = 0; i < ratio.size(); ++i)
-            ratio[i] = std::abs(ratio[i]) <= threshold ? 0 : observed[i] / ratio[i];
-        const std::vector<double> correction = convolution(ratio, width, height, transposed);
-        for (std::size_t i = 0; i < estimate.size(); ++i) {
-            const bool vanished =
-                std::abs(estimate[i]) <= kVanished || std::abs(correction[i]) <= kVanished;
-            estimate[i] = vanished ? 0 : estimate[i] * correction[i];
-        }
-    }
-    FloatPlane result(src.width(), src.height());
-    return result.set([&](int x, int y) {
-        const double value = estimate[(y + offset) * width + x + offset];
-        return std::abs(value) > threshold ? static_cast<float>(value) : 0.0F;
-    });
-}
-
-void expectClose(const FloatPlane& expected, const FloatPlane& actual) {
-    for (int y = 0; y < expected.height(); ++y)
-        for (int x = 0; x < expected.width(); ++x)
-            ASSERT_NEAR(expected.at(x, y), actual.at(x, y), 1e-4F * std::abs(expected.at(x, y)))
-                << "at (" << x << ", " << y << ")";
 }
 
 TEST(DeconvLR, MatchesDirectConvolutionForEveryKernel) {

@@ -1,9 +1,8 @@
 #include <cmath>
 #include <functional>
-#include <limits>
 #include <random>
 
-#include "tests/numeric/planes.h"
+#include "tests/numeric/oracles.h"
 
 namespace numeric::test {
 namespace {
@@ -18,35 +17,6 @@ FloatPlane distances(const BytePlane& src, Layout layout = {}, int scratchOffset
     EXPECT_TRUE(dst.surroundingsIntact());
     EXPECT_TRUE(scratch.surroundingsIntact());
     return dst;
-}
-
-/// Every zero pixel tried for every pixel.
-FloatPlane distancesByTrying(const BytePlane& src) {
-    std::vector<std::pair<std::int64_t, std::int64_t>> zeros;
-    for (int y = 0; y < src.height(); ++y)
-        for (int x = 0; x < src.width(); ++x)
-            if (src.at(x, y) == 0) zeros.emplace_back(x, y);
-    FloatPlane result(src.width(), src.height());
-    return result.set([&zeros](int x, int y) {
-        if (zeros.empty()) return std::sqrt(std::numeric_limits<float>::max());
-        std::int64_t least = std::numeric_limits<std::int64_t>::max();
-        for (const auto& [zeroX, zeroY] : zeros)
-            least = std::min(least, (x - zeroX) * (x - zeroX) + (y - zeroY) * (y - zeroY));
-        return static_cast<float>(std::sqrt(static_cast<double>(least)));
-    });
-}
-
-/// Bit for bit where the squared distance is below 2^24, within one unit in the last place beyond.
-void expectDistances(const FloatPlane& expected, const FloatPlane& actual) {
-    FloatPlane nearest(expected);
-    nearest.set([&](int x, int y) {
-        const float wanted = expected.at(x, y);
-        const float got = actual.at(x, y);
-        const bool isNext =
-            got == std::nextafter(wanted, 0.0F) || got == std::nextafter(wanted, 1e9F);
-        return wanted >= 4096.0F && wanted < 1e9F && isNext ? got : wanted;
-    });
-    EXPECT_TRUE(samePixels(nearest, actual));
 }
 
 BytePlane filledPlane(int width, int height, Layout layout = {}) {

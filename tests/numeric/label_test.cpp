@@ -4,39 +4,12 @@
 #include <random>
 #include <vector>
 
-#include "planes.h"
+#include "oracles.h"
 
 namespace numeric {
 namespace {
 
 using namespace test;
-
-/// Area numbers from 1 by plain flood fill, in raster order of first pixels. Returns how many.
-int floodFill(const BytePlane& marker, int connectivity, TestPlane<int>& areas) {
-    areas.fill(0);
-    int count = 0;
-    std::vector<std::pair<int, int>> open;
-    const auto visit = [&](int x, int y) {
-        if (x < 0 || y < 0 || x >= marker.width() || y >= marker.height()) return;
-        if (marker.at(x, y) == 0 || areas.at(x, y) != 0) return;
-        areas.at(x, y) = count;
-        open.emplace_back(x, y);
-    };
-    for (int y = 0; y < marker.height(); ++y)
-        for (int x = 0; x < marker.width(); ++x) {
-            if (marker.at(x, y) == 0 || areas.at(x, y) != 0) continue;
-            ++count;
-            visit(x, y);
-            while (!open.empty()) {
-                const auto [px, py] = open.back();
-                open.pop_back();
-                for (int dy = -1; dy <= 1; ++dy)
-                    for (int dx = -1; dx <= 1; ++dx)
-                        if (connectivity == 0 || dx == 0 || dy == 0) visit(px + dx, py + dy);
-            }
-        }
-    return count;
-}
 
 BytePlane noise(int width, int height, Layout layout, unsigned density, unsigned seed) {
     std::mt19937 random(seed);

@@ -12,6 +12,11 @@
 
 #include "numeric/numeric.h"
 
+#if defined(__has_feature)  // clang's way to say what is __SANITIZE_ADDRESS__ elsewhere
+#if __has_feature(address_sanitizer)
+#define __SANITIZE_ADDRESS__ 1
+#endif
+#endif
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/asan_interface.h>
 #else

@@ -29,20 +29,6 @@ void flood(const BytePlane& relief, BytePlane& marker, int norm, int flags) {
     ASSERT_TRUE(marker.surroundingsIntact());
 }
 
-BytePlane withBorders(const BytePlane& labels, bool sidesOnly) {
-    BytePlane result(labels.width(), labels.height());
-    return result.set([&](int x, int y) {
-        for (int dy = -1; dy <= 1; ++dy)
-            for (int dx = -1; dx <= 1; ++dx) {
-                if (sidesOnly && dx != 0 && dy != 0) continue;
-                const int nx = x + dx, ny = y + dy;
-                if (nx < 0 || ny < 0 || nx >= labels.width() || ny >= labels.height()) continue;
-                if (labels.at(nx, ny) > labels.at(x, y)) return static_cast<unsigned char>(255);
-            }
-        return labels.at(x, y);
-    });
-}
-
 struct Picture {
     BytePlane relief;
     BytePlane marker;
