@@ -1,15 +1,40 @@
 #include "host/document/ChainRenderer.h"
 
-#include <stdexcept>
+#include <new>
 
 #include "framework/contract/FxKernelApi/HkFXKernelData.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "framework/contract/FxKernelApi/HkImageFilter.h"
 #include "host/imaging/Areas.h"
+#include "host/imaging/HkImageAccess.h"
+#include "host/kernel/HeapWatch.h"
 #include "host/kernel/KernelStore.h"
 #include "host/kernel/ParamValue.h"
 
 namespace document {
+
+namespace {
+
+[[noreturn]] void blame(const QString& key, const std::string& deed) {
+    throw FilterMisconduct("the filter " + key.toStdString() + ' ' + deed +
+                           "; use another plug-in library");
+}
+
+/// Calls into the plug-in: whatever it throws becomes an error that names the filter.
+template <typename Call>
+auto ask(const QString& key, Call call) {
+    try {
+        return call();
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        blame(key, std::string("broke off: ") + error.what());
+    } catch (...) {
+        blame(key, "broke off without a word");
+    }
+}
+
+}  // namespace
 
 ChainRenderer::ChainRenderer() : ChainRenderer(KernelStore::instance().instances()) {}
 
@@ -19,9 +44,10 @@ ChainRenderer::ChainRenderer(const std::vector<InstanceId>& instances) {
         Step step{store.filterKey(instance.typeId), instance.typeId, instance.objectId,
                   FilterLimits(instance.typeId), nullptr};
         HkFilterManipulator* manipulator = store.manipulator(instance.typeId);
-        if (manipulator) step.filter.reset(manipulator->createImageFilter(instance.objectId));
-        if (!step.filter)
-            throw std::runtime_error("the filter " + step.key.toStdString() + " cannot be made");
+        if (manipulator)
+            step.filter.reset(
+                ask(step.key, [&] { return manipulator->createImageFilter(instance.objectId); }));
+        if (!step.filter) blame(step.key, "cannot be made");
         m_steps.push_back(std::move(step));
     }
 }
@@ -50,10 +76,15 @@ bool ChainRenderer::admits(const Step& step, const HkImage& input, qint64 frame)
 
 std::unique_ptr<HkImage> ChainRenderer::process(const Step& step, std::unique_ptr<HkImage> input,
                                                 qint64 frame) {
+    const unsigned long failedBefore = failedAllocations();
     // The filter frees the picture it was given when it answers with another one.
-    std::unique_ptr<HkImage> result(step.filter->processImage(input.release(), frame));
-    if (!result)
-        throw std::runtime_error("the filter " + step.key.toStdString() + " gave no picture");
+    std::unique_ptr<HkImage> result(
+        ask(step.key, [&] { return step.filter->processImage(input.release(), frame); }));
+    // It may have gone on without that memory: what it gives is not the result then.
+    if (failedAllocations() != failedBefore) throw std::bad_alloc();
+    if (!result) blame(step.key, "gave no picture");
+    if (const char* fault = HkImageAccess::faultOf(*result))
+        blame(step.key, std::string("gave a picture that has ") + fault);
     return result;
 }
 

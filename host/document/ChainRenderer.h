@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <vector>
 
 #include "framework/contract/ImageProcessor/HkImage.h"
@@ -14,12 +15,18 @@ class HkImageFilter;
 
 namespace document {
 
+/// What a filter did that none may do; the text names it and what to do.
+class FilterMisconduct : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
 /// Runs frames through the filters that the kernel store held when this was made, in their order,
 /// with the values in force at each frame. Each has filters of its own, so several may run at once
 /// on several threads; one serves one thread at a time.
 class ChainRenderer {
 public:
-    /// GUI thread. Throws std::runtime_error naming the filter when one cannot be made.
+    /// GUI thread. Throws FilterMisconduct when a filter cannot be made.
     ChainRenderer();
     /// The same for these instances instead of those in the store's order.
     explicit ChainRenderer(const std::vector<InstanceId>& instances);
@@ -33,8 +40,9 @@ public:
         Look input, result;
     };
 
-    /// Any thread. Throws FrameRefused before the first filter that cannot take the frame, and
-    /// std::runtime_error naming the filter that gave no picture.
+    /// Any thread. Throws FrameRefused before the first filter that cannot take the frame,
+    /// std::bad_alloc when a filter found no memory, whether it says so or not, and
+    /// FilterMisconduct when one broke off or gave what is no picture.
     std::unique_ptr<HkImage> render(std::unique_ptr<HkImage> image, qint64 frame,
                                     const Observer& observer = Observer());
 

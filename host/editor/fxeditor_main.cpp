@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QFile>
 #include <QIcon>
 #include <QLibraryInfo>
 #include <QLocale>
@@ -11,6 +12,7 @@
 #include "host/editor/EditorSession.h"
 #include "host/editor/MainWindow.h"
 #include "host/editor/Theme.h"
+#include "host/kernel/PluginGuard.h"
 
 namespace {
 
@@ -22,9 +24,18 @@ QString toolkitTexts() {
 #endif
 }
 
-}  // namespace
+/// The library that is not the one of this program; empty: there is none.
+QString foreignPlugin(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const QString word = QFile::decodeName(argv[i]);
+        if (word == QLatin1String("--plugin") && i + 1 < argc)
+            return QFile::decodeName(argv[i + 1]);
+        if (word.startsWith(QLatin1String("--plugin="))) return word.mid(word.indexOf('=') + 1);
+    }
+    return {};
+}
 
-int main(int argc, char** argv) {
+int runEditor(int argc, char** argv) {
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
@@ -78,6 +89,19 @@ int main(int argc, char** argv) {
         else
             window.offerRecovery();
         return QApplication::exec();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "fxeditor: %s\n", error.what());
+        return 65;
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const QString plugin = foreignPlugin(argc, argv);
+    if (plugin.isEmpty()) return runEditor(argc, argv);
+    try {
+        return runGuarded(plugin, [&] { return runEditor(argc, argv); });
     } catch (const std::exception& error) {
         std::fprintf(stderr, "fxeditor: %s\n", error.what());
         return 65;

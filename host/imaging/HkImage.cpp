@@ -1,5 +1,9 @@
 #include "framework/contract/ImageProcessor/HkImage.h"
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 #include <algorithm>
 #include <climits>
 #include <cstdint>
@@ -52,14 +56,37 @@ void repeatSamples(unsigned char* row, int width, int channels) {
     }
 }
 
+/// The offset of the byte behind the last pixel's.
+std::size_t endOf(const HkImage& image) {
+    return static_cast<std::size_t>(image.height - 1) * static_cast<std::size_t>(image.step) +
+           static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.channels);
+}
+
+/// At most as many bytes may be used of a block from the heap.
+std::size_t sizeOfBlock(void* block) {
+#if defined(__GLIBC__)
+    return malloc_usable_size(block);
+#else
+    static_cast<void>(block);
+    return SIZE_MAX;
+#endif
+}
+
 }  // namespace
 
-bool HkImageAccess::isPicture(const HkImage& image) {
-    return image.data && image.channels >= 1 && image.channels <= 4 &&  //
-           image.width >= 1 && image.height >= 1 &&                     //
-           image.roiWidth >= 1 && image.roiWidth <= image.width &&      //
-           image.roiHeight >= 1 && image.roiHeight <= image.height &&
-           std::int64_t{image.width} * image.channels <= image.step;
+const char* HkImageAccess::faultOf(const HkImage& image) {
+    if (!image.data) return "no pixels";
+    if (image.channels < 1 || image.channels > 4) return "a channel count other than 1 to 4";
+    if (image.width < 1 || image.height < 1) return "a side below 1";
+    if (image.roiWidth < 1 || image.roiHeight < 1) return "a region with a side below 1";
+    if (image.roiWidth > image.width || image.roiHeight > image.height)
+        return "a region larger than itself";
+    if (std::int64_t{image.width} * image.channels > image.step)
+        return "rows longer than the step between them";
+    if (image.step > INT_MAX / image.height) return "more bytes than a picture can have";
+    if (image.data == image.m_owned && endOf(image) > sizeOfBlock(image.m_owned))
+        return "sizes beyond the memory it owns";
+    return nullptr;
 }
 
 bool HkImageAccess::isEmpty(const HkImage& image) {

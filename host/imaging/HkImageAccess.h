@@ -4,9 +4,11 @@
 
 /// What the imaging library does with the block an image owns, and what it asks of any image.
 struct HkImageAccess {
-    /// True when the members of the image, which anyone can write, describe pixels: 1 to 4
-    /// channels, a region within the image, rows no longer than the step.
-    static bool isPicture(const HkImage& image);
+    /// What keeps the members of the image, which anyone can write, from describing pixels: null
+    /// when they do (1 to 4 channels, a region within the image, rows no longer than the step, no
+    /// byte outside the block that the image owns). Completes "the picture has".
+    IMAGEPROCESSOR_EXPORT static const char* faultOf(const HkImage& image);
+    static bool isPicture(const HkImage& image) { return !faultOf(image); }
 
     /// True for an image without pixels and sizes, which an operation may fill.
     static bool isEmpty(const HkImage& image);

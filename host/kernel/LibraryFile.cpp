@@ -9,6 +9,9 @@
 
 #include <link.h>
 
+/// The head of the library that this is a part of, as the linker names it.
+extern "C" __attribute__((visibility("hidden"))) const ElfW(Ehdr) __ehdr_start;
+
 namespace {
 
 using Header = ElfW(Ehdr);
@@ -44,6 +47,16 @@ public:
 private:
     QByteArray m_bytes;
 };
+
+LibraryFile::Fault faultOf(const Header& header) {
+    const Header& own = __ehdr_start;
+    const int wordSize = header.e_ident[EI_CLASS];
+    if (wordSize != ELFCLASS32 && wordSize != ELFCLASS64) return LibraryFile::NoLibrary;
+    if (wordSize != own.e_ident[EI_CLASS]) return LibraryFile::OtherWordSize;
+    if (header.e_ident[EI_DATA] != own.e_ident[EI_DATA] || header.e_machine != own.e_machine)
+        return LibraryFile::OtherProcessor;
+    return header.e_type == ET_DYN ? LibraryFile::None : LibraryFile::NoLibrary;
+}
 
 std::vector<Segment> segmentsOf(const Bytes& bytes, const Header& header) {
     std::vector<Segment> segments;
@@ -93,14 +106,19 @@ QByteArrayList neededBy(const Bytes& bytes, const std::vector<Segment>& segments
 LibraryFile::LibraryFile(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly) || file.size() > kLargestLibrary) return;
-    if (file.peek(SELFMAG) != QByteArray(ELFMAG)) return;
+    if (file.peek(SELFMAG) != QByteArray(ELFMAG)) {
+        fault = NoLibrary;
+        return;
+    }
     const Bytes bytes(file.readAll());
     const auto header = bytes.at<Header>(0);
-    if (!header || header->e_ident[EI_CLASS] != (sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32))
-        return;
+    fault = header ? faultOf(*header) : CutShort;
+    if (fault != None) return;
     const std::vector<Segment> segments = segmentsOf(bytes, *header);
-    isCutShort = endsEarly(bytes, *header, segments);
-    if (!isCutShort) needs = neededBy(bytes, segments);
+    if (endsEarly(bytes, *header, segments))
+        fault = CutShort;
+    else
+        needs = neededBy(bytes, segments);
 }
 
 #else

@@ -7,11 +7,14 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <new>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulatorPluginInterface.h"
+#include "host/kernel/HeapWatch.h"
 #include "host/kernel/KernelStore.h"
 #include "host/kernel/LibraryFile.h"
+#include "host/kernel/PluginGuard.h"
 
 namespace {
 
@@ -44,6 +47,25 @@ QString pluginFaultAdvice() {
     return tr("report it to the maker of the plug-in");
 }
 
+void refuseFault(LibraryFile::Fault fault) {
+    const QString otherSystem = tr("build the plug-in for this system");
+    switch (fault) {
+        case LibraryFile::None:
+            return;
+        case LibraryFile::NoLibrary:
+            throw Refusal{tr("it is no shared library"),
+                          tr("check that it is a plug-in built for this system")};
+        case LibraryFile::OtherWordSize:
+            throw Refusal{tr("it is for programs of %1 bits").arg(sizeof(void*) == 8 ? 32 : 64),
+                          otherSystem};
+        case LibraryFile::OtherProcessor:
+            throw Refusal{tr("it is for another kind of processor"), otherSystem};
+        case LibraryFile::CutShort:
+            throw Refusal{tr("the file is shorter than its header says"),
+                          tr("copy or build it again")};
+    }
+}
+
 /// Runs the steps on one library. `step` names the one that is being taken.
 class Attempt {
 public:
@@ -59,6 +81,7 @@ public:
     const QString& step() const { return m_step; }
 
 private:
+    void beginStep(const QString& step);
     QString findFile();
     void loadLibrary(const QString& path);
     void compareVerificationText();
@@ -87,8 +110,13 @@ Manipulators Attempt::run() {
     return std::move(m_manipulators);
 }
 
+void Attempt::beginStep(const QString& step) {
+    m_step = step;
+    notePluginStep(step);
+}
+
 QString Attempt::findFile() {
-    m_step = tr("find the file");
+    beginStep(tr("find the file"));
     const QFileInfo info(m_file);
     if (m_file.isEmpty())
         throw Refusal{tr("no file name was given"), tr("name the plug-in's library file")};
@@ -102,10 +130,9 @@ QString Attempt::findFile() {
 }
 
 void Attempt::loadLibrary(const QString& path) {
-    m_step = tr("load the library");
+    beginStep(tr("load the library"));
     const LibraryFile header(path);
-    if (header.isCutShort)
-        throw Refusal{tr("the file is shorter than its header says"), tr("copy or build it again")};
+    refuseFault(header.fault);
     // Two major versions of the toolkit in one process do not know each other's objects.
     if (header.needs.contains(kOtherToolkit))
         throw Refusal{tr("it was built with another version of the toolkit than this host, Qt %1")
@@ -121,7 +148,7 @@ void Attempt::loadLibrary(const QString& path) {
 }
 
 void Attempt::compareVerificationText() {
-    m_step = tr("compare the verification text");
+    beginStep(tr("compare the verification text"));
     const auto query =
         reinterpret_cast<const char* (*)()>(m_library.resolve("qt_plugin_query_verification_data"));
     if (!query)
@@ -137,7 +164,7 @@ void Attempt::compareVerificationText() {
 }
 
 QObject* Attempt::makeRootObject() {
-    m_step = tr("make the root object");
+    beginStep(tr("make the root object"));
     const auto instance = reinterpret_cast<QObject* (*)()>(m_library.resolve("qt_plugin_instance"));
     if (!instance)
         throw Refusal{tr("the library has no function qt_plugin_instance"),
@@ -149,7 +176,7 @@ QObject* Attempt::makeRootObject() {
 }
 
 HkFilterManipulatorPluginInterface* Attempt::castToInterface(QObject* root) {
-    m_step = tr("cast to the plug-in interface");
+    beginStep(tr("cast to the plug-in interface"));
     const char* const identifier = qobject_interface_iid<HkFilterManipulatorPluginInterface*>();
     void* const plugin = root->qt_metacast(identifier);
     if (!plugin)
@@ -161,7 +188,7 @@ HkFilterManipulatorPluginInterface* Attempt::castToInterface(QObject* root) {
 }
 
 QStringList Attempt::askForKeys(HkFilterManipulatorPluginInterface* plugin) {
-    m_step = tr("ask for the filter keys");
+    beginStep(tr("ask for the filter keys"));
     QStringList keys = plugin->keys();
     if (keys.isEmpty()) throw Refusal{tr("it offers no filters"), pluginFaultAdvice()};
     for (int i = 0; i < keys.size(); ++i) {
@@ -176,7 +203,7 @@ QStringList Attempt::askForKeys(HkFilterManipulatorPluginInterface* plugin) {
 }
 
 void Attempt::makeManipulator(HkFilterManipulatorPluginInterface* plugin, const QString& key) {
-    m_step = tr("make the filter \"%1\"").arg(key);
+    beginStep(tr("make the filter \"%1\"").arg(key));
     HkFilterManipulator* manipulator = nullptr;
     if (!plugin->create(key, manipulator, nullptr))
         throw Refusal{tr("the plug-in does not know its own key"), pluginFaultAdvice()};
@@ -189,7 +216,7 @@ void Attempt::makeManipulator(HkFilterManipulatorPluginInterface* plugin, const 
 }
 
 void Attempt::registerManipulator(HkFilterManipulator* manipulator, const QString& key) {
-    m_step = tr("register the filter \"%1\"").arg(key);
+    beginStep(tr("register the filter \"%1\"").arg(key));
     KernelStore& store = KernelStore::instance();
     const int typeId = KernelStore::filterTypeOf(*manipulator);
     if (typeId < 1)
@@ -215,19 +242,24 @@ PluginLoader::~PluginLoader() = default;
 
 bool PluginLoader::load(const QString& file, QString* error) {
     Attempt attempt(file, m_services);
+    const unsigned long failedBefore = failedAllocations();
     Refusal refusal;
     try {
         Manipulators loaded = attempt.run();
         std::move(loaded.begin(), loaded.end(), std::back_inserter(m_manipulators));
+        notePluginLoaded();
         return true;
     } catch (const Refusal& refused) {
         refusal = refused;
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception& thrown) {
         refusal = {tr("it throws an exception: %1").arg(QString::fromUtf8(thrown.what())),
                    pluginFaultAdvice()};
     } catch (...) {
         refusal = {tr("it throws an exception"), pluginFaultAdvice()};
     }
+    if (failedAllocations() != failedBefore) throw std::bad_alloc();  // it is not to blame
     if (error)
         *error = tr("cannot load plug-in %1: %2: %3; %4")
                      .arg(file.isEmpty() ? QStringLiteral("\"\"") : file, attempt.step(),

@@ -33,7 +33,8 @@ public:
     /// for the filter keys, make the manipulator of each key, let each register itself.
     ///
     /// False when a step fails; `error` then holds one line that names the file, the step, the
-    /// reason and what to do. Nothing of the library is left behind then, and others can be loaded.
+    /// reason and what to do. Throws std::bad_alloc when memory runs out meanwhile. Nothing of the
+    /// library is left behind then, and others can be loaded.
     bool load(const QString& file, QString* error = nullptr);
 
     /// The manipulators loaded so far, in the order of their libraries and keys.

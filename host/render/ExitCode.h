@@ -41,6 +41,10 @@ constexpr ExitCode exitCodeOf(media::MediaErrorKind kind) {
     return InvalidData;
 }
 
+/// Of whatever found no memory.
+constexpr char kNoMemoryText[] =
+    "not enough memory; close other programs, use fewer --jobs, or say --max-memory SIZE";
+
 /// Ends a command with a message of one line, without a full stop at its end.
 class CommandError : public std::runtime_error {
 public:

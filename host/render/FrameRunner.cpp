@@ -30,8 +30,7 @@ void attempt(FrameOutcome& outcome, Part part) {
         outcome.error = error.what();
     } catch (const std::bad_alloc&) {
         outcome.code = TryAgainLater;
-        outcome.error = "frame " + std::to_string(outcome.frame) +
-                        ": not enough memory; close other programs or use fewer --jobs";
+        outcome.error = "frame " + std::to_string(outcome.frame) + ": " + kNoMemoryText;
     } catch (const std::system_error& error) {
         outcome.code = TryAgainLater;
         outcome.error = "frame " + std::to_string(outcome.frame) + ": the system refused (" +

@@ -1,11 +1,14 @@
 #include "host/render/Fxrender.h"
 
+#include <QFile>
 #include <cstdio>
 #include <new>
 #include <system_error>
 
+#include "host/document/ChainRenderer.h"
 #include "host/document/FilterError.h"
 #include "host/kernel/KernelStore.h"
+#include "host/kernel/PluginGuard.h"
 #include "host/media/MediaError.h"
 #include "host/render/ApplyCommand.h"
 #include "host/render/CheckCommand.h"
@@ -13,6 +16,7 @@
 #include "host/render/CompareCommand.h"
 #include "host/render/Completion.h"
 #include "host/render/CountCommand.h"
+#include "host/render/ExitCode.h"
 #include "host/render/ListCommand.h"
 #include "host/render/PluginSession.h"
 #include "host/render/SaveCommand.h"
@@ -42,14 +46,12 @@ std::string listText(const ListOptions& options, const document::FilterCatalog& 
 template <typename Command, typename Options>
 int runOverFrames(Command command, const Options& options, Messages& messages) {
     StopSignal::install();
-    if (options.progress == ProgressMode::Json) messages.setStyle(Messages::Style::Events);
     if (options.quiet) messages.silence();
     const PluginSession session(options.plugin);
     return command(options, session.catalog(), messages);
 }
 
-int runCommand(const std::vector<std::string>& arguments, Messages& messages) {
-    const CommandLine commandLine = parseCommandLine(arguments);
+int runCommand(const CommandLine& commandLine, Messages& messages) {
     switch (commandLine.command) {
         case CommandLine::ShowText:
             return printText(commandLine.text);
@@ -85,6 +87,40 @@ int runCommand(const std::vector<std::string>& arguments, Messages& messages) {
     return WrongCommandLine;
 }
 
+/// The library that is not the one of this program; empty: there is none.
+std::string foreignPlugin(const CommandLine& commandLine) {
+    switch (commandLine.command) {
+        case CommandLine::List:
+            return commandLine.list.plugin;
+        case CommandLine::Apply:
+            return commandLine.apply.plugin;
+        case CommandLine::Count:
+            return commandLine.count.plugin;
+        case CommandLine::Check:
+            return commandLine.check.plugin;
+        case CommandLine::Save:
+            return commandLine.save.plugin;
+        case CommandLine::Verify:
+            return commandLine.verify.plugin;
+        case CommandLine::Sheet:
+            return commandLine.sheet.plugin;
+        case CommandLine::ShowText:
+        case CommandLine::Compare:
+        case CommandLine::Complete:
+            break;
+    }
+    return {};
+}
+
+/// Programs that read events get them from the first error on.
+Messages::Style styleOf(const CommandLine& commandLine) {
+    const bool hasEvents = (commandLine.command == CommandLine::Apply &&
+                            commandLine.apply.progress == ProgressMode::Json) ||
+                           (commandLine.command == CommandLine::Count &&
+                            commandLine.count.progress == ProgressMode::Json);
+    return hasEvents ? Messages::Style::Events : Messages::Style::Lines;
+}
+
 /// What belongs to an exception without words of ours.
 int exitCodeOf(const std::system_error& error) {
     const bool isShortage = error.code() == std::errc::resource_unavailable_try_again ||
@@ -109,14 +145,20 @@ int reportErrors(Messages messages, const std::function<int(Messages&)>& work) {
         return fail(error.what(), error.code());
     } catch (const document::FilterError& error) {
         return fail(error.what(), WrongCommandLine);
+    } catch (const document::FilterMisconduct& error) {
+        return fail(error.what(), InvalidData);
     } catch (const media::MediaError& error) {
         return fail(error.what(), exitCodeOf(error.kind()));
+    } catch (const PluginEndedProgram& error) {
+        return fail(error.what(), InvalidData);
     } catch (const std::bad_alloc&) {
-        return fail("not enough memory; close other programs or use fewer --jobs", TryAgainLater);
+        return fail(kNoMemoryText, TryAgainLater);
     } catch (const std::system_error& error) {
         return fail(error.what(), exitCodeOf(error));
     } catch (const std::exception& error) {
         return fail(error.what(), ReadWriteError);
+    } catch (...) {
+        return fail("the plug-in broke off without a word; use another one", InvalidData);
     }
 }
 
@@ -126,7 +168,14 @@ int runFxrender(const std::vector<std::string>& arguments) {
         return WrongCommandLine;
     }
     return reportErrors(Messages("fxrender"), [&arguments](Messages& messages) {
-        return runCommand(arguments, messages);
+        const CommandLine commandLine = parseCommandLine(arguments);
+        messages.setStyle(styleOf(commandLine));
+        const std::string plugin = foreignPlugin(commandLine);
+        if (plugin.empty()) return runCommand(commandLine, messages);
+        return runGuarded(QFile::decodeName(plugin.c_str()), [&] {
+            return reportErrors(messages,
+                                [&](Messages& own) { return runCommand(commandLine, own); });
+        });
     });
 }
 

@@ -1,9 +1,13 @@
 #include "host/render/MemoryLimit.h"
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <limits>
 
 #include "framework/contract/FxKernelApi/HkFXKernelData.h"
 #include "host/document/FilterAdvice.h"
@@ -36,6 +40,35 @@ double filterBytes(std::int64_t frame, const media::PictureInfo& info) {
                                                      info.height));
     }
     return most;
+}
+
+/// What the process may still take, as far as the system says; the largest number where it does
+/// not.
+std::int64_t memoryAtHand() {
+    std::int64_t bytes = std::numeric_limits<std::int64_t>::max();
+    rlimit limit = {};
+    if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY)
+        bytes = static_cast<std::int64_t>(limit.rlim_cur);
+    std::ifstream system("/proc/meminfo");
+    const std::string wanted = "MemAvailable:";
+    for (std::string name, rest; system >> name && std::getline(system, rest);)
+        if (name == wanted)
+            bytes = std::min<std::int64_t>(bytes, 1024 * std::strtoll(rest.c_str(), nullptr, 10));
+    return bytes;
+}
+
+/// By the first frame: reading the heads of all of them takes long, and most are alike.
+void warnOfShortage(const RunOptions& options, const media::MediaSource& source,
+                    const std::vector<std::int64_t>& frames, const Messages& messages) {
+    const int jobs = jobsFor(options, frames.size());
+    const MemoryEstimate estimate = estimateMemory(source, {frames.front()});
+    const std::int64_t free = memoryAtHand();
+    if (estimate.total(jobs) <= free) return;
+    messages.warning("about " + sizeText(estimate.total(jobs)) + " of memory are needed, and " +
+                     sizeText(free) + " are free: frames may fail; " +
+                     (estimate.total(1) <= free
+                          ? "say --max-memory " + std::to_string(free / kMiB) + 'M'
+                          : "close other programs or use smaller pictures"));
 }
 
 }  // namespace
@@ -90,7 +123,8 @@ MemoryEstimate estimateMemory(const media::MediaSource& source,
 
 void limitJobs(RunOptions& options, const media::MediaSource& source,
                const std::vector<std::int64_t>& frames, const Messages& messages) {
-    if (options.maxMemory == 0 || frames.empty()) return;
+    if (frames.empty()) return;
+    if (options.maxMemory == 0) return warnOfShortage(options, source, frames, messages);
     const MemoryEstimate estimate = estimateMemory(source, frames);
     const int wanted = jobsFor(options, frames.size());
     const std::int64_t fitting =

@@ -14,9 +14,9 @@ namespace render {
 
 /// What a report tells of a result beside its file.
 struct ResultFacts {
-    /// How many objects it shows, -1 when memory for counting ran out; none when it shows none.
+    /// How many objects it shows, -1 when memory ran out; none when it shows none.
     std::optional<int> objects;
-    std::string pixels;              ///< their hash
+    std::string pixels;              ///< their hash; empty when memory ran out
     std::vector<std::string> notes;  ///< what of the input is not in it
 };
 
@@ -36,6 +36,10 @@ public:
     ResultFacts factsOf(std::int64_t frame) const;
 
 private:
+    /// For what will be gathered of this frame; stays where it is.
+    ResultFacts* placeFor(const RenderedFrame& rendered);
+    static void gather(const RenderedFrame& rendered, ResultFacts& facts);
+
     media::MediaSink& m_sink;
     const Facts m_gathered;
     OutputBook* const m_book;

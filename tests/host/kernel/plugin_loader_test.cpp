@@ -82,11 +82,20 @@ TEST_F(Loader, RefusesFilesThatAreNoLibraries) {
     const QString link = folder.filePath("link.so");
     ASSERT_TRUE(QFile::link(folder.filePath("nowhere.so"), link));
     expectRefused(link, {"find the file", "no such file"});
-    const QStringList loadStep = {"load the library", "check that it is a plug-in"};
+    const QStringList loadStep = {"load the library", "it is no shared library",
+                                  "check that it is a plug-in"};
     expectRefused(write("empty.so", ""), loadStep);
     expectRefused(write("letter.txt", "Dear plug-in,\n"), loadStep);
     expectRefused(write("letter.so", "Dear plug-in,\n" + QByteArray(9000, 'x')), loadStep);
     expectRefused(write("magic.so", "\177ELF" + QByteArray(5000, '\0')), loadStep);
+    const auto withByte = [&bytes](int offset, char value) {
+        return QByteArray(bytes).replace(offset, 1, &value, 1);
+    };
+    const char otherWordSize = bytes.at(4) == 1 ? 2 : 1, otherOrder = bytes.at(5) == 1 ? 2 : 1;
+    expectRefused(write("bits.so", withByte(4, otherWordSize)), {"programs of", "bits"});
+    expectRefused(write("order.so", withByte(5, otherOrder)), {"another kind of processor"});
+    expectRefused(write("machine.so", withByte(18, 8)), {"another kind of processor"});
+    expectRefused(write("program.so", withByte(16, 2)), loadStep);
     const QStringList cut = {"load the library", "shorter than its header says", "copy"};
     expectRefused(write("tail.so", bytes.left(bytes.size() - 1)), cut);
     expectRefused(write("half.so", bytes.left(bytes.size() / 2)), cut);

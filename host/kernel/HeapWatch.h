@@ -1,0 +1,12 @@
+#pragma once
+
+#include "framework/contract/FxKernelApi/FxKernelApiGlobal.h"
+
+/// How many allocations of the calling thread have found no memory so far, whoever asked for them:
+/// malloc and its kin, or new, in any library of the process. A filter goes on with what it has
+/// when an allocation fails, and cannot say so; a host that compares this number before and after
+/// knows that the picture cannot be trusted.
+///
+/// Stays 0 where another library takes the heap's place, as the sanitizers do, and on systems
+/// other than those with the GNU C library.
+FXKERNELAPI_EXPORT unsigned long failedAllocations() noexcept;

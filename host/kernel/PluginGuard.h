@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+#include <functional>
+#include <stdexcept>
+
+#include "framework/contract/FxKernelApi/FxKernelApiGlobal.h"
+
+/// A library that is not known to be sound can end the process it is loaded into: with exit() while
+/// it is loaded, with a signal while a filter works. The program then runs in a child process, and
+/// whoever started it is told what happened.
+
+/// What the library did, and what to do about it: one line, without a full stop.
+class FXKERNELAPI_EXPORT PluginEndedProgram : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Runs `program` in a child process, and returns the number that it gave there. It must not
+/// throw. Signals that ask this process to stop go on to the child, which does not outlive it.
+/// Throws PluginEndedProgram when the child ended by itself after `program`
+/// has begun to load the library, and std::system_error when the system grants no process.
+/// To be called before there are threads and before anything of the toolkit is made.
+FXKERNELAPI_EXPORT int runGuarded(const QString& pluginFile, const std::function<int()>& program);
+
+/// For the loader: what the library is being asked to do from now on. Nothing happens in a process
+/// that is not guarded.
+void notePluginStep(const QString& step);
+void notePluginLoaded();

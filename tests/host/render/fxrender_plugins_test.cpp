@@ -1,0 +1,149 @@
+// Plug-in libraries that do their worst: the program ends with a line that says what happened, or
+// works; it never ends by a signal, nor with 0 and nothing done.
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <QFile>
+
+#include "tests/host/render/Program.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+class FxrenderPlugins : public FxrenderTest {
+protected:
+    void SetUp() override { save(picture(1), "in.png"); }
+
+    /// The test's library under the name that tells it what to do.
+    std::string library(const std::string& name) {
+        const QString file = path(QString::fromStdString(name) + ".so");
+        EXPECT_TRUE(QFile::copy(TEST_PLUGIN_DIR "/good.so", file));
+        return file.toStdString();
+    }
+
+    static Arguments listing(const std::string& plugin) {
+        return {"list", "--json", "--plugin", plugin};
+    }
+    static Arguments applying(const std::string& plugin) {
+        return {"apply", "in.png", "-o", "out.png", "-f", "First", "-q", "--plugin", plugin};
+    }
+
+    /// One line, code 65, and no file beside those that were there.
+    void expectBlamed(const Arguments& arguments, const std::vector<std::string>& reasons) {
+        const QStringList before = files();
+        const ProgramResult result = fxrender(arguments);
+        EXPECT_EQ(result.exitCode, 65);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        for (const std::string& reason : reasons) EXPECT_THAT(result.err, HasSubstr(reason));
+        EXPECT_EQ(files(), before);
+    }
+};
+
+}  // namespace
+
+TEST_F(FxrenderPlugins, EndTheirOwnProcessOnly) {
+    struct Deed {
+        const char* name;
+        const char* reason;
+    };
+    const Deed deeds[] = {
+        {"exit0", "ended the program with exit code 0"},
+        {"exit3", "ended the program with exit code 3"},
+        {"leave", "ended the program with exit code 0"},
+        {"abort", "ended the program with signal 6"},
+        {"kill", "ended the program with signal 9"},
+        {"stopped", "ended the program with signal 15"},
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they end it their way
+        {"crash", "ended the program with signal 11"},
+        {"recurse", "ended the program with signal 11"},
+#endif
+        {"text", "a text"},
+        {"number", ""}
+    };
+    const struct {
+        const char* name;
+        const char* step;  ///< of loading; null: it is reached when filters are applied
+    } places[] = {{"initialiser", "load the library"},
+                  {"question", "verification text"},
+                  {"object", "make the root object"},
+                  {"keys", "ask for the filter keys"},
+                  {"create", "make the filter"},
+                  {"register", "register the filter"},
+                  {"filter", nullptr},
+                  {"process", nullptr}};
+    for (const auto& place : places)
+        for (const Deed& deed : deeds) {
+            const std::string word = deed.name;
+            // While filters are applied this is a stranger's wish to stop.
+            if (word == "stopped" && !place.step) continue;
+            const std::string name = word + '-' + place.name;
+            SCOPED_TRACE(name);
+            const std::string plugin = library(name);
+            expectBlamed(place.step ? listing(plugin) : applying(plugin),
+                         {deed.reason, place.step ? place.step : ""});
+            QFile::remove(QString::fromStdString(plugin));
+        }
+}
+
+TEST_F(FxrenderPlugins, GivePicturesThatCannotBe) {
+    const struct {
+        const char* library;
+        const char* reason;
+    } rows[] = {{"GivesNothing", "gave no picture"},
+                {"GivesEmptyPicture", "no pixels"},
+                {"NullData", "no pixels"},
+                {"StepZero", "step"},
+                {"StepNegative", "step"},
+                {"StepShort", "step"},
+                {"StepLong", "memory it owns"},
+                {"RegionWider", "region larger than itself"},
+                {"RegionHigher", "region larger than itself"},
+                {"RegionEmpty", "region"},
+                {"RegionNegative", "region"},
+                {"WidthZero", "side below 1"},
+                {"WidthHuge", "step"},
+                {"HeightNegative", "side below 1"},
+                {"HeightHuge", "more bytes"},
+                {"HeightMore", "memory it owns"},
+                {"ChannelsNone", "channel count"},
+                {"ChannelsFive", "channel count"},
+                {"ChannelsNegative", "channel count"},
+                {"NoFilter", "cannot be made"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.library);
+        const std::string plugin = library(row.library);
+        expectBlamed(applying(plugin), {row.reason});
+    }
+}
+
+TEST_F(FxrenderPlugins, WhatTheyDoAfterTheWorkTakesNothingAway) {
+    const std::string good = library("good");
+    const ProgramResult list = fxrender(listing(good));
+    EXPECT_EQ(list.exitCode, 0) << list.err;
+    EXPECT_EQ(nlohmann::json::parse(list.out)["filters"].size(), 1u);
+    for (const char* name :
+         {"exit0-finaliser", "abort-finaliser", "abort-end", "exit3-end", "leave-destroy"}) {
+        SCOPED_TRACE(name);
+        const ProgramResult result = fxrender(applying(library(name)));
+        EXPECT_THAT(result.exitCode, testing::AnyOf(0, 65)) << result.err;
+        EXPECT_EQ(result.exitCode == 0, result.err.empty()) << result.err;
+        EXPECT_EQ(load("out.png"), load("in.png"));
+        QFile::remove(path("out.png"));
+    }
+}
+
+TEST_F(FxrenderPlugins, StopWhenTheirStarterIsStopped) {
+    save(picture(2, 1200, 900), shot(0));
+    for (int i = 1; i < 60; ++i) ASSERT_TRUE(QFile::link(path(shot(0)), path(shot(i))));
+    const std::string plugin = library("good");
+    const Arguments arguments = {FXRENDER, "apply", "shot_####.png", "-o", "out/",     "-f",
+                                 "First",  "-q",    "--jobs",        "1",  "--plugin", plugin};
+    RunningProgram program(arguments, folder());
+    while (!QFile::exists(path("out/" + shot(1)))) usleep(1000);
+    program.send(SIGTERM);
+    EXPECT_EQ(program.wait().exitCode, 143);
+    EXPECT_FALSE(QFile::exists(path("out/" + shot(59))));
+}
