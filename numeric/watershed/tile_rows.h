@@ -65,6 +65,8 @@ struct Relaxed {
 };
 
 struct TileRows {
+    /// Whether corridors of that width, on average, with so many pixels for each seed are too long.
+    bool (*isLong)(double width, double pixelsOfSeed);
     /// Writes all keys of a tile. Returns whether any is a seed.
     bool (*fill)(const TilePixels& pixels, unsigned char freeLevel, Tile* tile);
     /// Lowers keys to what arrives, down and up, then right and left, in so many rounds at most or
