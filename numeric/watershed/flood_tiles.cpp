@@ -163,7 +163,9 @@ private:
         const double leastWidth = count / static_cast<double>(std::max(runsOfRows, runsOfColumns));
         const double width = 2 * count / static_cast<double>(runsOfRows + runsOfColumns);
         const double pixelsOfSeed = kSampledRows * count / static_cast<double>(m_levels.seeds);
-        return leastWidth < kLineWidth || m_rows.isLong(width, pixelsOfSeed);
+        // Without seeds nothing flows through corridors.
+        return leastWidth < kLineWidth ||
+               (m_levels.seeds > 0 && m_rows.isLong(width, pixelsOfSeed));
     }
 
     /// Works in bands of rows of tiles, so that tiles are settled while they are still near: one
