@@ -142,7 +142,8 @@ private:
     }
 
     /// Whether the free areas are lines, or corridors that are too long for tiles. Both pass
-    /// through a tile at different times, each time for few pixels.
+    /// through a tile at different times, each time for few pixels. Told beforehand, since what
+    /// tiles did until they gave up is lost.
     bool areCorridors() const {
         std::int64_t pixels = 0, runsOfRows = 0, runsOfColumns = 0;
         for (std::int64_t i = 1; kSampledRows * (i + 1) <= m_planes.height(); ++i) {
