@@ -159,6 +159,44 @@ Scene diagonalTeeth(int width, int height, int toothWidth) {
     return scene;
 }
 
+Scene maze(int width, int height, int corridorWidth) {
+    Scene scene = filled(width, height, 0);
+    const int pitch = corridorWidth + 1;
+    const int across = (width + 1) / pitch, down = (height + 1) / pitch;
+    const int stepX[] = {1, 0, -1, 0}, stepY[] = {0, 1, 0, -1};
+    struct Cell {
+        int x, y;
+    };
+    const auto isOpen = [&](Cell cell) { return scene.at(cell.x * pitch, cell.y * pitch) != 0; };
+    const auto open = [&](Cell from, Cell to) {
+        for (int y = std::min(from.y, to.y) * pitch;
+             y < std::max(from.y, to.y) * pitch + corridorWidth; ++y)
+            for (int x = std::min(from.x, to.x) * pitch;
+                 x < std::max(from.x, to.x) * pitch + corridorWidth; ++x)
+                scene.at(x, y) = 255;
+    };
+    Random random(1);
+    std::vector<Cell> path{{0, 0}};
+    open({0, 0}, {0, 0});
+    while (!path.empty()) {
+        const Cell cell = path.back();
+        std::vector<Cell> closed;
+        for (int i = 0; i < 4; ++i) {
+            const Cell next{cell.x + stepX[i], cell.y + stepY[i]};
+            if (next.x >= 0 && next.y >= 0 && next.x < across && next.y < down && !isOpen(next))
+                closed.push_back(next);
+        }
+        if (closed.empty()) {
+            path.pop_back();
+            continue;
+        }
+        const Cell next = closed[static_cast<std::size_t>(random.next() * closed.size())];
+        open(cell, next);
+        path.push_back(next);
+    }
+    return scene;
+}
+
 Scene oneZeroPixel(int width, int height) {
     Scene scene = filled(width, height, 255);
     scene.at(0, 0) = 0;

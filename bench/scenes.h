@@ -35,6 +35,8 @@ Scene comb(int width, int height);
 /// slope at 45 degrees.
 Scene teeth(int width, int height, int toothWidth);
 Scene diagonalTeeth(int width, int height, int toothWidth);
+/// Winding corridors of that width between walls of one pixel, all joined, none in a circle.
+Scene maze(int width, int height, int corridorWidth);
 /// Object everywhere but for one background pixel in a corner: the farthest distances there are.
 Scene oneZeroPixel(int width, int height);
 /// Object everywhere but for a frame of background, one pixel wide.

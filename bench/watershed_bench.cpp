@@ -38,23 +38,30 @@ std::vector<unsigned char> labelled(Scene seeds) {
     return seeds.pixels;
 }
 
-/// The object separator's case: objects at level 0 with a seed each, the background at level 255
-/// one seed of label 1. Corridors have no seeds of their own; theirs are the first and last pixel.
-Case twoLevels(const Scene& scene) {
-    Case result{scene.width, scene.height, scene.pixels, {}};
-    for (unsigned char& pixel : result.relief) pixel = static_cast<unsigned char>(255 - pixel);
-    const Scene seeds = scenes::seeds(scene);
-    result.marker = labelled(seeds);
-    if (std::count(seeds.pixels.begin(), seeds.pixels.end(), 0) ==
-        static_cast<std::ptrdiff_t>(seeds.pixels.size())) {
-        const auto isObject = [](unsigned char level) { return level == 0; };
-        const auto first = std::find_if(result.relief.begin(), result.relief.end(), isObject);
-        const auto last = std::find_if(result.relief.rbegin(), result.relief.rend(), isObject);
-        result.marker[first - result.relief.begin()] = 2;
-        result.marker[result.relief.rend() - last - 1] = 3;
+/// Objects at level 0, the background at level 255 one seed of label 1.
+Case withoutSeeds(const Scene& scene) {
+    Case result{scene.width, scene.height, scene.pixels, scene.pixels};
+    for (std::size_t i = 0; i < scene.pixels.size(); ++i) {
+        result.relief[i] = static_cast<unsigned char>(255 - scene.pixels[i]);
+        result.marker[i] = scene.pixels[i] == 0 ? 1 : 0;
     }
-    for (std::size_t i = 0; i < result.marker.size(); ++i)
-        if (result.relief[i] == 255) result.marker[i] = 1;
+    return result;
+}
+
+/// The object separator's case: a seed for each object.
+Case twoLevels(const Scene& scene) {
+    Case result = withoutSeeds(scene);
+    const std::vector<unsigned char> seeds = labelled(scenes::seeds(scene));
+    for (std::size_t i = 0; i < seeds.size(); ++i)
+        if (seeds[i] != 0) result.marker[i] = seeds[i];
+    return result;
+}
+
+/// Corridors with a seed at the first and the last pixel.
+Case floodedFromEnds(const Scene& scene) {
+    Case result = withoutSeeds(scene);
+    *std::find(result.marker.begin(), result.marker.end(), 0) = 2;
+    *std::find(result.marker.rbegin(), result.marker.rend(), 0) = 3;
     return result;
 }
 
@@ -139,24 +146,19 @@ void addSeries(const SharedSeries<Case>& series) {
     }
 }
 
-/// The object separator's case with one object pixel in seedEvery for a seed.
+/// Corridors with one pixel in seedEvery for a seed.
 Case withSeeds(const Scene& scene, unsigned seedEvery) {
-    Case result{scene.width, scene.height, scene.pixels, scene.pixels};
+    Case result = withoutSeeds(scene);
     cv::RNG random(1);
-    for (std::size_t i = 0; i < scene.pixels.size(); ++i) {
-        const bool isSeed = random.next() % seedEvery == 0;
-        result.relief[i] = static_cast<unsigned char>(255 - scene.pixels[i]);
-        result.marker[i] = scene.pixels[i] == 0 ? 1 : isSeed ? 2 + random.next() % 250 : 0;
-    }
+    for (unsigned char& label : result.marker)
+        if (label == 0 && random.next() % seedEvery == 0)
+            label = static_cast<unsigned char>(2 + random.next() % 250);
     return result;
 }
 
 /// Scenes that suit tiles badly, beside the queue alone, without borders.
-void addBesideQueue(const std::string& name, Scene (*make)(int width, int height, int toothWidth),
-                    int toothWidth) {
-    const auto series = single<Case>(name, kFullHd, [=](int width, int height) {
-        return withSeeds(make(width, height, toothWidth), 300);
-    });
+void addBesideQueue(const std::string& name, const std::function<Case(int, int)>& make) {
+    const auto series = single<Case>(name, kFullHd, make);
     constexpr int kOrders[][2] = {{3, kByDistance}, {0, kBySteps}, {1, kBySteps}};
     for (const auto& [norm, flags] : kOrders) {
         const std::string kernel = "watershed" + std::to_string(norm);
@@ -183,17 +185,32 @@ void benchmarks::addWatershed() {
             return manyLevels(scenes::denseDiscs(width, height, seed), seed);
         }));
     }
-    const auto addMaze = [](const char* name, Scene (*make)(int width, int height)) {
-        addSeries(single<Case>(name, kFullHd, [make](int width, int height) {
-            return twoLevels(make(width, height));
-        }));
+    const auto addFromEnds = [](const char* name, Scene (*make)(int width, int height)) {
+        const auto flooded = [=](int width, int height) {
+            return floodedFromEnds(make(width, height));
+        };
+        addSeries(single<Case>(name, kFullHd, flooded));
+        addBesideQueue(std::string(name) + " without borders", flooded);
     };
-    addMaze("spiral", scenes::spiral);
-    addMaze("serpentine", scenes::serpentine);
-    addMaze("comb", scenes::comb);
-    for (const int toothWidth : {1, 2, 4}) {
-        const std::string width = ", " + std::to_string(toothWidth) + " wide";
-        addBesideQueue("teeth" + width, scenes::teeth, toothWidth);
-        addBesideQueue("diagonal teeth" + width, scenes::diagonalTeeth, toothWidth);
+    addFromEnds("spiral", scenes::spiral);
+    addFromEnds("serpentine", scenes::serpentine);
+    addFromEnds("comb", scenes::comb);
+    const auto addSeeded = [](const std::string& name, Scene (*make)(int, int, int), int corridor,
+                              unsigned seedEvery) {
+        addBesideQueue(name + ", " + std::to_string(corridor) + " wide",
+                       [=](int width, int height) {
+                           return withSeeds(make(width, height, corridor), seedEvery);
+                       });
+    };
+    for (const int width : {1, 2, 4}) {
+        addSeeded("teeth", scenes::teeth, width, 300);
+        addSeeded("diagonal teeth", scenes::diagonalTeeth, width, 300);
+    }
+    for (const int width : {3, 8, 20}) {
+        addSeeded("maze", scenes::maze, width, 3000);
+        addBesideQueue("maze from its ends, " + std::to_string(width) + " wide",
+                       [=](int sceneWidth, int height) {
+                           return floodedFromEnds(scenes::maze(sceneWidth, height, width));
+                       });
     }
 }

@@ -67,14 +67,14 @@ public:
     bool run(const WatershedRows& rows) {
         const int freeLevel = findFreeLevel();
         if (freeLevel < 0) return true;
-        m_levels = {static_cast<unsigned char>(freeLevel), 0, false};
+        m_levels = {static_cast<unsigned char>(freeLevel), 0, false, 0};
         std::fill_n(m_low, m_words * m_down, BitWord{0});
         for (int y = 0; y < m_planes.height(); ++y) {
             rows.scan(m_planes.relief.row(y), m_planes.marker.row(y), m_planes.width(),
                       m_free + m_words * y, m_low + m_words * (y / kTileSide), &m_levels);
             if (m_levels.areMixed) return false;
         }
-        if (areLinesOnly()) return false;
+        if (areCorridors()) return false;
         if (flood()) return true;
         clearLabels();
         return false;
@@ -101,11 +101,10 @@ private:
     /// visited. No more is saved up than some rounds for each tile of the plane: to flood it again
     /// and again is too much work, however fast it went at first.
     static constexpr int kRoundsSaved = 4;
-    /// A front of so few tiles runs through a corridor. Nothing can be brought near in time: its
-    /// rounds count as many.
-    static constexpr int kLoneTiles = 3;
-    static constexpr int kLoneWork = 6;
-    /// One row in so many tells how thin the free areas are.
+    /// Free areas that are no wider on average, along rows or columns, are lines.
+    static constexpr double kLineWidth = 2.5;
+    /// One row in so many tells how thin the free areas are, at uneven distances, which no period
+    /// of the picture keeps step with.
     static constexpr int kSampledRows = 7;
     /// A tile that is visited more often has winding paths inside, which one round leaves undone.
     static constexpr int kQuickVisits = 2;
@@ -142,25 +141,32 @@ private:
         return -1;
     }
 
-    /// Whether the free areas are no wider than 2.5 pixels on average, along rows or columns. Such
-    /// lines pass through a tile at different times, each time for few pixels.
-    bool areLinesOnly() const {
+    /// Whether the free areas are lines, or corridors that are too long for tiles. Both pass
+    /// through a tile at different times, each time for few pixels. Told beforehand, since what
+    /// tiles did until they gave up is lost.
+    bool areCorridors() const {
         std::int64_t pixels = 0, runsOfRows = 0, runsOfColumns = 0;
-        for (int y = kSampledRows - 1; y < m_planes.height(); y += kSampledRows) {
-            const BitWord* row = m_free + m_words * y;
+        for (std::int64_t i = 1; kSampledRows * (i + 1) <= m_planes.height(); ++i) {
+            const BitWord* row = m_free + m_words * (kSampledRows * i + i * i % kSampledRows);
             const BitWord* above = row - m_words;
             BitWord before = 0;
-            for (int i = 0; i < m_words; ++i) {
-                const BitWord word = row[i];
+            for (int k = 0; k < m_words; ++k) {
+                const BitWord word = row[k];
                 if (word != 0) {
                     pixels += __builtin_popcountll(word);
                     runsOfRows += __builtin_popcountll(word & ~(word << 1 | before));
-                    runsOfColumns += __builtin_popcountll(word & ~above[i]);
+                    runsOfColumns += __builtin_popcountll(word & ~above[k]);
                 }
                 before = word >> (kWordBits - 1);
             }
         }
-        return 2 * pixels < 5 * std::max(runsOfRows, runsOfColumns);
+        const auto count = static_cast<double>(pixels);
+        const double leastWidth = count / static_cast<double>(std::max(runsOfRows, runsOfColumns));
+        const double width = 2 * count / static_cast<double>(runsOfRows + runsOfColumns);
+        const double pixelsOfSeed = kSampledRows * count / static_cast<double>(m_levels.seeds);
+        // Without seeds nothing flows through corridors.
+        return leastWidth < kLineWidth ||
+               (m_levels.seeds > 0 && m_rows.isLong(width, pixelsOfSeed));
     }
 
     /// Works in bands of rows of tiles, so that tiles are settled while they are still near: one
@@ -313,7 +319,7 @@ private:
                 if (place.reached == 0) m_credit += m_rows.pixelsPerRound;
                 m_credit += relaxed.reached - place.reached;
                 place.reached = static_cast<std::uint16_t>(relaxed.reached);
-                pay(relaxed.rounds * (m_toVisit.size() < kLoneTiles ? kLoneWork : 1));
+                pay(relaxed.rounds);
                 if (m_credit < 0) return false;
                 if (relaxed.changed == 0) continue;
                 unsettle(place, relaxed.changed);

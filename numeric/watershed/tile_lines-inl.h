@@ -132,6 +132,7 @@ static_assert(kAdvances[0] == kAdvances[1], "a lead of 0 counts as 1");
 /// it.
 struct Marching {
     static constexpr int kPixelsPerRound = 10;
+    static bool isLong(double width, double pixelsOfSeed) { return width < pixelsOfSeed / 3000; }
     static HWY_INLINE Keys arrive(Keys side, Keys corner) {
         // With the largest label the difference of the keys has that of the distances in its upper
         // bits, whatever the corner's label.
@@ -167,6 +168,7 @@ HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
 
 struct Marching {
     static constexpr int kPixelsPerRound = 10;
+    static bool isLong(double width, double pixelsOfSeed) { return width < pixelsOfSeed / 3000; }
     static HWY_INLINE Keys arrive(Keys side, Keys corner) {
         const KeyTag d;
         const Lanes df;
@@ -197,6 +199,9 @@ HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
 template <Neighbours kNeighbours>
 struct Stepping {
     static constexpr int kPixelsPerRound = 16;
+    static bool isLong(double width, double pixelsOfSeed) {
+        return width * width * width * width < 3 * pixelsOfSeed;
+    }
     static HWY_INLINE Keys arrive(Keys side, Keys corner) {
         const auto nearest = kNeighbours == Neighbours::Eight ? hn::Min(side, corner) : side;
         return hn::Add(nearest, hn::Set(KeyTag(), 1 << kTileLabelBits));

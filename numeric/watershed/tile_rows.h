@@ -65,12 +65,16 @@ struct Relaxed {
 };
 
 struct TileRows {
+    /// Whether corridors of that width, on average, with so many pixels for each seed are so long
+    /// that the queue is faster. Measured with the bench's corridors, 2 to 20 pixels wide and with
+    /// 300 pixels for a seed to a million.
+    bool (*isLong)(double width, double pixelsOfSeed);
     /// Writes all keys of a tile. Returns whether any is a seed.
     bool (*fill)(const TilePixels& pixels, unsigned char freeLevel, Tile* tile);
     /// Lowers keys to what arrives, down and up, then right and left, in so many rounds at most or
     /// until one changes nothing.
     Relaxed (*relax)(Tile* tile, const TilesAround& around, const TileBounds& bounds, int rounds);
-    /// So many pixels the queue floods in the time of a round.
+    /// About so many pixels the queue floods in the time of a round: for the limit of work.
     int pixelsPerRound;
     /// Replaces keys that are not what arrives from the neighbours. Returns the parts in which any
     /// has changed, as above. Sets *isLong if any distance is too long.

@@ -19,8 +19,9 @@
 //   |   relief   |        +----+----+   turned over, columns are rows too  ...
 //   +------------+        |    |    |
 //
-// Thin lines are left to the queue at once. Tiles give up where paths are long and winding, or
-// where the work is more than that of the queue, which then starts anew. Borders come last.
+// Thin lines, and corridors with few seeds, are left to the queue at once. Tiles give up where
+// paths are too long to be counted, or the work is more than that of the queue, which then starts
+// anew. Borders come last.
 namespace numeric {
 
 const SlotTable<WatershedRows> kWatershedSlots(kWatershedBuilds);

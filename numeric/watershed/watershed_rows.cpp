@@ -63,7 +63,12 @@ void scan(const unsigned char* relief, const unsigned char* marker, int width, B
         const auto* wordMarker = wholeBytes(marker + x, width - x, 1, lastMarker);
         if (levels->highLabel == 0)
             levels->highLabel = firstHighLabel(wordRelief, wordMarker, levels->freeLevel);
-        *free++ = scanWord(wordRelief, wordMarker, *levels, low++, &misfits);
+        BitWord wordLow = 0;
+        *free = scanWord(wordRelief, wordMarker, *levels, &wordLow, &misfits);
+        const BitWord row = ~BitWord{0} >> std::max(0, kWordBits - (width - x));
+        const BitWord seeds = wordLow & ~*free++ & row;
+        levels->seeds += __builtin_popcountll(seeds & ~(seeds << 1));
+        *low++ |= wordLow;
     }
     levels->areMixed |= !hn::AllTrue(d, hn::Eq(misfits, hn::Zero(d)));
 }

@@ -29,6 +29,7 @@ struct TwoLevels {
     unsigned char freeLevel;
     unsigned char highLabel;  // 0 until a seed above the free level is found
     bool areMixed;            // there is a pixel that does not fit
+    std::int64_t seeds;       // runs of them in rows, those above the free level left out
 };
 
 /// A line of labels for markBorders has one zero byte before its first pixel and this many past its

@@ -171,20 +171,25 @@ TEST(Watershed, FillsObjectsWithoutSeedsFromTheirOwnSideOfTheBackground) {
 }
 
 /// Corridors to and fro, one for the queue from both ends, and one for tiles from two pixels at its
-/// beginning: the distances overrun what is counted in.
+/// beginning: the distances overrun what is counted in. Tiles are not tried where seeds are rare:
+/// below lie as many as it takes.
 TEST(Watershed, FollowsWaysTooLongForOneCount) {
     const struct {
-        int corridor, width, height, otherSeed;
-    } cases[] = {{1, 400, 261, 260}, {11, 1600, 400, 5}};
+        int corridor, width, height, otherSeed, seedRows;
+    } cases[] = {{1, 400, 261, 260, 0}, {11, 1600, 400, 5, 40}};
     for (const auto& c : cases) {
         const auto isObject = [&](int x, int y) {
+            if (y >= c.height) return y > c.height;
             const bool turnsRight = y / (c.corridor + 1) % 2 == 0;
             return y % (c.corridor + 1) < c.corridor ||
                    (turnsRight ? x >= c.width - c.corridor : x < c.corridor);
         };
-        Picture picture = twoLevelPicture(c.width, c.height, 1u << 30, 1, isObject);
+        Picture picture = twoLevelPicture(c.width, c.height + c.seedRows, 1u << 30, 1, isObject);
         picture.marker.at(0, 0) = 3;
         picture.marker.at(0, c.otherSeed) = 2;
+        for (int x = 0; x < c.width; x += 4)
+            for (int y = c.height + 4; y < c.height + c.seedRows; y += 4)
+                picture.marker.at(x, y) = static_cast<unsigned char>(4 + x % 9);
         expectLikeOracle(picture, kMarchingOrder);
     }
 }
