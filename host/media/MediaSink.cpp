@@ -124,16 +124,16 @@ private:
     std::vector<unsigned char> m_bytes;
 };
 
-void requireWritableFolder(const std::string& folder) {
+void requireFolder(const std::string& folder, const WriteOptions& options) {
     if (!isFolder(folder))
         failCreate(folder, "there is no such folder; make it first or choose another");
-    if (access(folder.c_str(), W_OK | X_OK) != 0)
+    if (!options.onlyNames && access(folder.c_str(), W_OK | X_OK) != 0)
         failCreate(folder, "no file can be created in this folder (" + reasonOf(errno) +
                                "); choose another or change its permissions");
 }
 
 /// A folder that is still to be made, with those above it.
-void requireCreatableFolder(std::string folder) {
+void requireCreatableFolder(std::string folder, const WriteOptions& options) {
     struct stat status {};
     while (stat(folder.c_str(), &status) != 0) {
         if (errno != ENOENT)
@@ -141,7 +141,7 @@ void requireCreatableFolder(std::string folder) {
                        "the folder cannot be made (" + reasonOf(errno) + "); choose another name");
         folder = folderOf(folder);
     }
-    requireWritableFolder(folder);
+    requireFolder(folder, options);
 }
 
 /// No two frames go to one file, and no file is one of the source's.
@@ -198,9 +198,9 @@ std::unique_ptr<MediaSink> openFolder(const std::string& name, const MediaSource
     }
     const bool exists = isFolder(folder);
     if (exists)
-        requireWritableFolder(folder);
+        requireFolder(folder, options);
     else
-        requireCreatableFolder(folder);
+        requireCreatableFolder(folder, options);
     requireOwnFiles(paths, source);
     return std::make_unique<PictureFilesSink>(std::move(paths), exists ? "" : folder, options);
 }
@@ -230,7 +230,7 @@ std::unique_ptr<MediaSink> MediaSink::open(const std::string& output, const Medi
     if (isFolder(output) || namesFolder) return openFolder(output, source, frames, options);
     const bool isDeep = options.depth == SampleDepth::Deep;
     if (isVideo && !isDeep) {
-        requireWritableFolder(folderOf(output));
+        requireFolder(folderOf(output), options);
         requireOwnFiles({{frames.front(), output}}, source);
         return openVideoSink(output, source, frames, options.video);
     }
@@ -252,7 +252,7 @@ std::unique_ptr<MediaSink> MediaSink::open(const std::string& output, const Medi
                                    (isDeep ? "" : "a .tif file, ") + "or a folder");
         paths[frames.front()] = output;
     }
-    requireWritableFolder(folderOf(output));
+    requireFolder(folderOf(output), options);
     requireOwnFiles(paths, source);
     if (!pattern && frames.size() > 1) return std::make_unique<PagesSink>(output, options);
     return std::make_unique<PictureFilesSink>(std::move(paths), std::string(), options);

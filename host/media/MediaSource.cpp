@@ -51,7 +51,13 @@ public:
     std::unique_ptr<HkImage> read(std::int64_t frame, PictureProperties* properties,
                                   std::unique_ptr<HkImage> recycled) const override {
         const Place place = placeOf(frame);
-        return readPicture(place.path, place.page, range(), properties, std::move(recycled));
+        std::unique_ptr<HkImage> image =
+            readPicture(place.path, place.page, range(), properties, std::move(recycled));
+        if (properties && !hasPages() && properties->hasPagesBehind)
+            properties->notes.push_back(
+                "only the first of several pages is read; a file of pages "
+                "can be the only input");
+        return image;
     }
     void expect(std::int64_t frame) const override {
         const auto found = std::lower_bound(m_frames.begin(), m_frames.end(), frame);
@@ -167,6 +173,15 @@ std::unique_ptr<PictureFiles> openStills(const std::vector<std::string>& paths,
     return source;
 }
 
+std::unique_ptr<MediaSource> openOnlyVideo(const std::string& path, const ReadOptions& options) {
+    if (options.range.kind != SampleRange::Type)
+        throw MediaError(MediaErrorKind::InvalidData,
+                         shown(path) +
+                             ": --range is for pictures; the levels of a video are those "
+                             "that it is tagged with, so leave it out");
+    return openVideo(path);
+}
+
 }  // namespace
 
 std::unique_ptr<MediaSource> MediaSource::open(const std::vector<std::string>& inputs,
@@ -179,7 +194,7 @@ std::unique_ptr<MediaSource> MediaSource::open(const std::vector<std::string>& i
     const std::string& path = inputs.front();
     struct stat status {};
     if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && isVideo(path))
-        return openVideo(path);
+        return openOnlyVideo(path, options);
     if (stat(path.c_str(), &status) == 0)
         return S_ISDIR(status.st_mode) ? openFolder(path, options) : openStills(inputs, options);
     if (errno == ENOENT)

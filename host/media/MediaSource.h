@@ -44,6 +44,7 @@ struct PictureProperties {
     std::vector<unsigned char> iccProfile;
     CameraData cameraData;  ///< without an orientation: the picture is upright
     ChromaSubsampling chromaSubsampling = ChromaSubsampling::None;
+    bool hasPagesBehind = false;  ///< the file goes on with another picture
     /// What of the file is not in the picture, for the user: "16 bits cut to 8 ...".
     std::vector<std::string> notes;
 };
@@ -77,6 +78,7 @@ struct WriteOptions {
     int compression = 1;
     SampleDepth depth = SampleDepth::Usual;
     VideoOptions video;
+    bool onlyNames = false;  ///< nothing will be written: the folder may be one for reading only
 };
 
 /// Frames to read: a still, several stills, a numbered sequence, a folder of pictures, a video.
@@ -86,16 +88,16 @@ struct WriteOptions {
 class MediaSource {
 public:
     /// Opens what the user named.
-    /// One name: an existing file (a still, frame 0; a TIFF file's pages are frames 0, 1, ...); a
-    /// folder (its pictures in natural order:
-    /// a2.png before a10.png, frames 0, 1, ...; hidden files and files without a picture's suffix
-    /// are left out); or a template whose file name holds #### or %04d (frame numbers are those in
-    /// the names; gaps are allowed; # and % in the folder part mean themselves). A file that exists
-    /// is never taken for a template. An existing file that is a video, by its suffix or, where
-    /// that is unknown, its content: frames 0, 1, ... as they are shown. Several names: stills,
-    /// frames 0, 1, ... in the order given. Only names are looked at, but for the pages of a single
-    /// file, and for a video, which is read through once: a damaged picture is noticed by info()
-    /// and read(). Of files with several pages among several files the first page is read. Throws
+    /// One name: an existing file (a still, frame 0; the pages of a TIFF and the pictures of a WebP
+    /// file are frames 0, 1, ...); a folder (its pictures in natural order: a2.png before a10.png,
+    /// frames 0, 1, ...; hidden files and files without a picture's suffix are left out); or a
+    /// template whose file name holds #### or %04d (frame numbers are those in the names; gaps are
+    /// allowed; # and % in the folder part mean themselves). A file that exists is never taken for
+    /// a template. An existing file that is a video, by its suffix or, where that is unknown, its
+    /// content: frames 0, 1, ... as they are shown. Several names: stills, frames 0, 1, ... in the
+    /// order given. Only names are looked at, but for the pages of a single file, and for a video,
+    /// which is read through once: a damaged picture is noticed by info() and read(). Of files with
+    /// several pages among several files the first page is read, which read() notes. Throws
     /// MissingInput when a file or folder does not exist, may not be read, or holds no picture;
     /// InvalidData when what is named is not a kind of input, or is a damaged video.
     static std::unique_ptr<MediaSource> open(const std::vector<std::string>& inputs,

@@ -61,7 +61,7 @@ private:
 bool isPicturesFormat(const AVInputFormat& format) {
     const std::string name = format.name;
     return name.find("_pipe") != std::string::npos || name.find("image2") != std::string::npos ||
-           name == "tty" || name == "gif";
+           name == "tty" || name == "gif" || name == "apng";
 }
 
 /// The bytes of an MPEG transport packet come in a fixed number; 4 more in front on Blu-ray.

@@ -215,7 +215,7 @@ ExitCode runApply(const ApplyOptions& options, const document::FilterCatalog& ca
         }
     }
     result.throwEnding();
-    if (plot) plot->write(countPlot(plotTitle(options.inputs), pointsOf(plan, pictures)));
+    if (plot) writeCountPlot(*plot, options.inputs, pointsOf(plan, pictures), messages);
     return result.exitCode;
 }
 

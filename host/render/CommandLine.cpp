@@ -196,6 +196,11 @@ void addRunOptions(CLI::App& command, RunOptions& options, Chain chain) {
             [&options](const std::string& text) { options.maxMemory = parseMemorySize(text); },
             "Work on fewer frames at once where they would need more: 500M, 2G")
         ->type_name("SIZE");
+    command
+        .add_option_function<std::string>(
+            "--shard", [&options](const std::string& text) { options.shard = parseShard(text); },
+            "Do every Nth frame only, from the Ith on")
+        ->type_name("I/N");
     command.add_flag("--keep-going", options.keepGoing, "Do the other frames when one fails");
     command
         .add_option_function<std::string>(
@@ -275,11 +280,6 @@ void addApplyOptions(CLI::App& command, ApplyOptions& options, Chain chain) {
                      "Check everything, say what would be written, write nothing");
     command.add_flag("--resume", options.resume,
                      "Leave outputs alone that stand and are what would be written today");
-    command
-        .add_option_function<std::string>(
-            "--shard", [&options](const std::string& text) { options.shard = parseShard(text); },
-            "Do every Nth frame only, from the Ith on")
-        ->type_name("I/N");
     command
         .add_option("--report", options.report,
                     "Write what became of every frame, as JSON, or as CSV to a .csv file; - is "

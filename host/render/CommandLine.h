@@ -28,16 +28,6 @@ struct Selection {
     media::ReadOptions reading;
 };
 
-/// How a run over frames goes.
-struct RunOptions : Selection {
-    int jobs = 0;  ///< 0: as many as there are cores
-    bool keepGoing = false;
-    ProgressMode progress = ProgressMode::Auto;
-    bool quiet = false;
-    std::string plot;            ///< empty: none
-    std::int64_t maxMemory = 0;  ///< bytes; 0: no limit
-};
-
 /// One of several runs that share out the frames of a job.
 struct Shard {
     int index = 1;  ///< from 1
@@ -46,11 +36,21 @@ struct Shard {
     std::string text() const { return std::to_string(index) + '/' + std::to_string(count); }
 };
 
+/// How a run over frames goes.
+struct RunOptions : Selection {
+    Shard shard;
+    int jobs = 0;  ///< 0: as many as there are cores
+    bool keepGoing = false;
+    ProgressMode progress = ProgressMode::Auto;
+    bool quiet = false;
+    std::string plot;            ///< empty: none
+    std::int64_t maxMemory = 0;  ///< bytes; 0: no limit
+};
+
 struct ApplyOptions : RunOptions {
     std::string output;
     bool dryRun = false;
     bool resume = false;
-    Shard shard;
     std::string report;  ///< empty: none; - is standard output
     media::WriteOptions writing;
 

@@ -12,6 +12,7 @@
 #include "host/render/CountPlot.h"
 #include "host/render/FileClaims.h"
 #include "host/render/FrameJob.h"
+#include "host/render/FramePlan.h"
 #include "host/render/FrameRun.h"
 #include "host/render/ObjectTable.h"
 #include "host/render/ResultFile.h"
@@ -37,6 +38,10 @@ CountOutputs openOutputs(const CountOptions& options, const ChosenFrames& chosen
         media::WriteOptions writing;
         writing.depth = depth;
         auto sink = media::MediaSink::open(name, *chosen.source, chosen.frames, writing);
+        if (options.shard.count > 1 && sink->writesInOrder())
+            throw UsageError(media::shown(name) +
+                             ": one file of many frames is made in one run; --shard needs a file "
+                             "for each frame, such as frame_####.png");
         claims.claim(*sink, chosen.frames, purpose);
         folders.push_back(media::folderOf(sink->path(chosen.frames.front())));
         return sink;
@@ -131,11 +136,13 @@ ExitCode runCount(const CountOptions& options, const document::FilterCatalog& ca
                   const Messages& messages) {
     const ChosenFrames chosen = chooseFrames(options, catalog, messages);
     CountOutputs outputs = openOutputs(options, chosen);
-    if (!options.quiet) warnBeforehand(*chosen.source, chosen.frames, messages);
+    const FramePlan plan = planFrames(chosen.frames, options.shard, nullptr);
+    if (!options.quiet) warnBeforehand(*chosen.source, plan.mine, messages);
+    for (const std::string& remark : plan.remarks) messages.note(remark);
 
     ObjectTable table;
     ObjectTaker taker(options, *chosen.source, outputs, table);
-    const RunResult result = renderFrames(*chosen.source, chosen.frames, options, taker, messages);
+    const RunResult result = renderFrames(*chosen.source, plan.mine, options, taker, messages);
     if (outputs.outlines && result.isWhole()) outputs.outlines->finish();
     result.throwEnding();
     if (outputs.table) outputs.table->write(table.objects());
@@ -143,7 +150,7 @@ ExitCode runCount(const CountOptions& options, const document::FilterCatalog& ca
         std::vector<PlotPoint> points;
         for (const FrameOutcome& outcome : result.outcomes)
             points.push_back({outcome.frame, table.objectsOf(outcome.frame)});
-        outputs.plot->write(countPlot(plotTitle(options.inputs), points));
+        writeCountPlot(*outputs.plot, options.inputs, points, messages);
     }
     if (!outputs.table || !outputs.table->isStandardOutput())
         std::fputs(table.frames().c_str(), stdout);

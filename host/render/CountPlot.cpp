@@ -228,4 +228,12 @@ std::string countPlot(const std::string& title, const std::vector<PlotPoint>& po
     return Plot(title, points).svg();
 }
 
+void writeCountPlot(const ResultFile& file, const std::vector<std::string>& inputs,
+                    const std::vector<PlotPoint>& points, const Messages& messages) {
+    if (points.empty())
+        messages.note("--plot: there is no frame to draw, so " + file.path() + " is not written");
+    else
+        file.write(countPlot(plotTitle(inputs), points));
+}
+
 }  // namespace render

@@ -4,6 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "host/render/Messages.h"
+#include "host/render/ResultFile.h"
+
 namespace render {
 
 /// How every plot begins, blanks and line ends left out.
@@ -20,5 +23,10 @@ std::string plotTitle(const std::vector<std::string>& inputs);
 /// The number of objects over the frames (ascending, at least one) as SVG. A frame without a number
 /// is a gap in the line, and is mentioned.
 std::string countPlot(const std::string& title, const std::vector<PlotPoint>& points);
+
+/// Writes the plot of a run over these inputs. A run without frames, as a shard may be, has none,
+/// which is said. Throws as ResultFile::write() does.
+void writeCountPlot(const ResultFile& file, const std::vector<std::string>& inputs,
+                    const std::vector<PlotPoint>& points, const Messages& messages);
 
 }  // namespace render

@@ -13,8 +13,9 @@ ExitCode runVerify(const VerifyOptions& options, const document::FilterCatalog& 
                    const Messages& messages) {
     const ChosenFrames chosen = chooseFrames(options, catalog, messages);
     const std::vector<std::int64_t>& frames = chosen.frames;
-    const auto sink =
-        media::MediaSink::open(options.output, *chosen.source, frames, options.writing);
+    media::WriteOptions writing = options.writing;
+    writing.onlyNames = true;
+    const auto sink = media::MediaSink::open(options.output, *chosen.source, frames, writing);
     const OutputBook book(
         *chosen.source, *sink, frames,
         {options.plugin, chosen.range, std::to_string(options.writing.compression)}, "verify");

@@ -29,10 +29,18 @@ constexpr double kStored = 8;  // of one bit each
 constexpr double kRuns = 128;
 constexpr double kAnything = 100000;
 
+constexpr char kBmp[] = "bmp";
+constexpr char kTarga[] = "targa";
+constexpr char kPnm[] = "pnm";
+constexpr char kWebp[] = "webp";
+constexpr char kExr[] = "openexr";
+
 class LibraryDecoder : public PictureDecoder {
 public:
-    LibraryDecoder(const char* reader, const Bytes& file, double mostPerByte)
-        : m_memory(file.data, file.size) {
+    /// What one file holds of several is pages to a format that animates, else parts of one
+    /// picture.
+    LibraryDecoder(const char* reader, const Bytes& file, double mostPerByte, int page = 0)
+        : m_memory(file.data, file.size), m_animates(!std::strcmp(reader, kWebp)) {
         keepToOwnThread();
         m_input = OIIO::ImageInput::create(reader);
         OIIO::ImageSpec options;
@@ -42,6 +50,11 @@ public:
             forgetReason();
             refuseDamaged("its head cannot be understood");
         }
+        if (page > 0 && !hasPart(page))
+            refuseDamaged("picture " + std::to_string(page + 1) + " cannot be found");
+        m_page = page;
+        if (!m_animates && hasPart(1))
+            m_head.notes.push_back("only the first of several parts is read");
         m_head.width = m_layout.width;
         m_head.height = m_layout.height;
         // Up to four, of more the colours and an alpha that stands right behind them.
@@ -58,7 +71,7 @@ public:
         if (m_head.orientation < 1 || m_head.orientation > 8) m_head.orientation = 1;
         // These two give colours multiplied by alpha although we asked for the contrary.
         const bool hasAlpha = m_head.channels == 2 || m_head.channels == 4;
-        const bool multiplies = !std::strcmp(reader, "openexr") || !std::strcmp(reader, "webp");
+        const bool multiplies = !std::strcmp(reader, kExr) || m_animates;
         m_head.isPremultiplied = hasAlpha && multiplies;
         if (m_head.isPremultiplied) m_head.samples = SampleType::Float;
         m_head.leastBytes = static_cast<double>(m_layout.width) * m_layout.height *
@@ -70,7 +83,7 @@ public:
                                     : m_head.samples == SampleType::Word ? OIIO::TypeUInt16
                                                                          : OIIO::TypeFloat;
         const auto pixel = static_cast<OIIO::stride_t>(bytesOf(m_head.samples)) * m_head.channels;
-        if (!m_input->read_image(0, 0, 0, m_head.channels, type, rows, pixel,
+        if (!m_input->read_image(m_page, 0, 0, m_head.channels, type, rows, pixel,
                                  static_cast<OIIO::stride_t>(step)) ||
             m_input->has_error()) {
             forgetReason();
@@ -88,10 +101,23 @@ public:
             const auto* bytes = static_cast<const unsigned char*>(profile->data());
             result.iccProfile.assign(bytes, bytes + profile->type().size());
         }
+        result.hasPagesBehind = m_animates && hasPart(m_page + 1);
         return result;
     }
 
+    int pageCount() {
+        int count = 1;
+        while (hasPart(count)) ++count;
+        return count;
+    }
+
 private:
+    bool hasPart(int number) {
+        const bool found = m_input->seek_subimage(number, 0);
+        if (!found) forgetReason();
+        return found;
+    }
+
     /// The library's words are not ours, and it prints those nobody fetched.
     void forgetReason() {
         if (m_input) m_input->geterror();
@@ -99,6 +125,8 @@ private:
     }
 
     OIIO::Filesystem::IOMemReader m_memory;
+    const bool m_animates;
+    int m_page = 0;
     OIIO::ImageSpec m_layout;
     std::unique_ptr<OIIO::ImageInput> m_input;
 };
@@ -129,15 +157,9 @@ void encode(const PictureRows& rows, const PictureProperties& properties, const 
 }
 
 template <const char* kReader, const double& kMostPerByte>
-std::unique_ptr<PictureDecoder> open(const Bytes& file, int) {
-    return std::make_unique<LibraryDecoder>(kReader, file, kMostPerByte);
+std::unique_ptr<PictureDecoder> open(const Bytes& file, int page) {
+    return std::make_unique<LibraryDecoder>(kReader, file, kMostPerByte, page);
 }
-
-constexpr char kBmp[] = "bmp";
-constexpr char kTarga[] = "targa";
-constexpr char kPnm[] = "pnm";
-constexpr char kWebp[] = "webp";
-constexpr char kExr[] = "openexr";
 
 /// Kinds of BMP whose reader is sound.
 std::unique_ptr<PictureDecoder> openBmp(const Bytes& file, int) {
@@ -189,6 +211,9 @@ std::vector<Format> libraryFormats() {
     const auto isWebp = [](const Bytes& file) {
         return file.startsWith("RIFF", 4) && file.startsWith("WEBP", 4, 8);
     };
+    const auto webpPages = [](const Bytes& file) {
+        return LibraryDecoder(kWebp, file, kAnything).pageCount();
+    };
     const auto isExr = [](const Bytes& file) { return file.startsWith("\x76\x2f\x31\x01", 4); };
     return {
         {"BMP", {".bmp"}, isBmp, openBmp, nullptr, encode<kBmp>, kNotGreyAlpha, 32768},
@@ -196,7 +221,7 @@ std::vector<Format> libraryFormats() {
         {"PNM", {".ppm"}, isPnm, open<kPnm, kStored>, nullptr, encode<kPnm>, 0b0100, 32768},
         {"PNM", {".pgm"}, isPnm, open<kPnm, kStored>, nullptr, encode<kPnm>, 0b0001, 32768},
         {"PNM", {".pbm"}, isPnm, open<kPnm, kStored>, nullptr, nullptr, 0, 0},
-        {"WebP", {".webp"}, isWebp, open<kWebp, kAnything>, nullptr, nullptr, 0, 0},
+        {"WebP", {".webp"}, isWebp, open<kWebp, kAnything>, webpPages, nullptr, 0, 0},
         {"OpenEXR", {".exr"}, isExr, open<kExr, kAnything>, nullptr, nullptr, 0, 0},
         // Last: it has nothing at its beginning to know it by.
         {"TGA", {".tga"}, isTarga, openTarga, nullptr, encode<kTarga>, kNotGreyAlpha, 32768},

@@ -189,6 +189,7 @@ public:
         const unsigned char* profile = nullptr;
         if (TIFFGetField(m_tiff, TIFFTAG_ICCPROFILE, &size, &profile) == 1 && profile)
             result.iccProfile.assign(profile, profile + size);
+        result.hasPagesBehind = TIFFLastDirectory(m_tiff) == 0;
         if (TIFFCurrentDirectory(m_tiff) == 0) result.cameraData = cameraDataOf(m_bytes);
         return result;
     }

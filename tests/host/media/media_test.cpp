@@ -320,7 +320,7 @@ TEST_F(Media, PicturesThatCannotBeReadAreNamedWithTheReason) {
     std::vector<unsigned char> noise(64 * 64 * 3);
     for (std::size_t i = 0; i < noise.size(); ++i)
         noise[i] = static_cast<unsigned char>(i * i / 7 + i / 3);
-    for (const char* suffix : {"png", "tif", "jpg", "bmp", "ppm", "tga", "exr"}) {
+    for (const char* suffix : {"png", "tif", "jpg", "bmp", "ppm", "tga", "exr", "webp"}) {
         const std::string name = std::string("whole.") + suffix;
         writePicture(name, OIIO::ImageSpec(64, 64, 3, OIIO::TypeUInt8), noise.data());
         const std::string whole = bytesOf(in(name));
@@ -513,8 +513,12 @@ TEST_F(Media, OneWrongBitIsNoticedWhereThereAreChecksums) {
     HkImage image(40, 30, 3, noise.data(), 1);
     writeGrey("input.png");
     const auto source = MediaSource::open({in("input.png")});
-    for (const char* name : {"bit.png", "bit.tif", "bit.jpg", "bit.bmp", "bit.tga", "bit.ppm"}) {
-        MediaSink::open(in(name), *source, {0})->write(0, image);
+    for (const char* name :
+         {"bit.png", "bit.tif", "bit.jpg", "bit.bmp", "bit.tga", "bit.ppm", "bit.webp"}) {
+        if (name[4] == 'w')  // is not written here
+            writePicture(name, OIIO::ImageSpec(40, 30, 3, OIIO::TypeUInt8), noise.data());
+        else
+            MediaSink::open(in(name), *source, {0})->write(0, image);
         const std::string whole = bytesOf(in(name));
         const Bytes right = pixels(*readOnly(in(name)));
         const bool hasChecksums =
@@ -623,6 +627,15 @@ TEST_F(Media, PagesAreFrames) {
         EXPECT_EQ(level, 50 + i);
         EXPECT_EQ(pixels(*pages->read(i)), Bytes{level});
     }
+    const auto notesOf = [](const MediaSource& source) {
+        PictureProperties properties;
+        source.read(0, &properties);
+        return properties.notes;
+    };
+    EXPECT_THAT(notesOf(*pages), ElementsAre());
+    EXPECT_THAT(notesOf(*MediaSource::open({in("pages.tif"), in("p_0.png")})),
+                ElementsAre(HasSubstr("only the first of several pages")));
+    EXPECT_THAT(notesOf(*MediaSource::open({in("p_0.png"), in("pages.tif")})), ElementsAre());
 }
 
 TEST_F(Media, ARangeChoosesWhatBecomesBlackAndWhite) {

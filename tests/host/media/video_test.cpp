@@ -161,6 +161,26 @@ TEST_F(Video, AFrameReadAloneIsTheOneOfAFullDecode) {
     }
 }
 
+TEST_F(Video, AnimatedPicturesAreFramesAndAVideoTakesNoRange) {
+    VideoRecipe recipe;
+    recipe.container = "webp";
+    recipe.encoder = "libwebp_anim";
+    recipe.times = evenTimes(12);
+    makeVideo(in("a.webp"), recipe);
+    const auto source = MediaSource::open({in("a.webp")});
+    ASSERT_EQ(source->frames().size(), 12u);
+    for (const std::int64_t frame : {3, 11, 0, 7}) EXPECT_EQ(numberOn(*source->read(frame)), frame);
+
+    recipe = VideoRecipe();
+    recipe.times = evenTimes(2);
+    makeVideo(in("v.mp4"), recipe);
+    ReadOptions options;
+    options.range = {SampleRange::Given, 0, 100};
+    EXPECT_THAT(
+        errorOf(MediaErrorKind::InvalidData, [&] { MediaSource::open({in("v.mp4")}, options); }),
+        HasSubstr("--range is for pictures"));
+}
+
 TEST_F(Video, TimesAndSoundSurviveARender) {
     constexpr int kFrames = 60;
     VideoRecipe recipe;

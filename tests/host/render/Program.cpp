@@ -74,14 +74,25 @@ ProgramResult RunningProgram::wait() {
 }
 
 ProgramResult FxrenderTest::fxrender(const Arguments& arguments) {
+    return runAs(geteuid(), arguments);
+}
+
+ProgramResult FxrenderTest::fxrenderAsUser(const Arguments& arguments) {
+    constexpr uid_t kNobody = 65534;
+    return runAs(geteuid() == 0 ? kNobody : geteuid(), arguments);
+}
+
+ProgramResult FxrenderTest::runAs(uid_t user, const Arguments& arguments) {
+    const auto becomeUser = [user] { return user == geteuid() || setuid(user) == 0; };
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     // Leaks are looked for when a program exits, and races in processes that were not forked.
     Arguments commandLine = {FXRENDER};
     commandLine.insert(commandLine.end(), arguments.begin(), arguments.end());
-    return RunningProgram(commandLine, folder()).wait();
+    const auto main = [&] { return becomeUser() ? become(commandLine) : 127; };
 #else
-    return RunningProgram([&] { return render::runFxrender(arguments); }, folder()).wait();
+    const auto main = [&] { return becomeUser() ? render::runFxrender(arguments) : 127; };
 #endif
+    return RunningProgram(main, folder()).wait();
 }
 
 ProgramResult FxrenderTest::apply(Arguments arguments, int expectedExitCode) {
@@ -93,8 +104,13 @@ ProgramResult FxrenderTest::apply(Arguments arguments, int expectedExitCode) {
 
 void FxrenderTest::expectRefusal(const Arguments& arguments, int exitCode,
                                  const std::string& message) {
-    const ProgramResult result = fxrender(arguments);
-    const std::string shown = testing::PrintToString(arguments) + "\n" + result.err;
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    expectRefused(fxrender(arguments), exitCode, message);
+}
+
+void FxrenderTest::expectRefused(const ProgramResult& result, int exitCode,
+                                 const std::string& message) {
+    const std::string& shown = result.err;
     EXPECT_EQ(result.exitCode, exitCode) << shown;
     EXPECT_EQ(result.out, "") << shown;
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << shown;

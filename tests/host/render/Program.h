@@ -42,12 +42,17 @@ protected:
     /// takes longer than most of what it does here.
     ProgramResult fxrender(const Arguments& arguments);
 
+    /// The same as a user whom permissions bind, whoever runs the test.
+    ProgramResult fxrenderAsUser(const Arguments& arguments);
+
     /// fxrender apply, which must end with this code.
     ProgramResult apply(Arguments arguments, int expectedExitCode = 0);
 
     /// The test fails unless the program ends with this code and one line on standard error that
     /// holds `message`.
     void expectRefusal(const Arguments& arguments, int exitCode, const std::string& message);
+    static void expectRefused(const ProgramResult& result, int exitCode,
+                              const std::string& message);
 
     QString path(const QString& name) const { return m_folder.filePath(name); }
     QString folder() const { return m_folder.path(); }
@@ -68,6 +73,8 @@ protected:
     void saveSequence(int count, int width = 37, int height = 23) const;
 
 private:
+    ProgramResult runAs(uid_t user, const Arguments& arguments);
+
     QTemporaryDir m_folder;
 };
 

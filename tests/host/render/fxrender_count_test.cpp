@@ -61,6 +61,10 @@ TEST_F(FxrenderCount, TabulatesFramesOnStandardOutputAndObjectsInAFile) {
                 ElementsAre(kFrameHead, "1,2,26.00,24,28,1,shot_0001.png"));
     EXPECT_THAT(linesOf(count({"--exclude-border", "--min-area", "29", "--frames", "0"}).out),
                 ElementsAre(kFrameHead, "0,0,,,,2,shot_0000.png"));
+    EXPECT_THAT(linesOf(count({"--shard", "1/2"}).out),
+                ElementsAre(kFrameHead, "0,2,22.00,20,24,0,shot_0000.png",
+                            "2,4,26.00,20,32,0,shot_0002.png"));
+    EXPECT_THAT(count({"--shard", "1/2", "--outlines", "o.tif"}, 2).err, HasSubstr("--shard"));
 }
 
 TEST_F(FxrenderCount, LabelsAndOutlinesShowWhatTheTableTells) {

@@ -106,6 +106,10 @@ TEST_F(FxrenderPlot, OneFrameNoObjectsAndApply) {
     apply(arguments);
     count({"-f", "Object separator"});
     EXPECT_EQ(contents("out/q.svg"), contents("p.svg"));
+
+    QFile::remove(path("p.svg"));  // a shard without frames
+    count({"--shard", "3/3"});
+    EXPECT_TRUE(files().filter("p.svg").isEmpty());
 }
 
 TEST_F(FxrenderPlot, ReplacesNothingButAPlot) {

@@ -1,5 +1,6 @@
 // Projects, and runs over them that are shared out, interrupted and gone on with.
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <map>
@@ -190,6 +191,9 @@ TEST_F(FxrenderProject, VerifySaysWhatIsWrongWithWhich) {
     EXPECT_EQ(run(verify, 1).out,
               "frame 6: damaged or replaced (its bytes are not those that were written)\n"
               "8 of 9 frames are there, up to date and undamaged\n");
+    chmod(path("out").toLocal8Bit(), 0555);  // an archive, say
+    chmod(folder().toLocal8Bit(), 0755);
+    EXPECT_THAT(fxrenderAsUser(verify).out, HasSubstr("8 of 9 frames are there"));
     verify[5] = "Blur and enhance:Blur=0=1;4=5;8=8";
     EXPECT_THAT(run(verify, 1).out, HasSubstr("frames 7 to 8: stale (the settings changed since)"));
 }
