@@ -28,6 +28,8 @@ struct Selection {
     media::ReadOptions reading;
 };
 
+constexpr int kMostJobs = 1024;
+
 /// How a run over frames goes.
 struct RunOptions : Selection {
     int jobs = 0;  ///< 0: as many as there are cores
