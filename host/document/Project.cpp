@@ -38,7 +38,9 @@ void requireShortTags(const QByteArray& bytes) {
         if (bytes[i] == '<') tagBegin = i;
         if (i - tagBegin >= kProjectLimits.tagBytes)
             throw ProjectError(
-                QStringLiteral("line %1: more than %2 KiB without a new tag; this is no project")
+                QStringLiteral(
+                    "line %1: more than %2 KiB without a new tag, a fixed limit; this is no "
+                    "project")
                     .arg(line)
                     .arg(kProjectLimits.tagBytes >> 10));
     }
@@ -49,7 +51,7 @@ void requireShortTags(const QByteArray& bytes) {
 }
 
 QString limitText(std::int64_t limit, const char* of) {
-    return QStringLiteral("more than %1 %2, the most a project may have; split it")
+    return QStringLiteral("more than %1 %2, the fixed limit of a project; split it")
         .arg(limit)
         .arg(QLatin1String(of));
 }
@@ -110,8 +112,8 @@ void checkStructure(const QString& text) {
 
 QDomElement parsed(QDomDocument& document, const QByteArray& bytes) {
     if (bytes.size() > kProjectLimits.bytes)
-        throw ProjectError(QStringLiteral("the file has %1 MiB, a project at most %2; this is no "
-                                          "project")
+        throw ProjectError(QStringLiteral("the file has %1 MiB, a project at most %2, a fixed "
+                                          "limit; this is no project")
                                .arg(bytes.size() >> 20)
                                .arg(kProjectLimits.bytes >> 20));
     if (bytes.isEmpty())

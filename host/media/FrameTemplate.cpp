@@ -10,9 +10,6 @@ namespace media {
 
 namespace {
 
-/// More digits than this do not fit a frame number.
-constexpr int kMostDigits = 18;
-
 struct Place {
     std::size_t begin = 0;
     std::size_t end = 0;
@@ -38,7 +35,8 @@ std::optional<Place> printfPlace(const std::string& name) {
         if (end > i + 1) {
             // %4d would pad with blanks, which no file name does.
             const auto read = std::from_chars(name.data() + i + 1, name.data() + end, digits);
-            const bool isWidth = read.ec == std::errc() && digits >= 1 && digits <= kMostDigits;
+            const bool isWidth =
+                read.ec == std::errc() && digits >= 1 && digits <= kMostFrameDigits;
             if (name[i + 1] != '0' || !isWidth) continue;
         }
         return Place{i, end + 1, digits};
@@ -53,7 +51,7 @@ std::optional<Place> hashPlace(const std::string& name) {
     const std::size_t before = name.find_last_not_of('#', last);
     const std::size_t begin = before == std::string::npos ? 0 : before + 1;
     const std::size_t digits = last + 1 - begin;
-    if (digits > kMostDigits) return std::nullopt;
+    if (digits > kMostFrameDigits) return std::nullopt;
     return Place{begin, last + 1, static_cast<int>(digits)};
 }
 

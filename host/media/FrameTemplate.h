@@ -6,6 +6,9 @@
 
 namespace media {
 
+/// More digits than this do not fit a frame number.
+constexpr int kMostFrameDigits = 18;
+
 /// A path whose file name has a place for the frame number: shot_####.png or shot_%04d.png, both
 /// shot_0007.png for frame 7. The number of # is the least number of digits, as the 4 of %04d is.
 class FrameTemplate {

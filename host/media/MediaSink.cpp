@@ -9,6 +9,7 @@
 
 #include "host/media/FrameTemplate.h"
 #include "host/media/MediaError.h"
+#include "host/media/PictureLimits.h"
 #include "host/media/atomic_file.h"
 #include "host/media/file_names.h"
 #include "host/media/picture_writer.h"
@@ -107,10 +108,11 @@ public:
     }
     std::function<void()> encode(std::int64_t, const HkImage& image,
                                  const PictureProperties& properties) override {
-        constexpr std::size_t kMostBytes = std::size_t{1} << 31;  // offsets of 32 bits
         encodePicture(m_path, image, properties, m_options, m_bytes);
-        if (m_bytes.size() > kMostBytes)
-            failCreate(m_path, "the pages are more than one file holds; write a numbered sequence");
+        if (static_cast<std::int64_t>(m_bytes.size()) > kPictureLimits.pageBytes)
+            failCreate(
+                m_path,
+                "the pages are more than the 2 GiB that one file holds; write a numbered sequence");
         return {};
     }
     bool writesInOrder() const override { return true; }

@@ -10,8 +10,10 @@
 #include <cstdint>
 #include <limits>
 #include <new>
+#include <system_error>
 
 #include "host/media/MediaError.h"
+#include "host/media/PictureLimits.h"
 #include "host/media/file_names.h"
 #include "host/media/formats/Format.h"
 #include "host/media/formats/deflate.h"
@@ -25,9 +27,6 @@ using formats::PictureDecoder;
 using formats::PictureHead;
 using formats::SampleType;
 using formats::Scratch;
-
-constexpr int kLargestSide = 32768;
-constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
 
 [[noreturn]] void fail(MediaErrorKind kind, const std::string& path, const std::string& rest) {
     throw MediaError(kind, shown(path) + ": " + rest);
@@ -94,12 +93,8 @@ auto withPicture(const std::string& path, int page, Work work) {
         const std::string size = std::to_string(head.width) + " x " + std::to_string(head.height);
         if (head.width < 1 || head.height < 1 || head.channels < 1 || head.channels > 4)
             formats::refuseDamaged("its size cannot be");
-        if (head.width > kLargestSide || head.height > kLargestSide)
-            fail(MediaErrorKind::InvalidData, path,
-                 size + " pixels are more than 32,768 a side; make it smaller");
-        if (std::int64_t{head.width} * head.height > kMostPixels)
-            fail(MediaErrorKind::InvalidData, path,
-                 size + " pixels are more than 268,435,456; make it smaller");
+        const std::string refusal = refusalOfSize(head.width, head.height);
+        if (!refusal.empty()) fail(MediaErrorKind::InvalidData, path, refusal);
         if (head.leastBytes > static_cast<double>(file.size))
             formats::refuseDamaged("the file is too short for the " + size + " pixels it claims");
         return work(*decoder, format, file);
@@ -111,6 +106,17 @@ auto withPicture(const std::string& path, int page, Work work) {
     } catch (const std::length_error&) {
         fail(MediaErrorKind::NoMemory, path,
              "there is not enough memory to read the picture; use fewer jobs at a time");
+    } catch (const MediaError&) {
+        throw;
+    } catch (const std::system_error& error) {  // a library's thread, perhaps
+        fail(error.code() == std::errc::resource_unavailable_try_again ? MediaErrorKind::NoMemory
+                                                                       : MediaErrorKind::ReadWrite,
+             path,
+             "the picture cannot be read (" + reasonOf(error.code().value()) +
+                 "); use fewer jobs at a time");
+    } catch (const std::exception&) {  // the library's words are not ours
+        fail(MediaErrorKind::InvalidData, path,
+             "the picture is damaged or of a kind that is not read; copy or export it again");
     }
 }
 

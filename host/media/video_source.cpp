@@ -14,6 +14,7 @@
 #include <set>
 
 #include "host/media/MediaError.h"
+#include "host/media/PictureLimits.h"
 #include "host/media/VideoTrack.h"
 #include "host/media/file_names.h"
 #include "host/media/picture_reader.h"
@@ -320,12 +321,8 @@ private:
     }
 
     void requireAllowedSize() const {
-        constexpr int kLargestSide = 32768;
-        if (m_width > kLargestSide || m_height > kLargestSide ||
-            std::int64_t{m_width} * m_height > std::int64_t{1} << 28)
-            failInvalid(m_path, std::to_string(m_width) + " x " + std::to_string(m_height) +
-                                    " pixels exceed the limit of 32,768 pixels a side and "
-                                    "268,435,456 in all; scale it first");
+        const std::string refusal = refusalOfSize(m_width, m_height);
+        if (!refusal.empty()) failInvalid(m_path, refusal);
     }
 
     void lookAtFile() {

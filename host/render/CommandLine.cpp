@@ -187,8 +187,7 @@ Shard parseShard(const std::string& text) {
 
 void addRunOptions(CLI::App& command, RunOptions& options, Chain chain) {
     addSelection(command, options, chain);
-    const int mostJobs = 1024;
-    addNumber(command, "-j,--jobs", options.jobs, mostJobs,
+    addNumber(command, "-j,--jobs", options.jobs, kMostJobs,
               "How many frames to work on at once, if not one per core");
     command
         .add_option_function<std::string>(

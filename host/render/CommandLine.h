@@ -36,6 +36,8 @@ struct Shard {
     std::string text() const { return std::to_string(index) + '/' + std::to_string(count); }
 };
 
+constexpr int kMostJobs = 1024;
+
 /// How a run over frames goes.
 struct RunOptions : Selection {
     Shard shard;

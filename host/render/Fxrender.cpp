@@ -154,7 +154,11 @@ int reportErrors(Messages messages, const std::function<int(Messages&)>& work) {
     } catch (const std::bad_alloc&) {
         return fail(kNoMemoryText, TryAgainLater);
     } catch (const std::system_error& error) {
-        return fail(error.what(), exitCodeOf(error));
+        const int code = exitCodeOf(error);
+        return fail(code == TryAgainLater ? "the system grants no further threads or memory; close "
+                                            "other programs or use fewer --jobs"
+                                          : error.what(),
+                    code);
     } catch (const std::exception& error) {
         return fail(error.what(), ReadWriteError);
     } catch (...) {

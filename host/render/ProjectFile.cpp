@@ -34,7 +34,7 @@ QByteArray bytesOf(const std::string& path) {
     if (status.st_size > most)
         fail(InvalidData, "the file has " + std::to_string(status.st_size >> 20) +
                               " MiB, a project at most " + std::to_string(most >> 20) +
-                              "; this is no project");
+                              ", a fixed limit; this is no project");
     QFile file(QFile::decodeName(path.c_str()));
     if (!file.open(QIODevice::ReadOnly))
         fail(MissingInput, "the project cannot be read (" + file.errorString().toStdString() +

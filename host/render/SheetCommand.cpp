@@ -17,7 +17,6 @@ namespace render {
 namespace {
 
 /// More than anybody compares by eye.
-const int kMostPictures = 100;
 
 QStringList filtersOf(const SheetOptions& options) {
     if (!options.filters.empty()) return asQStrings(options.filters);
@@ -54,10 +53,11 @@ public:
             throw UsageError("--over: a sheet has rows and columns; give it once or twice");
         if (texts.size() > 1) rows = sweep(texts[1]);
         const std::size_t pictures = columns.values.size() * (rows ? rows->values.size() : 1);
-        if (pictures > kMostPictures)
+        if (pictures > kMostSheetPictures)
             throw UsageError("--over: these are " + std::to_string(pictures) +
-                             " pictures; a sheet has room for " + std::to_string(kMostPictures) +
-                             ", give fewer values");
+                             " pictures; a sheet has room for " +
+                             std::to_string(kMostSheetPictures) +
+                             ", a fixed limit, give fewer values");
     }
 
     QStringList labels(const document::ParameterSweep& sweep) const {
@@ -71,7 +71,7 @@ public:
 
 private:
     document::ParameterSweep sweep(const std::string& text) const {
-        return document::sweepFromText(QString::fromStdString(text), m_catalog, kMostPictures);
+        return document::sweepFromText(QString::fromStdString(text), m_catalog, kMostSheetPictures);
     }
     const document::FilterCatalog& m_catalog;
 

@@ -7,6 +7,8 @@
 
 namespace render {
 
+constexpr int kMostSheetPictures = 100;
+
 /// Shows one frame with several values of a parameter, or of two, on one labelled sheet. Returns
 /// Done; throws as runApply() does.
 ExitCode runSheet(const SheetOptions& options, const document::FilterCatalog& catalog,

@@ -52,7 +52,7 @@ def cut(r, data):
 
 def overwrite(r, data):
     size = r.choice((1, 2, 4))
-    at = r.randrange(max(1, len(data) - size))
+    at = r.randrange(max(1, len(data) - size + 1))
     put(data, at, size, r.choice(CLAIMS + [r.getrandbits(32)]), r.choice(("little", "big")))
 
 
@@ -110,7 +110,7 @@ def claim_size(r, data):
         put(data, r.choice((10, 14, 18, 22, 28, 30, 34, 46)), 4, claim(), "little")
     elif data[:1] == b"P" and data[1:2].isdigit():
         words = data.split(maxsplit=3)
-        words[r.randrange(1, len(words))] = str(claim()).encode()
+        words[r.randrange(len(words))] = str(claim()).encode()
         data[:] = b"\n".join(words)
     elif data[:4] == b"RIFF":
         put(data, r.randrange(4, 40), 4, claim(), "little")
@@ -271,6 +271,8 @@ with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
     for kind, number, code, seconds, fault, text in pool.map(lambda job: trial(*job), jobs):
         codes[kind, code] += 1
         slowest = max(slowest, seconds)
+        if sum(codes.values()) % 1000 == 0:
+            print(f"{sum(codes.values())} of {len(jobs)}", file=sys.stderr, flush=True)
         if fault:
             faults += 1
             print(f"{kind} {number}: {fault}: {text!r}", flush=True)

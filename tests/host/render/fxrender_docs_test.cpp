@@ -2,9 +2,17 @@
 #include <gmock/gmock.h>
 
 #include <QDirIterator>
+#include <QLocale>
+#include <limits>
 #include <regex>
 #include <sstream>
 
+#include "host/document/Project.h"
+#include "host/media/FrameTemplate.h"
+#include "host/media/PictureLimits.h"
+#include "host/media/formats/Format.h"
+#include "host/render/CommandLine.h"
+#include "host/render/SheetCommand.h"
 #include "tests/host/render/Program.h"
 
 namespace {
@@ -72,6 +80,53 @@ TEST_F(FxrenderDocs, EveryCommandDoesWhatIsSaid) {
                            QDirIterator::Subdirectories);
     while (documents.hasNext()) count += runCommandsOf(documents.next());
     EXPECT_GE(count, 9);
+}
+
+TEST(LimitsDocument, HasEveryLimitAsItIs) {
+    QFile file(FX_SOURCE_FOLDER "/docs/limits.md");
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const std::string text = file.readAll().toStdString();
+    const document::ProjectLimits& project = document::kProjectLimits;
+    const struct {
+        const char* name;
+        std::int64_t most;
+        const char* unit;
+    } rows[] = {
+        {"side of a picture or video that is read", media::kPictureLimits.side, " pixels"},
+        {"picture or video that is read", media::kPictureLimits.pixels, " pixels"},
+        {"pages of one TIFF file together", media::kPictureLimits.pageBytes >> 30, " GiB"},
+        {"size of a project", project.bytes >> 20, " MiB"},
+        {"from one `<` of a project to the next", project.tagBytes >> 10, " KiB"},
+        {"levels of elements of a project", project.depth, ""},
+        {"attributes of one element of a project", project.attributes, ""},
+        {"elements of a project, keys among them", project.elements, ""},
+        {"filters of a project", project.filters, ""},
+        {"digits of the number in a file pattern", media::kMostFrameDigits, ""},
+        {"frames worked on at once, `--jobs`", render::kMostJobs, ""},
+        {"pictures of a sheet", render::kMostSheetPictures, ""},
+        {"objects of a label picture", std::numeric_limits<std::uint16_t>::max(), ""},
+    };
+    const auto line = [](const std::string& name, std::int64_t most, const char* unit) {
+        const QString number = QLocale(QLocale::English).toString(static_cast<qlonglong>(most));
+        return "\n| " + name + " | " + number.toStdString() + unit + " |\n";
+    };
+    for (const auto& row : rows) {
+        const std::string expected = line(row.name, row.most, row.unit);
+        EXPECT_THAT(text, testing::HasSubstr(expected));
+    }
+    for (const media::formats::Format& format : media::formats::all()) {
+        if (!format.encode) continue;
+        const bool isJpeg = format.name == std::string("JPEG");
+        EXPECT_THAT(text,
+                    testing::HasSubstr(line(isJpeg ? "side of a picture written as JPEG"
+                                                   : "side of a picture written in another format",
+                                            format.largestSide, " pixels")))
+            << format.name;
+    }
+    const std::size_t tableRows = std::size(rows) + 2;  // and the two of what is written
+    const std::regex rowPattern("\\n\\| [^-|][^|]*\\| [0-9,]+");
+    const std::sregex_iterator first(text.begin(), text.end(), rowPattern), last;
+    EXPECT_EQ(static_cast<std::size_t>(std::distance(first, last)), tableRows);
 }
 
 }  // namespace
