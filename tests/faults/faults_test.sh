@@ -6,7 +6,7 @@
 set -u
 fxrender=$1
 library=$2
-usual=800
+usual=2000
 stride=${3:-$usual}
 all=
 [ "$stride" = $usual ] || all=1
