@@ -24,18 +24,27 @@ QString toolkitTexts() {
 #endif
 }
 
-/// The library that is not the one of this program; empty: there is none.
-QString foreignPlugin(int argc, char** argv) {
+/// Takes --plugin FILE out of the arguments: the toolkit has an option of that name, and would take
+/// it away unseen. Empty: the one of this program.
+QString takePlugin(int& argc, char** argv) {
+    const QByteArray option("--plugin");
+    QString file;
+    int kept = 1;
     for (int i = 1; i < argc; ++i) {
-        const QString word = QFile::decodeName(argv[i]);
-        if (word == QLatin1String("--plugin") && i + 1 < argc)
-            return QFile::decodeName(argv[i + 1]);
-        if (word.startsWith(QLatin1String("--plugin="))) return word.mid(word.indexOf('=') + 1);
+        const QByteArray word(argv[i]);
+        if (word == option && i + 1 < argc)
+            file = QFile::decodeName(argv[++i]);
+        else if (word.startsWith(option + '='))
+            file = QFile::decodeName(word.mid(option.size() + 1));
+        else
+            argv[kept++] = argv[i];
     }
-    return {};
+    argc = kept;
+    argv[argc] = nullptr;
+    return file;
 }
 
-int runEditor(int argc, char** argv) {
+int runEditor(int argc, char** argv, const QString& pluginFile) {
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
@@ -64,7 +73,7 @@ int runEditor(int argc, char** argv) {
         "fxeditor", "Applies image filters to pictures and sequences, with a preview."));
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption plugin(
+    const QCommandLineOption plugin(  // for the help; it is taken before
         QStringLiteral("plugin"),
         QCoreApplication::translate("fxeditor",
                                     "The plug-in library, if not the one of this program"),
@@ -81,7 +90,7 @@ int runEditor(int argc, char** argv) {
 
     editor::applyTheme(editor::themeOfName(parser.value(theme)));
     try {
-        editor::EditorSession session(parser.value(plugin));
+        editor::EditorSession session(pluginFile);
         editor::MainWindow window(session);
         window.show();
         if (!parser.positionalArguments().isEmpty())
@@ -98,10 +107,10 @@ int runEditor(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const QString plugin = foreignPlugin(argc, argv);
-    if (plugin.isEmpty()) return runEditor(argc, argv);
+    const QString plugin = takePlugin(argc, argv);
+    if (plugin.isEmpty()) return runEditor(argc, argv, plugin);
     try {
-        return runGuarded(plugin, [&] { return runEditor(argc, argv); });
+        return runGuarded(plugin, [&] { return runEditor(argc, argv, plugin); });
     } catch (const std::exception& error) {
         std::fprintf(stderr, "fxeditor: %s\n", error.what());
         return 65;

@@ -2,19 +2,31 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 
 namespace {
 
 #if defined(__GNUC__)
 // In the thread's own block from its beginning: finding it must not allocate.
-__attribute__((tls_model("initial-exec")))
+#define FX_INITIAL_EXEC __attribute__((tls_model("initial-exec")))
+#else
+#define FX_INITIAL_EXEC
 #endif
-thread_local unsigned long g_failed = 0;
+FX_INITIAL_EXEC thread_local unsigned long g_failed = 0;
+FX_INITIAL_EXEC thread_local unsigned long g_asked = 0;
+FX_INITIAL_EXEC thread_local unsigned long g_failing = 0;
 
 }  // namespace
 
 unsigned long failedAllocations() noexcept {
     return g_failed;
+}
+
+unsigned long failAllocation(unsigned long number) noexcept {
+    const unsigned long asked = g_asked;
+    g_asked = 0;
+    g_failing = number;
+    return asked;
 }
 
 #if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
@@ -27,6 +39,11 @@ namespace {
 void* noted(void* block, bool isWanted) noexcept {
     if (!block && isWanted) ++g_failed;
     return block;
+}
+
+/// What the C library is asked for: more than any heap has where the allocation is to fail.
+std::size_t asked(std::size_t size) noexcept {
+    return ++g_asked == g_failing ? SIZE_MAX / 2 : size;
 }
 
 bool isPowerOfTwo(std::size_t number) noexcept {
@@ -44,29 +61,29 @@ void* __libc_realloc(void* block, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 
 void* malloc(std::size_t size) noexcept {
-    return noted(__libc_malloc(size), true);
+    return noted(__libc_malloc(asked(size)), true);
 }
 
 void* calloc(std::size_t count, std::size_t size) noexcept {
-    return noted(__libc_calloc(count, size), true);
+    return noted(__libc_calloc(count, asked(size)), true);
 }
 
 void* realloc(void* block, std::size_t size) noexcept {
-    return noted(__libc_realloc(block, size), size > 0 || !block);  // else it was freed
+    return noted(__libc_realloc(block, asked(size)), size > 0 || !block);  // else it was freed
 }
 
 void* memalign(std::size_t alignment, std::size_t size) noexcept {
-    return noted(__libc_memalign(alignment, size), true);
+    return noted(__libc_memalign(alignment, asked(size)), true);
 }
 
 void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
-    return noted(__libc_memalign(alignment, size), true);
+    return noted(__libc_memalign(alignment, asked(size)), true);
 }
 
 int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept {
     if (alignment % sizeof(void*) != 0 || !isPowerOfTwo(alignment)) return EINVAL;
     const int errorBefore = errno;
-    void* const made = noted(__libc_memalign(alignment, size), true);
+    void* const made = noted(__libc_memalign(alignment, asked(size)), true);
     errno = errorBefore;
     if (!made) return ENOMEM;
     *block = made;

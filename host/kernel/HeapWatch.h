@@ -10,3 +10,8 @@
 /// Stays 0 where another library takes the heap's place, as the sanitizers do, and on systems
 /// other than those with the GNU C library.
 FXKERNELAPI_EXPORT unsigned long failedAllocations() noexcept;
+
+/// For trying what a filter does then: the calling thread's allocation of this number from now on,
+/// counted from 1, finds no memory; 0 for none. Returns how many allocations there were since the
+/// last such call.
+FXKERNELAPI_EXPORT unsigned long failAllocation(unsigned long number) noexcept;

@@ -95,12 +95,13 @@ QString endingText(int status) {
 
 [[noreturn]] void reportEnding(const QString& file, int status) {
     const QString advice = tr("report it to the maker of the plug-in");
+    const QString step = QString::fromUtf8(g_diary->step);
     const QString text =
         g_diary->state == Diary::Loading
-            ? tr("cannot load plug-in %1: %2: %3; %4")
-                  .arg(file, QString::fromUtf8(g_diary->step), endingText(status), advice)
-            : tr("plug-in %1: %2 while its filters were in use; %3")
-                  .arg(file, endingText(status), advice);
+            ? tr("cannot load plug-in %1: %2: %3; %4").arg(file, step, endingText(status), advice)
+        : !step.isEmpty() ? tr("plug-in %1: %2: %3; %4").arg(file, step, endingText(status), advice)
+                          : tr("plug-in %1: %2 while its filters were in use; %3")
+                                .arg(file, endingText(status), advice);
     throw PluginEndedProgram(text.toStdString());
 }
 
@@ -141,13 +142,17 @@ int runGuarded(const QString& pluginFile, const std::function<int()>& program) {
 }
 
 void notePluginStep(const QString& step) {
-    if (!g_diary) return;
-    std::snprintf(g_diary->step, sizeof g_diary->step, "%s", step.toUtf8().constData());
-    g_diary->state = Diary::Loading;
+    notePluginUse(step);
+    if (g_diary) g_diary->state = Diary::Loading;
+}
+
+void notePluginUse(const QString& use) {
+    if (g_diary) std::snprintf(g_diary->step, sizeof g_diary->step, "%s", qUtf8Printable(use));
 }
 
 void notePluginLoaded() {
     if (!g_diary) return;
+    g_diary->step[0] = '\0';
     on_exit(endAtOnce, nullptr);  // before what the library has registered since
     g_diary->state = Diary::Loaded;
 }

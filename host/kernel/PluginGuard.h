@@ -27,3 +27,6 @@ FXKERNELAPI_EXPORT int runGuarded(const QString& pluginFile, const std::function
 /// that is not guarded.
 void notePluginStep(const QString& step);
 void notePluginLoaded();
+
+/// For a host that knows what it is using the library for.
+FXKERNELAPI_EXPORT void notePluginUse(const QString& use);

@@ -77,7 +77,9 @@ std::string manualText(const std::vector<CommandDescription>& commands) {
         addOptions(commands[i]);
         if (!commands[i].notes.empty()) text += literal(commands[i].notes);
     }
-    return text;
+    return text +
+           "# SEE ALSO\n\n*fxcheck* PLUGIN.so tells whether a plug-in library keeps the "
+           "contract.\n";
 }
 
 }  // namespace render

@@ -31,7 +31,7 @@ endforeach()
 if(missing)
     message(SEND_ERROR "missing: ${missing}")
 endif()
-foreach(file share/bash-completion/completions/fxrender share/zsh/site-functions/_fxrender
+foreach(file bin/fxcheck share/bash-completion/completions/fxrender share/zsh/site-functions/_fxrender
         share/doc/BasicFiltersPlugin/docs/command-line.md)
     if(NOT EXISTS ${WORK}/second/${file})
         message(SEND_ERROR "${file} is not installed")

@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "framework/contract/FxKernelApi/HkFXKernelData.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulatorPluginInterface.h"
 #include "framework/contract/ImageProcessor/HkImage.h"
 #include "tests/host/kernel/plugins/TestFilter.h"
@@ -69,8 +70,23 @@ public:
     ~FaultyImageFilter() override { act("destroy"); }
     int filterTypeId() override { return m_typeId; }
 
-    HkImage* processImage(HkImage* image, __int64) override {
+    HkImage* processImage(HkImage* image, __int64 frame) override {
         act("process");
+        if (!image) return isCalled("NullBecomesPicture") ? new HkImage : nullptr;
+        const auto* object = HkFXKernelData::getInstance()->getObject(m_typeId, objectId);
+        const bool isOn = object && object->getKeyframesAt(frame).at(0).getValue().toInt() != 0;
+        if (!isOn && !isCalled("IgnoresSwitch")) return image;
+        if (isCalled("IgnoresSwitch")) image->data[0] ^= 255;
+        if (isCalled("Remembers"))
+            image->data[0] = static_cast<unsigned char>(image->data[0] + m_frames++);
+        if (isCalled("LooksOutside"))
+            image->data[0] = image->data[(image->height - 1) * image->step + image->width - 1];
+        if (isCalled("RefusesTwoChannels") && image->channels == 2) image->channels = 0;
+        if (isCalled("TrustsMemory")) {
+            volatile char* const block = static_cast<char*>(std::malloc(64));
+            block[0] = 1;
+            std::free(const_cast<char*>(block));
+        }
         if (isCalled("GivesNothing")) {
             delete image;
             return nullptr;
@@ -107,6 +123,7 @@ public:
 
 private:
     int m_typeId;
+    int m_frames = 0;
 };
 
 class FaultyManipulator : public TestManipulator {
@@ -117,6 +134,9 @@ public:
     QString filterTitle() override {
         act("title");
         return TestManipulator::filterTitle();
+    }
+    void updateGuiFromKernel(int objectId, const HkKernelObjectData* object) override {
+        if (!isCalled("ShowsNothing")) TestManipulator::updateGuiFromKernel(objectId, object);
     }
     HkImageFilter* createImageFilter(int instance) override {
         act("filter");
