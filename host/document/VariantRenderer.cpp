@@ -3,27 +3,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <new>
+#include <utility>
 
 #include "host/document/FilterError.h"
+#include "host/imaging/PictureViews.h"
 #include "host/kernel/KernelStore.h"
 
 namespace document {
-
-namespace {
-
-std::unique_ptr<HkImage> copyOf(const HkImage& picture) {
-    auto copy = std::make_unique<HkImage>(picture.roiWidth, picture.roiHeight, picture.channels,
-                                          nullptr, 4);
-    if (!copy->data) throw std::bad_alloc();
-    const std::ptrdiff_t rowBytes = std::ptrdiff_t{picture.roiWidth} * picture.channels;
-    for (std::ptrdiff_t y = 0; y < picture.roiHeight; ++y) {
-        const unsigned char* row = picture.data + y * picture.step;
-        std::copy(row, row + rowBytes, copy->data + y * copy->step);
-    }
-    return copy;
-}
-
-}  // namespace
 
 VariantRenderer::VariantRenderer(const ParameterSweep& columns,
                                  const std::optional<ParameterSweep>& rows)
@@ -68,7 +54,9 @@ void VariantRenderer::render(std::unique_ptr<HkImage> input, qint64 frame,
         variant.column = static_cast<int>(i % m_columns);
         variant.row = static_cast<int>(i / m_columns);
         try {
-            variant.picture = m_variants[i]->render(copyOf(*common), frame);
+            std::unique_ptr<HkImage> copy = copyPicture(*common);
+            if (!copy) throw std::bad_alloc();
+            variant.picture = m_variants[i]->render(std::move(copy), frame);
             variant.showsObjects = m_variants[i]->showsObjects(frame);
         } catch (const FrameRefused& refusal) {
             variant.refusal = refusal.what();
