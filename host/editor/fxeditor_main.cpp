@@ -39,13 +39,12 @@ int main(int argc, char** argv) {
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/editor/fxeditor.svg")));
     QApplication::setDesktopFileName(QStringLiteral("fxeditor"));
     // The toolkit's own texts (Cancel, Save) first: what the editor says goes before them.
-    const QString ownTexts =
-        QApplication::applicationDirPath() + QStringLiteral("/../translations");
     QTranslator toolkitTranslator, translator;
     if (toolkitTranslator.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
                                toolkitTexts()))
         QApplication::installTranslator(&toolkitTranslator);
-    if (translator.load(QLocale(), QStringLiteral("fxeditor"), QStringLiteral("_"), ownTexts))
+    if (translator.load(QLocale(), QStringLiteral("fxeditor"), QStringLiteral("_"),
+                        QStringLiteral(":/translations")))
         QApplication::installTranslator(&translator);
 
     QCommandLineParser parser;
@@ -73,10 +72,8 @@ int main(int argc, char** argv) {
         editor::EditorSession session(parser.value(plugin));
         editor::MainWindow window(session);
         window.show();
-        if (!parser.positionalArguments().isEmpty())
-            window.open(parser.positionalArguments());
-        else
-            window.offerRecovery();
+        window.offerRecovery();
+        if (!parser.positionalArguments().isEmpty()) window.open(parser.positionalArguments());
         return QApplication::exec();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "fxeditor: %s\n", error.what());
