@@ -520,6 +520,8 @@ void MainWindow::offerRecovery() {
                         tr("The editor ended unexpectedly while %1 had unsaved changes (%2).")
                             .arg(name, QLocale().toString(left.when, QLocale::ShortFormat)),
                         QMessageBox::NoButton, this);
+        const int side = 32;
+        box.setIconPixmap(glyphIcon(Glyph::Warning).pixmap(side, side));
         box.setInformativeText(tr("Recovering overwrites no file: you decide whether to save."));
         QPushButton* recover = box.addButton(tr("&Recover"), QMessageBox::AcceptRole);
         QPushButton* remove = box.addButton(tr("&Discard"), QMessageBox::DestructiveRole);

@@ -90,7 +90,8 @@ double PictureView::effectiveZoom() const {
                                     (pane.height() - margin) / preview.height) *
                            devicePixelRatioF();
     // A small picture is not blown up beyond what still looks like a picture.
-    return std::clamp(fitting, kSmallestZoom, 4.0);
+    const double largest = 8 * devicePixelRatioF();
+    return std::clamp(fitting, kSmallestZoom, largest);
 }
 
 QRectF PictureView::targetIn(const QRectF& pane) const {

@@ -99,7 +99,7 @@ void Photographer::takeShapes() {
         open(picture);
         const int added = m_driver.addFilter(QLatin1String(filter.key));
         auto* slider = m_driver.entry(added).findChild<QSlider*>();
-        m_driver.dragSlider(*slider, slider->maximum() / 2);
+        m_driver.dragSlider(*slider, 2);
         m_driver.trigger("actSideBySide");
         take(filter.name);
         m_driver.trigger("actSingle");
