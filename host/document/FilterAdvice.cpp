@@ -36,21 +36,22 @@ std::optional<std::string> refusalOfFFT(int width, int height) {
     const int margin = 2;
     if (orderOfTransform(width) > kLargestTransformOrder)
         return "the FFT method cannot take pictures 8192 or more pixels wide (this one is " + size +
-               "); use Method=LR";
+               "); use the method LR";
     const std::string room = std::to_string(transform - margin);
     if (width > transform - margin || height > transform - margin)
         return "the FFT method cannot take " + size + " pixels (for this width it has room for " +
-               room + " x " + room + "); use Method=LR";
+               room + " x " + room + "); use the method LR";
     return std::nullopt;
 }
 
 std::vector<std::string> adviceOnFFT(int amount) {
     if (amount == 1)
         return {
-            "Threshold=1 leaves only the centre of the FFT method's kernel, which makes the "
+            "an Amount (Threshold) of 1 leaves only the centre of the FFT method's kernel, which "
+            "makes the "
             "picture four times as bright; use 4 or more"};
     if (amount == 2 || amount == 3)
-        return {"Threshold=" + std::to_string(amount) +
+        return {"an Amount (Threshold) of " + std::to_string(amount) +
                 " drops the corners of the FFT method's kernel, which brightens the picture; use 4 "
                 "or more"};
     return {};
@@ -58,8 +59,8 @@ std::vector<std::string> adviceOnFFT(int amount) {
 
 std::vector<std::string> adviceOnDetails(int details) {
     if (details >= 3) return {};
-    return {"Det=" + std::to_string(details) +
-            " clears the whole distance map, so nothing is separated; use 3 or more"};
+    return {"Details (Det) of " + std::to_string(details) +
+            " clear the whole distance map, so nothing is separated; use 3 or more"};
 }
 
 /// How many pixels of a picture, as a filter sees it, are black, white or between.
@@ -152,8 +153,8 @@ std::vector<std::string> adviceOnInput(const QString& key, const HkImage& input)
     if (levels.between > 0)
         advice.push_back("its input is not black and white only (" +
                          percent(levels.share(levels.between)) +
-                         " % of the pixels are between); put a threshold before it, such as -f "
-                         "\"Adaptive threshold\"");
+                         " % of the pixels are between); put a threshold before it, such as "
+                         "\"Adaptive Thresholding\"");
     if (const auto colour = oneColour(levels))
         advice.push_back("its input is " + *colour +
                          ", so there is nothing to separate; change the filters before it until "
@@ -166,7 +167,8 @@ std::vector<std::string> adviceOnResult(const QString& key, const HkImage& resul
     const auto colour = oneColour(Levels(result));
     if (!colour) return {};
     return {"its result is " + *colour +
-            "; use Min=0 and a Size about twice as wide as an object, and see that objects are "
+            "; use a Min value (Min) of 0 and an Area size (Size) about twice as wide as an "
+            "object, and see that objects are "
             "brighter than what is around them"};
 }
 

@@ -2,22 +2,13 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "host/document/FilterError.h"
 #include "host/imaging/PictureViews.h"
 #include "host/kernel/KernelStore.h"
 
 namespace document {
-
-namespace {
-
-std::unique_ptr<HkImage> copyOf(const HkImage& picture) {
-    auto copy = copyPicture(picture);
-    if (!copy) throw std::bad_alloc();
-    return copy;
-}
-
-}  // namespace
 
 VariantRenderer::VariantRenderer(const ParameterSweep& columns,
                                  const std::optional<ParameterSweep>& rows)
@@ -62,7 +53,9 @@ void VariantRenderer::render(std::unique_ptr<HkImage> input, qint64 frame,
         variant.column = static_cast<int>(i % m_columns);
         variant.row = static_cast<int>(i / m_columns);
         try {
-            variant.picture = m_variants[i]->render(copyOf(*common), frame);
+            std::unique_ptr<HkImage> copy = copyPicture(*common);
+            if (!copy) throw std::bad_alloc();
+            variant.picture = m_variants[i]->render(std::move(copy), frame);
             variant.showsObjects = m_variants[i]->showsObjects(frame);
         } catch (const FrameRefused& refusal) {
             variant.refusal = refusal.what();

@@ -130,7 +130,7 @@ public:
         : QWidget(parent), m_panel(panel), m_entry(entry), m_objectId(entry->objectId()) {
         setObjectName(QStringLiteral("entryRow"));
         setFocusPolicy(Qt::StrongFocus);
-        setAccessibleName(entry->manipulator()->filterTitle());
+        showName();
         m_eye = eyeButton(this, ChainPanel::tr("Shows the picture after this filter (Return)"));
         m_fold =
             smallButton(this, Glyph::Expanded, ChainPanel::tr("Folds or unfolds the settings"));
@@ -179,6 +179,7 @@ public:
         m_warning->setToolTip(texts.join(QLatin1Char('\n')));
         m_warning->setAccessibleName(texts.join(QLatin1Char('\n')));
     }
+    void showName() { setAccessibleName(KernelStore::instance().nameOf(m_objectId)); }
     void setFolded(bool folded) {
         m_isFolded = folded;
         m_fold->setIcon(glyphIcon(folded ? Glyph::Collapsed : Glyph::Expanded));
@@ -213,6 +214,8 @@ protected:
             m_panel.moveBy(m_objectId, 1);
         else if (hasFocus() && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter))
             toggleShown();
+        else if (event->key() == Qt::Key_F2)
+            emit m_panel.renameRequested(m_objectId);
         else if (event->key() == Qt::Key_D && event->modifiers() == Qt::ControlModifier)
             emit m_panel.duplicateRequested(m_objectId);
         else
@@ -270,6 +273,9 @@ ChainPanel::ChainPanel(EditorState& state, QWidget* parent) : QScrollArea(parent
     });
     KernelNotifier* const store = KernelNotifier::instance();
     connect(store, &KernelNotifier::orderChanged, this, &ChainPanel::showOrder);
+    connect(store, &KernelNotifier::objectChanged, this, [this](int, int objectId) {
+        if (m_rows.count(objectId)) m_rows[objectId]->showName();
+    });
     // A filter that is new is to be seen at work, also when an earlier stage was looked at.
     connect(store, &KernelNotifier::objectAdded, this,
             [this] { m_state.setShownStage(kResultStage); });

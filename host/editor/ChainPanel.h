@@ -29,6 +29,7 @@ public:
 
 signals:
     void duplicateRequested(int objectId);
+    void renameRequested(int objectId);
     void menuRequested(int objectId, const QPoint& globalPosition);
 
 private:

@@ -17,19 +17,13 @@ QString quoted(const QString& argument) {
 
 }  // namespace
 
-QStringList renderArguments(const std::vector<std::string>& inputs, const QStringList& filterTexts,
-                            const QString& output) {
-    QStringList arguments = {QStringLiteral("apply")};
-    for (const std::string& input : inputs) arguments << QFile::decodeName(input.c_str());
-    arguments << QStringLiteral("-o") << output;
-    for (const QString& text : filterTexts) arguments << QStringLiteral("-f") << text;
-    return arguments;
-}
-
-QString commandText(const std::vector<std::string>& inputs, const QStringList& filterTexts) {
-    QStringList words = {QStringLiteral("fxrender")};
-    for (const QString& argument : renderArguments(inputs, filterTexts, QStringLiteral("OUTPUT")))
-        words << quoted(argument);
+QString commandText(const std::vector<std::string>& inputs, const std::string& range,
+                    const QStringList& filterTexts) {
+    QStringList words = {QStringLiteral("fxrender"), QStringLiteral("apply")};
+    for (const std::string& input : inputs) words << quoted(QFile::decodeName(input.c_str()));
+    words << QStringLiteral("-o") << QStringLiteral("OUTPUT");
+    if (!range.empty()) words << QStringLiteral("--range") << quoted(QString::fromStdString(range));
+    for (const QString& text : filterTexts) words << QStringLiteral("-f") << quoted(text);
     return words.join(QLatin1Char(' '));
 }
 

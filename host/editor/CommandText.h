@@ -7,11 +7,9 @@
 
 namespace editor {
 
-/// The arguments with which fxrender renders these inputs; output is added where it is known.
-QStringList renderArguments(const std::vector<std::string>& inputs, const QStringList& filterTexts,
-                            const QString& output);
-
-/// The same as one line for a shell, with a place for the output.
-QString commandText(const std::vector<std::string>& inputs, const QStringList& filterTexts);
+/// The line for a shell with which fxrender renders these inputs, read with this range, through
+/// these filters, with a place for the output.
+QString commandText(const std::vector<std::string>& inputs, const std::string& range,
+                    const QStringList& filterTexts);
 
 }  // namespace editor

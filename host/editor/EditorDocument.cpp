@@ -4,12 +4,13 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
-#include <QThreadPool>
 #include <exception>
+#include <thread>
 
 #include "host/kernel/KernelStore.h"
 #include "host/media/MediaError.h"
 #include "host/media/atomic_file.h"
+#include "host/media/sample_range.h"
 
 namespace editor {
 
@@ -27,19 +28,21 @@ std::string folderOfProject(const QString& path) {
 
 }  // namespace
 
-std::shared_ptr<const media::MediaSource> openSource(const std::vector<std::string>& inputs) {
+std::shared_ptr<const media::MediaSource> openSource(const std::vector<std::string>& inputs,
+                                                     const media::ReadOptions& reading) {
     std::shared_ptr<const media::MediaSource> source;
     std::exception_ptr failure;
     QEventLoop waiting;
-    QThreadPool::globalInstance()->start([&] {
+    std::thread opening([&] {
         try {
-            source = media::MediaSource::open(inputs);
+            source = media::MediaSource::open(inputs, reading);
         } catch (...) {
             failure = std::current_exception();
         }
-        QMetaObject::invokeMethod(&waiting, &QEventLoop::quit, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(&waiting, "quit", Qt::QueuedConnection);
     });
     waiting.exec(QEventLoop::ExcludeUserInputEvents);
+    opening.join();
     if (failure) std::rethrow_exception(failure);
     return source;
 }
@@ -58,7 +61,7 @@ void EditorDocument::newFromInputs(const std::vector<std::string>& inputs) {
 }
 
 void EditorDocument::replaceInputs(const std::vector<std::string>& inputs) {
-    const auto source = openSource(inputs);
+    const auto source = openSource(inputs, reading());
     m_project.inputs = inputs;
     m_isInputModified = true;
     setSource(source);
@@ -99,14 +102,21 @@ QStringList EditorDocument::takeOver(const QByteArray& bytes, const std::string&
     m_project = document::readProject(bytes, folder, lines);
     QStringList notices;
     for (const std::string& line : lines) notices << QString::fromStdString(line);
+    if (!range().empty() && !media::sampleRangeFromText(range()))
+        notices << tr("The range “%1” cannot be used; write LO-HI, auto or each")
+                       .arg(QString::fromStdString(range()));
     std::shared_ptr<const media::MediaSource> source;
     try {
-        if (!m_project.inputs.empty()) source = openSource(m_project.inputs);
+        if (!m_project.inputs.empty()) source = openSource(m_project.inputs, reading());
     } catch (const media::MediaError& error) {
         notices << QString::fromStdString(error.what());
     }
     setSource(source);
     return notices;
+}
+
+media::ReadOptions EditorDocument::reading() const {
+    return {media::sampleRangeFromText(range()).value_or(media::SampleRange())};
 }
 
 QByteArray EditorDocument::projectBytes(const QString& path) const {

@@ -46,6 +46,8 @@ public:
     std::shared_ptr<const media::MediaSource> source() const { return m_source; }
     quint64 sourceId() const { return m_sourceId; }
     const std::vector<std::string>& inputs() const { return m_project.inputs; }
+    /// Which values of the inputs become 0 and 255, as --range says it; empty for the usual.
+    const std::string& range() const { return m_project.range; }
 
     EditorSession& session() { return m_session; }
 
@@ -55,6 +57,7 @@ signals:
 
 private:
     QStringList takeOver(const QByteArray& bytes, const std::string& folder);
+    media::ReadOptions reading() const;
     void setSource(std::shared_ptr<const media::MediaSource> source);
     void setSaved(const QString& path);
 
@@ -67,6 +70,7 @@ private:
 };
 
 /// What opening a video or a large folder takes is done beside the window, which stays alive.
-std::shared_ptr<const media::MediaSource> openSource(const std::vector<std::string>& inputs);
+std::shared_ptr<const media::MediaSource> openSource(const std::vector<std::string>& inputs,
+                                                     const media::ReadOptions& reading = {});
 
 }  // namespace editor

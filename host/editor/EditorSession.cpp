@@ -1,26 +1,15 @@
 #include "host/editor/EditorSession.h"
 
-#include <QCoreApplication>
-#include <QDir>
 #include <stdexcept>
 
 #include "host/kernel/KernelStore.h"
 
 namespace editor {
 
-namespace {
-
-QString ownPlugin() {
-    return QDir::cleanPath(QCoreApplication::applicationDirPath() +
-                           QStringLiteral("/../plugins/libBasicFiltersPlugin.so"));
-}
-
-}  // namespace
-
 EditorSession::EditorSession(const QString& pluginFile)
     : m_toolBox(new QToolBox), m_loader({&m_undoStack, nullptr, m_toolBox}) {
     QString error;
-    if (!m_loader.load(pluginFile.isEmpty() ? ownPlugin() : pluginFile, &error)) {
+    if (!m_loader.load(pluginFile.isEmpty() ? PluginLoader::ownPlugin() : pluginFile, &error)) {
         delete m_toolBox;
         throw std::runtime_error(error.toStdString());
     }

@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QPoint>
 #include <QPointF>
+#include <QSize>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -51,6 +52,10 @@ public:
     void setCentre(QPointF centre);
     QPointF centre() const { return m_centre; }
 
+    /// The size in device pixels at which the whole picture was last drawn; announces nothing.
+    void setDrawnSize(QSize size) { m_drawnSize = size; }
+    QSize drawnSize() const { return m_drawnSize; }
+
     /// The pixel under the pointer; outside the picture when there is none.
     void setProbe(QPoint pixel);
     QPoint probe() const { return m_probe; }
@@ -71,6 +76,7 @@ private:
     std::shared_ptr<const Preview> m_preview = std::make_shared<Preview>();
     double m_zoom = 0;
     QPointF m_centre{0.5, 0.5};
+    QSize m_drawnSize;
     QPoint m_probe{-1, -1};
 };
 

@@ -1,6 +1,7 @@
 #include "host/editor/ExportDialog.h"
 
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QLabel>
@@ -27,9 +28,11 @@ QString durationText(double seconds) {
 
 }  // namespace
 
-ExportDialog::ExportDialog(const QString& proposal, bool isSequence, ArgumentsFor argumentsFor,
-                           QWidget* parent)
-    : QDialog(parent), m_argumentsFor(std::move(argumentsFor)), m_isSequence(isSequence) {
+ExportDialog::ExportDialog(const QString& proposal, bool isSequence, QWidget* parent)
+    : QDialog(parent),
+      m_project(QDir::temp().filePath(QStringLiteral("fxeditor-XXXXXX.fxp"))),
+      m_isSequence(isSequence) {
+    m_project.open();  // has a name from here on
     setObjectName(QStringLiteral("exportDialog"));
     setWindowTitle(tr("Export"));
     m_output = new QLineEdit(proposal, this);
@@ -83,6 +86,13 @@ ExportDialog::ExportDialog(const QString& proposal, bool isSequence, ArgumentsFo
     connect(&m_process, &ExportProcess::finished, this, &ExportDialog::showEnd);
 }
 
+void ExportDialog::setProject(const QByteArray& bytes) {
+    if (m_project.write(bytes) == bytes.size() && m_project.flush()) return;
+    m_start->setEnabled(false);
+    m_status->setText(tr("The filters cannot be handed to the renderer: %1; make room in %2")
+                          .arg(m_project.errorString(), QDir::tempPath()));
+}
+
 void ExportDialog::setOutput(const QString& output) {
     m_output->setText(output);
 }
@@ -94,7 +104,7 @@ void ExportDialog::start() {
     m_close->setText(tr("&Cancel"));
     m_bar->setRange(0, 0);
     m_status->setText(tr("Starting the renderer…"));
-    m_process.start(m_argumentsFor(m_output->text()));
+    m_process.start(projectFile(), m_output->text());
 }
 
 void ExportDialog::reject() {

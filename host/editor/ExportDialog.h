@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QDialog>
-#include <functional>
+#include <QTemporaryFile>
 
 #include "host/editor/ExportProcess.h"
 
@@ -18,11 +18,11 @@ class ExportDialog : public QDialog {
     Q_OBJECT
 
 public:
-    /// argumentsFor makes the renderer's arguments for an output.
-    using ArgumentsFor = std::function<QStringList(const QString& output)>;
+    ExportDialog(const QString& proposal, bool isSequence, QWidget* parent = nullptr);
 
-    ExportDialog(const QString& proposal, bool isSequence, ArgumentsFor argumentsFor,
-                 QWidget* parent = nullptr);
+    /// What is rendered, whatever is edited meanwhile: a project as a file of this name.
+    QString projectFile() const { return m_project.fileName(); }
+    void setProject(const QByteArray& bytes);
 
     void setOutput(const QString& output);
     void start();
@@ -39,7 +39,7 @@ private:
     void showProgress(int done, int total, double secondsLeft);
     void showEnd(bool cancelled, const QString& message);
 
-    ArgumentsFor m_argumentsFor;
+    QTemporaryFile m_project;
     bool m_isSequence;
     ExportProcess m_process;
     QLineEdit* m_output;

@@ -42,12 +42,12 @@ ExportProcess::~ExportProcess() {
     m_process.waitForFinished();
 }
 
-void ExportProcess::start(const QStringList& arguments) {
+void ExportProcess::start(const QString& project, const QString& output) {
     m_pending.clear();
     m_messages.clear();
     m_isCancelled = m_hasEnded = false;
-    m_process.start(rendererFile(),
-                    arguments + QStringList{QStringLiteral("--progress"), QStringLiteral("json")});
+    m_process.start(rendererFile(), {QStringLiteral("render"), project, QStringLiteral("-o"),
+                                     output, QStringLiteral("--progress"), QStringLiteral("json")});
 }
 
 void ExportProcess::cancel() {

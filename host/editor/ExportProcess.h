@@ -17,8 +17,8 @@ public:
     ~ExportProcess()
         override;  ///< ends the process, after the frame it works on if it does in time
 
-    /// `arguments` as renderArguments() makes them.
-    void start(const QStringList& arguments);
+    /// Renders the project file to the output.
+    void start(const QString& project, const QString& output);
     void cancel();
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
 

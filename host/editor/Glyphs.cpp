@@ -1,19 +1,13 @@
 #include "host/editor/Glyphs.h"
 
-#include <QGuiApplication>
-#include <QIconEngine>
-#include <QPainter>
 #include <QPainterPath>
-#include <QPalette>
+#include <QVector>
+
+#include "host/kernel/GlyphIcon.h"
 
 namespace editor {
 
 namespace {
-
-struct Drawing {
-    QPainterPath lines;
-    QPainterPath areas;
-};
 
 void polyline(QPainterPath& path, const QVector<QPointF>& points) {
     path.moveTo(points.first());
@@ -30,15 +24,15 @@ void triangle(QPainterPath& path, double left, double right, double top, double 
     polyline(path, {{left, top}, {right, (top + bottom) / 2}, {left, bottom}, {left, top}});
 }
 
-// On a field of 16 x 16.
-Drawing drawing(Glyph glyph) {
-    Drawing d;
+GlyphDrawing drawing(Glyph glyph) {
+    GlyphDrawing d;
     switch (glyph) {
         case Glyph::Eye:
             d.lines.moveTo(1.5, 8);
             d.lines.quadTo(8, 0.5, 14.5, 8);
             d.lines.quadTo(8, 15.5, 1.5, 8);
             d.areas.addEllipse(QPointF(8, 8), 2.2, 2.2);
+            d.lit = GlyphDrawing::WhenOnElseFaint;
             break;
         case Glyph::Grip:
             for (const double y : {3.5, 8.0, 12.5})
@@ -57,6 +51,7 @@ Drawing drawing(Glyph glyph) {
             polyline(d.lines, {{8, 2}, {14.5, 13.5}, {1.5, 13.5}, {8, 2}});
             polyline(d.lines, {{8, 6.5}, {8, 9.5}});
             d.areas.addEllipse(QPointF(8, 11.6), 0.9, 0.9);
+            d.colour = QColor(0xe0, 0x90, 0x20);
             break;
         case Glyph::Play:
             triangle(d.areas, 4.5, 13, 2.5, 13.5);
@@ -129,8 +124,13 @@ Drawing drawing(Glyph glyph) {
             d.areas.addEllipse(QPointF(11.5, 5.5), 2.2, 2.2);
             d.areas.addEllipse(QPointF(8.5, 11.5), 3, 3);
             break;
-        case Glyph::Open:
         case Glyph::Image:
+            d.lines.addRect(1.5, 3, 13, 10);
+            d.areas.addEllipse(QPointF(5.3, 6.4), 1.7, 1.7);
+            d.areas.addEllipse(QPointF(10.7, 6.8), 1.3, 1.3);
+            d.areas.addEllipse(QPointF(8.2, 10.2), 1.5, 1.5);
+            break;
+        case Glyph::Open:
             d.lines.addRect(1.5, 3, 13, 10);
             polyline(d.lines, {{1.5, 12}, {6, 7.5}, {9, 10.5}, {11, 8.5}, {14.5, 12}});
             d.areas.addEllipse(QPointF(11, 5.7), 1.2, 1.2);
@@ -149,51 +149,10 @@ Drawing drawing(Glyph glyph) {
     return d;
 }
 
-class GlyphEngine : public QIconEngine {
-public:
-    explicit GlyphEngine(Glyph glyph) : m_glyph(glyph) {}
-
-    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode,
-               QIcon::State state) override {
-        const QPalette palette = QGuiApplication::palette();
-        const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
-        QColor colour = palette.color(group, QPalette::ButtonText);
-        if (m_glyph == Glyph::Warning) colour = QColor(0xe0, 0x90, 0x20);
-        if (m_glyph == Glyph::Eye)
-            colour = state == QIcon::On ? palette.color(group, QPalette::Highlight)
-                                        : palette.color(QPalette::Disabled, QPalette::ButtonText);
-        const Drawing shape = drawing(m_glyph);
-        painter->save();
-        painter->setRenderHint(QPainter::Antialiasing);
-        painter->translate(rect.topLeft());
-        painter->scale(rect.width() / 16.0, rect.height() / 16.0);
-        painter->setPen(QPen(colour, 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-        painter->setBrush(Qt::NoBrush);
-        painter->drawPath(shape.lines);
-        painter->setPen(Qt::NoPen);
-        painter->setBrush(colour);
-        painter->drawPath(shape.areas);
-        painter->restore();
-    }
-
-    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-        QPixmap pixmap(size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        paint(&painter, QRect(QPoint(0, 0), size), mode, state);
-        return pixmap;
-    }
-
-    QIconEngine* clone() const override { return new GlyphEngine(m_glyph); }
-
-private:
-    Glyph m_glyph;
-};
-
 }  // namespace
 
 QIcon glyphIcon(Glyph glyph) {
-    return QIcon(new GlyphEngine(glyph));
+    return ::glyphIcon(drawing(glyph));
 }
 
 }  // namespace editor

@@ -8,7 +8,6 @@
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QInputDialog>
 #include <QLabel>
 #include <QLocale>
 #include <QMenuBar>
@@ -28,7 +27,8 @@
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "host/document/FilterChain.h"
-#include "host/document/FilterSettings.h"
+#include "host/editor/Attempt.h"
+#include "host/editor/ChainActions.h"
 #include "host/editor/ChainPanel.h"
 #include "host/editor/CommandText.h"
 #include "host/editor/ExportDialog.h"
@@ -37,13 +37,11 @@
 #include "host/editor/Journal.h"
 #include "host/editor/MessageBar.h"
 #include "host/editor/PictureView.h"
-#include "host/editor/Presets.h"
 #include "host/editor/StartPage.h"
 #include "host/editor/SweepDialog.h"
 #include "host/editor/Texts.h"
 #include "host/editor/Theme.h"
 #include "host/editor/TimelinePanel.h"
-#include "host/kernel/CmdSetChain.h"
 #include "host/kernel/KernelNotifier.h"
 #include "host/media/SamplePicture.h"
 
@@ -153,8 +151,11 @@ void MainWindow::buildDocks() {
     m_chain = new ChainPanel(m_state);
     m_chainDock =
         addDock(this, Qt::RightDockWidgetArea, "chainDock", tr("Applied filters"), m_chain);
-    connect(m_chain, &ChainPanel::duplicateRequested, this, &MainWindow::duplicate);
-    connect(m_chain, &ChainPanel::menuRequested, this, &MainWindow::showEntryMenu);
+    m_chainActions = new ChainActions(m_session, this);
+    connect(m_chain, &ChainPanel::duplicateRequested, m_chainActions, &ChainActions::duplicate);
+    connect(m_chain, &ChainPanel::renameRequested, m_chainActions, &ChainActions::rename);
+    connect(m_chain, &ChainPanel::menuRequested, m_chainActions, &ChainActions::showMenu);
+    connect(m_chainActions, &ChainActions::sweepRequested, this, &MainWindow::showSweep);
 
     auto* history = new QUndoView(&m_session.undoStack());
     history->setWordWrap(true);
@@ -233,10 +234,11 @@ void MainWindow::buildEditMenu() {
                                     showStatus();
                                 });
     menu->addSeparator();
-    m_presetMenu = menu->addMenu(tr("&Presets"));
-    connect(m_presetMenu, &QMenu::aboutToShow, this, &MainWindow::fillPresetMenu);
+    QMenu* presets = menu->addMenu(tr("&Presets"));
+    connect(presets, &QMenu::aboutToShow, this,
+            [this, presets] { m_chainActions->fillPresetMenu(*presets); });
     m_needsPicture << addAction(menu, tr("Paste &filters from text"), tr("Ctrl+Shift+V"),
-                                "actPasteFilters", [this] { pasteFilters(); });
+                                "actPasteFilters", [this] { m_chainActions->pasteFilters(); });
 }
 
 void MainWindow::buildFilterMenu() {
@@ -351,23 +353,10 @@ void MainWindow::buildViewMenu() {
 
 // --- Opening and saving ---
 
-bool MainWindow::attempt(const QString& what, const std::function<void()>& work) {
-    try {
-        work();
-        return true;
-    } catch (const std::exception& error) {
-        QMessageBox box(QMessageBox::Warning, what, QString::fromUtf8(error.what()),
-                        QMessageBox::Ok, this);
-        box.setTextFormat(Qt::PlainText);
-        box.exec();
-        return false;
-    }
-}
-
 bool MainWindow::open(const QStringList& paths) {
     if (paths.isEmpty() || !confirmDiscard()) return false;
     QStringList notices;
-    const bool opened = attempt(tr("This cannot be opened"), [&] {
+    const bool opened = attempt(this, tr("This cannot be opened"), [&] {
         if (isProject(paths))
             notices = m_document.openProject(QFileInfo(paths.first()).absoluteFilePath());
         else
@@ -381,7 +370,7 @@ bool MainWindow::open(const QStringList& paths) {
 
 void MainWindow::openSample() {
     if (!confirmDiscard()) return;
-    attempt(tr("The sample cannot be made"), [this] {
+    attempt(this, tr("The sample cannot be made"), [this] {
         const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
         const QString file = folder + tr("/sample.png");
         if (!QDir().mkpath(folder) || !media::samplePicture().save(file))
@@ -405,7 +394,7 @@ bool MainWindow::save() {
 }
 
 bool MainWindow::saveAs(const QString& path) {
-    if (!attempt(tr("The project cannot be saved"), [&] { m_document.saveProject(path); }))
+    if (!attempt(this, tr("The project cannot be saved"), [&] { m_document.saveProject(path); }))
         return false;
     remember({path});
     statusBar()->showMessage(tr("Saved %1").arg(path), 4000);
@@ -446,7 +435,8 @@ void MainWindow::askForOtherInput() {
         QFileDialog::getOpenFileNames(this, tr("Apply the same filters to other pictures"),
                                       QString(), tr("Pictures, videos (*)"));
     if (!paths.isEmpty())
-        attempt(tr("This cannot be opened"), [&] { m_document.replaceInputs(asInputs(paths)); });
+        attempt(this, tr("This cannot be opened"),
+                [&] { m_document.replaceInputs(asInputs(paths)); });
 }
 
 void MainWindow::remember(const QStringList& paths) {
@@ -484,95 +474,9 @@ void MainWindow::showNotices(const QStringList& notices) {
 
 void MainWindow::copyCommandLine() {
     QApplication::clipboard()->setText(
-        commandText(m_document.inputs(), document::currentFilterTexts(m_session.catalog())));
+        commandText(m_document.inputs(), m_document.range(),
+                    document::currentFilterTexts(m_session.catalog())));
     statusBar()->showMessage(tr("The command is on the clipboard"), 4000);
-}
-
-void MainWindow::showEntryMenu(int objectId, const QPoint& globalPosition) {
-    const KernelStore& store = KernelStore::instance();
-    const auto state = store.state(objectId);
-    if (!state) return;
-    const int position = store.positionOf(objectId);
-    const int typeId = store.instances()[static_cast<std::size_t>(position)].typeId;
-    HkFilterManipulator* manipulator = store.manipulator(typeId);
-    const QString text = document::textFromSettings(typeId, *state, m_session.catalog());
-    QMenu menu;
-    menu.addAction(tr("&Try values…"), this, [=] { showSweep(objectId); });
-    menu.addSeparator();
-    menu.addAction(tr("&Duplicate"), this, [=] { duplicate(objectId); });
-    menu.addAction(tr("&Copy as text"), this, [=] { QApplication::clipboard()->setText(text); });
-    menu.addAction(tr("&Save as preset…"), this, [=] { savePreset({text}); });
-    menu.addAction(tr("&Reset to defaults"), this, [=] {
-        setInstanceState(objectId, defaultState(m_session.catalog().descriptor(typeId)),
-                         tr("%1: reset").arg(manipulator->filterTitle()));
-    });
-    menu.addSeparator();
-    menu.addAction(tr("Re&move"), this,
-                   [=] { manipulator->removeFilter(manipulator->getFilterGui(objectId)); });
-    menu.exec(globalPosition);
-}
-
-void MainWindow::setInstanceState(int objectId, const InstanceState& state, const QString& text) {
-    std::vector<ChainItem> chain = currentChain();
-    for (ChainItem& item : chain)
-        if (item.id.objectId == objectId) item.state = state;
-    m_session.undoStack().push(new CmdSetChain(text, chain));
-}
-
-void MainWindow::appendFilters(const std::vector<document::FilterSetup>& filters,
-                               const QString& text) {
-    std::vector<ChainItem> chain = currentChain();
-    for (const document::FilterSetup& filter : filters)
-        chain.push_back({{filter.typeId, -1}, filter.state});
-    m_session.undoStack().push(new CmdSetChain(text, chain));
-}
-
-void MainWindow::pasteFilters() {
-    attempt(tr("The clipboard holds no filters"), [this] {
-        const QStringList lines =
-            QApplication::clipboard()->text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-        appendFilters(document::readFilterTexts(lines, m_session.catalog()), tr("Paste filters"));
-    });
-}
-
-void MainWindow::savePreset(const QStringList& filterTexts) {
-    bool isConfirmed = false;
-    const QString name = QInputDialog::getText(this, tr("Save as preset"), tr("Name of the preset"),
-                                               QLineEdit::Normal, QString(), &isConfirmed)
-                             .trimmed()
-                             .replace(QLatin1Char('/'), QLatin1Char('-'));
-    if (!isConfirmed || name.isEmpty()) return;
-    const QString file = QDir(presetFolder()).filePath(name + QStringLiteral(".fxpreset"));
-    if (QFileInfo::exists(file) &&
-        QMessageBox::question(this, tr("Save as preset"),
-                              tr("There is a preset “%1”. Replace it?").arg(name)) !=
-            QMessageBox::Yes)
-        return;
-    attempt(tr("The preset cannot be saved"), [&] { writePreset(file, filterTexts); });
-}
-
-void MainWindow::applyPreset(const QString& file) {
-    attempt(tr("The preset cannot be applied"), [&] {
-        appendFilters(readPreset(file, m_session.catalog()),
-                      tr("Apply preset %1").arg(QFileInfo(file).completeBaseName()));
-    });
-}
-
-void MainWindow::fillPresetMenu() {
-    m_presetMenu->clear();
-    QAction* saveChain = m_presetMenu->addAction(tr("&Save all filters as preset…"), this, [this] {
-        savePreset(document::currentFilterTexts(m_session.catalog()));
-    });
-    saveChain->setEnabled(!KernelStore::instance().instances().empty());
-    m_presetMenu->addAction(tr("&Apply preset from file…"), this, [this] {
-        const QString file = QFileDialog::getOpenFileName(this, tr("Apply preset"), presetFolder(),
-                                                          tr("Presets (*.fxpreset)"));
-        if (!file.isEmpty()) applyPreset(file);
-    });
-    m_presetMenu->addSeparator();
-    for (const Preset& preset : knownPresets())
-        m_presetMenu->addAction(QString(preset.name).replace('&', "&&"), this,
-                                [this, file = preset.file] { applyPreset(file); });
 }
 
 void MainWindow::showSweep(int objectId) {
@@ -602,12 +506,8 @@ void MainWindow::showExport() {
     const QString name =
         isSequence ? folder + QStringLiteral("/filtered/")
                    : QStringLiteral("%1/%2-filtered.png").arg(folder, input.completeBaseName());
-    // What is edited while it runs does not change it: the filters are taken now.
-    const QStringList filters = document::currentFilterTexts(m_session.catalog());
-    const std::vector<std::string> inputs = m_document.inputs();
-    m_export = new ExportDialog(
-        name, isSequence,
-        [=](const QString& output) { return renderArguments(inputs, filters, output); }, this);
+    m_export = new ExportDialog(name, isSequence, this);
+    m_export->setProject(m_document.projectBytes(m_export->projectFile()));
     m_export->setAttribute(Qt::WA_DeleteOnClose);
     m_export->show();
 }
@@ -620,6 +520,8 @@ void MainWindow::offerRecovery() {
                         tr("The editor ended unexpectedly while %1 had unsaved changes (%2).")
                             .arg(name, QLocale().toString(left.when, QLocale::ShortFormat)),
                         QMessageBox::NoButton, this);
+        const int side = 32;
+        box.setIconPixmap(glyphIcon(Glyph::Warning).pixmap(side, side));
         box.setInformativeText(tr("Recovering overwrites no file: you decide whether to save."));
         QPushButton* recover = box.addButton(tr("&Recover"), QMessageBox::AcceptRole);
         QPushButton* remove = box.addButton(tr("&Discard"), QMessageBox::DestructiveRole);
@@ -628,24 +530,12 @@ void MainWindow::offerRecovery() {
         if (box.clickedButton() == remove) Journal::discard(left);
         if (box.clickedButton() != recover) continue;
         QStringList notices;
-        if (!attempt(tr("This cannot be recovered"),
+        if (!attempt(this, tr("This cannot be recovered"),
                      [&] { notices = m_document.recover(left.project, left.path); }))
             continue;
         m_journal->writeNow();  // under this program's name before the old one goes
         Journal::discard(left);
         showNotices(notices);
-        return;
-    }
-}
-
-void MainWindow::duplicate(int objectId) {
-    std::vector<ChainItem> chain = currentChain();
-    for (auto item = chain.begin(); item != chain.end(); ++item) {
-        if (item->id.objectId != objectId) continue;
-        const ChainItem copy{{item->id.typeId, -1}, item->state};
-        const QString title = KernelStore::instance().manipulator(item->id.typeId)->filterTitle();
-        chain.insert(item + 1, copy);
-        m_session.undoStack().push(new CmdSetChain(tr("Duplicate %1").arg(title), chain));
         return;
     }
 }

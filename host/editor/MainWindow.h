@@ -5,7 +5,6 @@
 #include <QStringList>
 #include <functional>
 
-#include "host/document/FilterChain.h"
 #include "host/editor/ChainSnapshots.h"
 #include "host/editor/EditorDocument.h"
 #include "host/editor/EditorState.h"
@@ -18,6 +17,7 @@ class QStackedWidget;
 
 namespace editor {
 
+class ChainActions;
 class ChainPanel;
 class ExportDialog;
 class Journal;
@@ -77,22 +77,12 @@ private:
     void askForOtherInput();
     bool askAndSave();
     void copyCommandLine();
-    void duplicate(int objectId);
-    void showEntryMenu(int objectId, const QPoint& globalPosition);
-    void setInstanceState(int objectId, const InstanceState& state, const QString& text);
-    void appendFilters(const std::vector<document::FilterSetup>& filters, const QString& text);
-    void pasteFilters();
-    void savePreset(const QStringList& filterTexts);
-    void applyPreset(const QString& file);
-    void fillPresetMenu();
     void remember(const QStringList& paths);
     void showRecent();
     void showTitle();
     void showStatus();
     void showNotices(const QStringList& notices);
     void sourceChanged();
-    /// Runs what may throw; false, and the message shown, when it does.
-    bool attempt(const QString& what, const std::function<void()>& work);
 
     EditorSession& m_session;
     EditorDocument m_document;
@@ -104,12 +94,12 @@ private:
     PictureView* m_view;
     MessageBar* m_messages;
     ChainPanel* m_chain;
+    ChainActions* m_chainActions;
     TimelinePanel* m_timeline;
     QStackedWidget* m_pages;
     QDockWidget* m_chainDock;
     QDockWidget* m_timelineDock;
     QMenu* m_recentMenu = nullptr;
-    QMenu* m_presetMenu = nullptr;
     ChainSnapshots m_snapshots;
     QLabel* m_statusVersion;
     QActionGroup* m_comparisons = nullptr;

@@ -4,22 +4,10 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
-#include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "host/editor/Glyphs.h"
 #include "host/kernel/KernelStore.h"
 
 namespace editor {
-
-namespace {
-
-QString titleOf(int objectId) {
-    const KernelStore& store = KernelStore::instance();
-    for (const InstanceId& id : store.instances())
-        if (id.objectId == objectId) return store.manipulator(id.typeId)->filterTitle();
-    return QString();
-}
-
-}  // namespace
 
 MessageBar::MessageBar(EditorState& state, QWidget* parent) : QFrame(parent), m_state(state) {
     setObjectName(QStringLiteral("messageBar"));
@@ -38,7 +26,8 @@ void MessageBar::showMessages() {
         messages << (preview.after ? tr("Shown without filters: %1").arg(preview.problem)
                                    : preview.problem);
     for (const Objection& objection : preview.objections)
-        messages << titleOf(objection.objectId) + QStringLiteral(": ") + objection.text;
+        messages << KernelStore::instance().nameOf(objection.objectId) + QStringLiteral(": ") +
+                        objection.text;
     if (messages == m_messages) return;
     m_messages = messages;
     while (QLayoutItem* item = m_layout->takeAt(0)) {

@@ -90,7 +90,8 @@ double PictureView::effectiveZoom() const {
                                     (pane.height() - margin) / preview.height) *
                            devicePixelRatioF();
     // A small picture is not blown up beyond what still looks like a picture.
-    return std::clamp(fitting, kSmallestZoom, 4.0);
+    const double largest = 8 * devicePixelRatioF();
+    return std::clamp(fitting, kSmallestZoom, largest);
 }
 
 QRectF PictureView::targetIn(const QRectF& pane) const {
@@ -126,27 +127,33 @@ bool PictureView::isOnWipe(QPointF position) const {
 
 // --- Painting ---
 
-void PictureView::drawPicture(QPainter& painter, const Picture& picture, const QRectF& pane,
-                              Scaled& scaled) {
-    const QImage image = document::imageOf(picture);
-    if (image.isNull()) return;
+void PictureView::drawPicture(QPainter& painter, const Picture& picture, const Picture& fitted,
+                              const QRectF& pane, Scaled& scaled) {
+    if (!picture) return;
     const QRectF target = targetIn(pane);
+    const QSize size = (target.size() * devicePixelRatioF()).toSize();
+    m_state.setDrawnSize(size);
+    const auto isOfSize = [size](const Picture& one) {
+        return one && one->roiWidth == size.width() && one->roiHeight == size.height();
+    };
+    const bool isReduced = size.width() < picture->roiWidth && size.height() > 0;
+    if (isReduced) {
+        // Every pixel of the picture counts; the painter would only look at some of them.
+        if (isOfSize(fitted))
+            scaled = {picture, fitted};
+        else if (scaled.of != picture || !isOfSize(scaled.picture))
+            scaled = {picture, scaledPicture(*picture, size.width(), size.height())};
+    }
+    const QImage image = document::imageOf(isReduced ? scaled.picture : picture);
+    if (image.isNull()) return;
     painter.save();
     painter.setClipRect(pane, Qt::IntersectClip);
     if (image.hasAlphaChannel()) drawChequers(painter, target);
-    const double ratio = devicePixelRatioF();
-    const QSize size = (target.size() * ratio).toSize();
-    if (size.width() < image.width() && size.width() > 0 && size.height() > 0) {
-        // Reduced, every pixel of the picture counts; the painter would only look at some of them.
-        if (scaled.of != picture || scaled.size != size)
-            scaled = {picture, size,
-                      image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)};
-        painter.drawImage(target, scaled.image);
-    } else {
-        // Enlarged, pixels are squares; a reduced picture stands in for a larger one and is smooth.
-        painter.setRenderHint(QPainter::SmoothPixmapTransform, m_state.preview()->reduction > 1);
-        painter.drawImage(target, image);
-    }
+    // Enlarged, pixels are squares; a reduced picture stands in for a larger one and is smooth.
+    painter.setRenderHint(QPainter::SmoothPixmapTransform,
+                          !isReduced && m_state.preview()->reduction > 1);
+    painter.drawImage(
+        isReduced ? QRectF(target.topLeft(), QSizeF(size) / devicePixelRatioF()) : target, image);
     painter.restore();
 }
 
@@ -180,22 +187,23 @@ void PictureView::paintEvent(QPaintEvent*) {
     }
     const Comparison comparison = m_state.comparison();
     const QRectF pane = paneOf(0);
+    const Picture fittedAfter = preview.display == preview.after ? preview.fittedDisplay : nullptr;
     const auto topRight = Qt::AlignTop | Qt::AlignRight;
     if (isSideBySide()) {
-        drawPicture(painter, preview.before, pane, m_scaledBefore);
-        drawPicture(painter, preview.after, paneOf(1), m_scaledAfter);
+        drawPicture(painter, preview.before, preview.fittedBefore, pane, m_scaledBefore);
+        drawPicture(painter, preview.after, fittedAfter, paneOf(1), m_scaledAfter);
         drawLabel(painter, pane, Qt::AlignTop, tr("Before"));
         drawLabel(painter, paneOf(1), Qt::AlignTop, tr("After"));
     } else if (m_showsBefore) {
-        drawPicture(painter, preview.before, pane, m_scaledBefore);
+        drawPicture(painter, preview.before, preview.fittedBefore, pane, m_scaledBefore);
         drawLabel(painter, pane, Qt::AlignTop, tr("Before"));
     } else if (comparison == Comparison::Wipe) {
         const double x = wipeX();
-        drawPicture(painter, preview.after, pane, m_scaledAfter);
+        drawPicture(painter, preview.after, fittedAfter, pane, m_scaledAfter);
         painter.save();
         painter.setClipRect(QRectF(0, 0, x, height()));
         painter.fillRect(rect(), pictureSurroundings());
-        drawPicture(painter, preview.before, pane, m_scaledBefore);
+        drawPicture(painter, preview.before, preview.fittedBefore, pane, m_scaledBefore);
         painter.restore();
         painter.fillRect(QRectF(x - 1.5, 0, 3, height()), QColor(0, 0, 0, 90));
         painter.fillRect(QRectF(x - 0.5, 0, 1, height()), Qt::white);
@@ -206,7 +214,7 @@ void PictureView::paintEvent(QPaintEvent*) {
         drawLabel(painter, pane, Qt::AlignTop, tr("Before"));
         drawLabel(painter, pane, topRight, tr("After"));
     } else {
-        drawPicture(painter, preview.display, pane, m_scaledAfter);
+        drawPicture(painter, preview.display, preview.fittedDisplay, pane, m_scaledAfter);
         if (comparison == Comparison::Difference)
             drawLabel(painter, pane, Qt::AlignTop, tr("Difference × 4"));
         if (comparison == Comparison::Objects && preview.display == preview.after)

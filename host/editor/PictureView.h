@@ -37,11 +37,10 @@ protected:
     void leaveEvent(QEvent* event) override;
 
 private:
-    /// A picture drawn to size once and then only copied.
+    /// A picture brought to size once and then only copied.
     struct Scaled {
         Picture of;
-        QSize size;
-        QImage image;
+        Picture picture;
     };
 
     bool isSideBySide() const { return m_state.comparison() == Comparison::SideBySide; }
@@ -52,7 +51,9 @@ private:
     double wipeX() const;
     bool isOnWipe(QPointF position) const;
     void zoomTo(double zoom, QPointF fixed);
-    void drawPicture(QPainter& painter, const Picture& picture, const QRectF& pane, Scaled& scaled);
+    /// `fitted` is the picture at the size at which it was last drawn, or null.
+    void drawPicture(QPainter& painter, const Picture& picture, const Picture& fitted,
+                     const QRectF& pane, Scaled& scaled);
     void drawLabel(QPainter& painter, const QRectF& pane, Qt::Alignment place, const QString& text);
     void describe();
 

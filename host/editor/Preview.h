@@ -38,6 +38,8 @@ struct Preview {
     Picture before;   ///< the input when the result is shown, else what the shown filter got
     Picture after;    ///< the picture after the shown stage
     Picture display;  ///< after, or what the comparison makes of both
+    /// before and display at the size at which they are drawn, where that is smaller; or null.
+    Picture fittedBefore, fittedDisplay;
     LevelCounts beforeLevels, afterLevels;  ///< come a little later than the pictures
 
     std::vector<Objection> objections;

@@ -25,12 +25,9 @@ PreviewController::PreviewController(EditorDocument& document, EditorState& stat
     : QObject(parent),
       m_document(document),
       m_state(state),
-      m_worker(
-          [this](const std::shared_ptr<const Preview>& preview) {
-              QMetaObject::invokeMethod(
-                  this, [this, preview] { deliver(preview); }, Qt::QueuedConnection);
-          },
-          kCacheBytes) {
+      m_arrived([this](const std::shared_ptr<const Preview>& preview) { deliver(preview); }),
+      m_worker([this](const std::shared_ptr<const Preview>& preview) { m_arrived.post(preview); },
+               kCacheBytes) {
     KernelNotifier* const store = KernelNotifier::instance();
     connect(store, &KernelNotifier::objectChanged, this, [this] {
         m_worker.noteEdit();
@@ -81,6 +78,7 @@ void PreviewController::request() {
             next.frame = m_state.currentFrame();
             next.stage = m_state.shownStage();
             next.comparison = m_state.comparison();
+            next.drawnSize = m_state.drawnSize();
             if (isDragging() && m_fullMilliseconds > kQuickEnough) {
                 const double factor = std::ceil(std::sqrt(m_fullMilliseconds / kQuickEnough));
                 next.reduction = std::clamp(static_cast<int>(factor), 2, kLargestReduction);

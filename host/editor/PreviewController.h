@@ -4,6 +4,7 @@
 #include <QTimer>
 
 #include "host/editor/EditorState.h"
+#include "host/editor/Mailbox.h"
 #include "host/editor/PreviewWorker.h"
 
 namespace editor {
@@ -40,6 +41,7 @@ private:
     bool m_isRequested = false;
     double m_fullMilliseconds = 0;  ///< what the full picture last took
     quint64 m_asked = 0, m_answered = 0;
+    Mailbox<std::shared_ptr<const Preview>> m_arrived;
     PreviewWorker m_worker;  // last: its thread ends before the rest goes
 };
 

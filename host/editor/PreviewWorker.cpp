@@ -182,6 +182,7 @@ std::shared_ptr<Preview> PreviewWorker::render(const PreviewRequest& request) {
     // What the filters could not do does not take the picture away.
     if (!preview->after) preview->before = preview->after = source.picture;
     addComparison(request, *preview);
+    addFitted(request, *preview);
     return preview;
 }
 
@@ -195,6 +196,17 @@ void PreviewWorker::addComparison(const PreviewRequest& request, Preview& previe
     if (request.comparison == Comparison::Objects)
         made = withAreasTinted(*preview.before, *preview.after);
     if (made) preview.display = made;
+}
+
+void PreviewWorker::addFitted(const PreviewRequest& request, Preview& preview) const {
+    const QSize size = request.drawnSize;
+    const auto fitted = [size](const Picture& picture) -> Picture {
+        if (!picture || size.width() >= picture->roiWidth) return nullptr;
+        return scaledPicture(*picture, size.width(), size.height());
+    };
+    preview.fittedDisplay = fitted(preview.display);
+    if (request.comparison == Comparison::Wipe || request.comparison == Comparison::SideBySide)
+        preview.fittedBefore = fitted(preview.before);
 }
 
 }  // namespace editor

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSize>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -25,6 +26,7 @@ struct PreviewRequest {
     int stage = kResultStage;
     Comparison comparison = Comparison::None;
     int reduction = 1;
+    QSize drawnSize;  ///< see EditorState::drawnSize()
 };
 
 /// Renders frames on a thread of its own. Only the newest request counts: one that waits is
@@ -55,6 +57,8 @@ private:
     std::shared_ptr<Preview> render(const PreviewRequest& request);
     StageCache::Stage sourceStage(const PreviewRequest& request, Preview& preview);
     void addComparison(const PreviewRequest& request, Preview& preview) const;
+    /// Drawing a large picture small takes the window longer than it may be away.
+    void addFitted(const PreviewRequest& request, Preview& preview) const;
 
     Deliver m_deliver;
     std::atomic<quint64> m_edits{0};

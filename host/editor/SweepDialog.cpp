@@ -10,7 +10,9 @@
 #include <QSpinBox>
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <functional>
+#include <vector>
 
 #include "framework/contract/FxKernelApi/CmdChangeObject.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
@@ -152,19 +154,16 @@ SweepDialog::SweepDialog(EditorDocument& document, EditorState& state, InstanceI
       m_document(document),
       m_state(state),
       m_instance(instance),
+      m_rendered([this](const Rendered& rendered) {
+          if (rendered.run != m_run) return;
+          m_sheet->set(rendered.index, rendered.cell);
+          if (--m_missing == 0) emit completed();
+      }),
       m_renderer([this](quint64 run, std::size_t index, const SweepRenderer::Cell& cell) {
-          QMetaObject::invokeMethod(
-              this,
-              [=] {
-                  if (run != m_run) return;
-                  m_sheet->set(index, cell);
-                  if (--m_missing == 0) emit completed();
-              },
-              Qt::QueuedConnection);
+          m_rendered.post({run, index, cell});
       }) {
     setObjectName(QStringLiteral("sweepDialog"));
-    const QString title = KernelStore::instance().manipulator(instance.typeId)->filterTitle();
-    setWindowTitle(tr("Try values – %1").arg(title));
+    setWindowTitle(tr("Try values – %1").arg(KernelStore::instance().nameOf(instance.objectId)));
     auto* grid = new QGridLayout(this);
     m_across = makeAxis(0, tr("&Parameter"), false);
     m_down = makeAxis(1, tr("&And"), true);
@@ -261,36 +260,41 @@ void SweepDialog::render() {
     const bool isGrid = m_downValues.size() > 1;
     m_down.count->setEnabled(isGrid);
     const qint64 frame = m_state.currentFrame();
-    std::vector<InstanceState> states;
     QStringList titles;
     int current = -1;
     for (const QVariant& down : std::as_const(m_downValues))
         for (const QVariant& across : std::as_const(m_acrossValues)) {
-            InstanceState trial = *state;
             QStringList parts;
             bool isCurrent = true;
-            const auto set = [&](int index, const QVariant& value) {
-                if (index < 0 || !value.isValid()) return;
-                InstanceParam& param = trial.params[static_cast<std::size_t>(index)];
-                param.keys.clear();
-                param.base = value;
+            const auto add = [&](int index, const QVariant& value) {
+                if (index < 0) return;
                 parts << QStringLiteral("%1 %2").arg(descr.param(index).name,
                                                      paramValueText(value));
                 isCurrent = isCurrent && valueInForce(*state, descr, index, frame) == value;
             };
-            set(m_across.index(), across);
-            if (isGrid) set(m_down.index(), down);
-            if (isCurrent) current = static_cast<int>(states.size());
-            states.push_back(trial);
+            add(m_across.index(), across);
+            if (isGrid) add(m_down.index(), down);
+            if (isCurrent) current = static_cast<int>(titles.size());
             titles << parts.join(QStringLiteral(", "));
         }
-    const int count = static_cast<int>(states.size());
+    const int count = static_cast<int>(titles.size());
     const int columns = isGrid ? static_cast<int>(m_acrossValues.size())
                                : static_cast<int>(std::ceil(std::sqrt(count)));
     m_sheet->reset(columns, titles, current);
     m_missing = count;
+    const auto sweepOf = [this](const Axis& axis, const QVector<QVariant>& values) {
+        return document::ParameterSweep{m_instance, axis.index(),
+                                        std::vector<QVariant>(values.begin(), values.end())};
+    };
+    std::optional<document::ParameterSweep> rows;
+    if (isGrid) rows = sweepOf(m_down, m_downValues);
     const int longestSide = 400;
-    m_run = m_renderer.start(m_document.source(), frame, m_instance.objectId, states, longestSide);
+    try {
+        m_run = m_renderer.start(m_document.source(), frame, sweepOf(m_across, m_acrossValues),
+                                 rows, longestSide);
+    } catch (const std::exception&) {
+        close();  // a filter cannot be made: the preview says so
+    }
 }
 
 void SweepDialog::choose(int cell) {

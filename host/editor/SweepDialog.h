@@ -4,6 +4,7 @@
 #include <QVector>
 
 #include "host/editor/EditorState.h"
+#include "host/editor/Mailbox.h"
 #include "host/editor/SweepRenderer.h"
 #include "host/kernel/KernelStore.h"
 
@@ -52,6 +53,12 @@ private:
     SweepSheet* m_sheet;
     quint64 m_run = 0;
     int m_missing = 0;
+    struct Rendered {
+        quint64 run;
+        std::size_t index;
+        SweepRenderer::Cell cell;
+    };
+    Mailbox<Rendered> m_rendered;
     SweepRenderer m_renderer;  // last: its thread ends before the rest goes
 };
 

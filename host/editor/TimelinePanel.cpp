@@ -23,13 +23,11 @@ TimelinePanel::TimelinePanel(EditorDocument& document, EditorState& state,
       m_document(document),
       m_state(state),
       m_preview(preview),
+      m_counted([this](const Counted& counted) {
+          if (counted.job == m_job) m_view->setCount(counted.frame, counted.objects);
+      }),
       m_counter([this](quint64 job, qint64 frame, int objects) {
-          QMetaObject::invokeMethod(
-              this,
-              [=] {
-                  if (job == m_job) m_view->setCount(frame, objects);
-              },
-              Qt::QueuedConnection);
+          m_counted.post({job, frame, objects});
       }) {
     setObjectName(QStringLiteral("timelinePanel"));
     m_view =

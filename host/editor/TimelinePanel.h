@@ -3,6 +3,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include "host/editor/Mailbox.h"
 #include "host/editor/ObjectCounter.h"
 #include "host/editor/TimelineView.h"
 
@@ -43,6 +44,12 @@ private:
     QSpinBox* m_frame;
     QTimer m_play, m_pause;
     quint64 m_job = 0;
+    struct Counted {
+        quint64 job;
+        qint64 frame;
+        int objects;
+    };
+    Mailbox<Counted> m_counted;
     ObjectCounter m_counter;  // last: its thread ends before the rest goes
 };
 

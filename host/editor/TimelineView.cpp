@@ -65,7 +65,7 @@ void TimelineView::readStore() {
         if (!state->animated) continue;
         const document::FrameSet frames = document::keyFrames(*state);
         for (const qint64 frame : frames) present.insert({id.objectId, frame});
-        m_lanes.push_back({id, store.manipulator(id.typeId)->filterTitle(), frames});
+        m_lanes.push_back({id, store.nameOf(id.objectId), frames});
     }
     std::set<Key> stillThere;
     std::set_intersection(m_selected.begin(), m_selected.end(), present.begin(), present.end(),

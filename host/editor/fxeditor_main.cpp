@@ -59,13 +59,12 @@ int runEditor(int argc, char** argv, const QString& pluginFile) {
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/editor/fxeditor.svg")));
     QApplication::setDesktopFileName(QStringLiteral("fxeditor"));
     // The toolkit's own texts (Cancel, Save) first: what the editor says goes before them.
-    const QString ownTexts =
-        QApplication::applicationDirPath() + QStringLiteral("/../translations");
     QTranslator toolkitTranslator, translator;
     if (toolkitTranslator.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
                                toolkitTexts()))
         QApplication::installTranslator(&toolkitTranslator);
-    if (translator.load(QLocale(), QStringLiteral("fxeditor"), QStringLiteral("_"), ownTexts))
+    if (translator.load(QLocale(), QStringLiteral("fxeditor"), QStringLiteral("_"),
+                        QStringLiteral(":/translations")))
         QApplication::installTranslator(&translator);
 
     QCommandLineParser parser;
@@ -93,10 +92,8 @@ int runEditor(int argc, char** argv, const QString& pluginFile) {
         editor::EditorSession session(pluginFile);
         editor::MainWindow window(session);
         window.show();
-        if (!parser.positionalArguments().isEmpty())
-            window.open(parser.positionalArguments());
-        else
-            window.offerRecovery();
+        window.offerRecovery();
+        if (!parser.positionalArguments().isEmpty()) window.open(parser.positionalArguments());
         return QApplication::exec();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "fxeditor: %s\n", error.what());

@@ -101,13 +101,18 @@ std::unique_ptr<HkImage> copyPicture(const HkImage& picture) {
 
 std::unique_ptr<HkImage> reducedPicture(const HkImage& picture, int factor) {
     if (!HkImageAccess::isPicture(picture) || factor < 1) return nullptr;
-    if (factor == 1) return copyPicture(picture);
+    return scaledPicture(picture, std::max(1, picture.roiWidth / factor),
+                         std::max(1, picture.roiHeight / factor));
+}
+
+std::unique_ptr<HkImage> scaledPicture(const HkImage& picture, int width, int height) {
+    if (!HkImageAccess::isPicture(picture) || width < 1 || height < 1 || width > picture.roiWidth ||
+        height > picture.roiHeight)
+        return nullptr;
     return orNull([&] {
-        cv::Mat small;
-        const cv::Size size(std::max(1, picture.roiWidth / factor),
-                            std::max(1, picture.roiHeight / factor));
-        cv::resize(regionOf(picture), small, size, 0, 0, cv::INTER_AREA);
-        return pictureOf(small);
+        cv::Mat scaled;
+        cv::resize(regionOf(picture), scaled, cv::Size(width, height), 0, 0, cv::INTER_AREA);
+        return pictureOf(scaled);
     });
 }
 

@@ -17,6 +17,11 @@ IMAGEPROCESSOR_EXPORT std::unique_ptr<HkImage> copyPicture(const HkImage& pictur
 /// for. No side becomes shorter than 1 pixel.
 IMAGEPROCESSOR_EXPORT std::unique_ptr<HkImage> reducedPicture(const HkImage& picture, int factor);
 
+/// The region at another size, at most its own on both axes: each pixel is the mean of the area
+/// that it stands for.
+IMAGEPROCESSOR_EXPORT std::unique_ptr<HkImage> scaledPicture(const HkImage& picture, int width,
+                                                             int height);
+
 /// |after - before| * gain for each sample, cut at 255: grey when both are, else RGB. Where both
 /// have alpha, what differs there shows in all channels.
 IMAGEPROCESSOR_EXPORT std::unique_ptr<HkImage> differencePicture(const HkImage& before,

@@ -104,8 +104,7 @@ void CmdChangeObject::Private::mergeLater(const Change& later) {
 QString CmdChangeObject::Private::text() const {
     const HkKernelObjectDataDescr* descr =
         HkFXKernelData::getInstance()->getDataDescriptor(id.typeId);
-    HkFilterManipulator* manipulator = KernelStore::instance().manipulator(id.typeId);
-    if (!descr || !manipulator) return QString();
+    if (!descr) return QString();
     QStringList parts;
     bool writesKeys = false;
     for (const auto& [index, change] : changes) {
@@ -114,8 +113,8 @@ QString CmdChangeObject::Private::text() const {
                           shownText(change.newValue()));
         writesKeys |= change.edit.frame.has_value();
     }
-    QString text =
-        manipulator->filterTitle() + QLatin1String(": ") + parts.join(QLatin1String(", "));
+    QString text = KernelStore::instance().nameOf(id.objectId) + QLatin1String(": ") +
+                   parts.join(QLatin1String(", "));
     if (writesKeys) text += QString::fromLatin1(" (frame %1)").arg(*frame);
     return text;
 }

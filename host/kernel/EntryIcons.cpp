@@ -1,14 +1,11 @@
 #include "host/kernel/EntryIcons.h"
 
-#include <QGuiApplication>
-#include <QIconEngine>
-#include <QPainter>
-#include <QPainterPath>
-#include <QPalette>
+#include <QPolygonF>
+
+#include "host/kernel/GlyphIcon.h"
 
 namespace {
 
-// The glyphs are drawn on a field of 16 x 16.
 QPainterPath outline(EntryGlyph glyph) {
     QPainterPath path;
     switch (glyph) {
@@ -35,43 +32,13 @@ QPainterPath outline(EntryGlyph glyph) {
     return path;
 }
 
-class GlyphEngine : public QIconEngine {
-public:
-    explicit GlyphEngine(EntryGlyph glyph) : m_glyph(glyph) {}
-
-    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode,
-               QIcon::State state) override {
-        const QPalette palette = QGuiApplication::palette();
-        const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
-        const bool isLit = m_glyph == EntryGlyph::Keyframe && state == QIcon::On;
-        const QColor& colour =
-            palette.color(group, isLit ? QPalette::Highlight : QPalette::ButtonText);
-        painter->save();
-        painter->setRenderHint(QPainter::Antialiasing);
-        painter->translate(rect.topLeft());
-        painter->scale(rect.width() / 16.0, rect.height() / 16.0);
-        painter->setPen(QPen(colour, 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-        painter->setBrush(isLit ? QBrush(colour) : QBrush(Qt::NoBrush));
-        painter->drawPath(outline(m_glyph));
-        painter->restore();
-    }
-
-    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-        QPixmap pixmap(size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        paint(&painter, QRect(QPoint(0, 0), size), mode, state);
-        return pixmap;
-    }
-
-    QIconEngine* clone() const override { return new GlyphEngine(m_glyph); }
-
-private:
-    EntryGlyph m_glyph;
-};
-
 }  // namespace
 
 QIcon entryIcon(EntryGlyph glyph) {
-    return QIcon(new GlyphEngine(glyph));
+    GlyphDrawing drawing;
+    drawing.lines = outline(glyph);
+    drawing.lineWidth = 1.6;
+    if (glyph == EntryGlyph::Keyframe) drawing.lit = GlyphDrawing::WhenOn;
+    drawing.isFilledWhenLit = true;
+    return glyphIcon(drawing);
 }

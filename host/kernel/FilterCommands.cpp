@@ -41,7 +41,7 @@ void CmdAddFilter::undo() {
 }
 
 CmdRemoveFilter::CmdRemoveFilter(InstanceId id) : m_id(id) {
-    setText(tr("Remove %1").arg(titleOf(id.typeId)));
+    setText(tr("Remove %1").arg(KernelStore::instance().nameOf(id.objectId)));
 }
 
 void CmdRemoveFilter::redo() {
@@ -60,7 +60,8 @@ void CmdRemoveFilter::undo() {
 
 CmdMoveFilter::CmdMoveFilter(InstanceId id, int position)
     : m_id(id), m_from(KernelStore::instance().positionOf(id.objectId)), m_to(position) {
-    setText((m_to < m_from ? tr("Move %1 up") : tr("Move %1 down")).arg(titleOf(id.typeId)));
+    setText((m_to < m_from ? tr("Move %1 up") : tr("Move %1 down"))
+                .arg(KernelStore::instance().nameOf(id.objectId)));
 }
 
 void CmdMoveFilter::redo() {
@@ -75,7 +76,7 @@ void CmdMoveFilter::undo() {
 CmdSetFilterState::CmdSetFilterState(InstanceId id, const InstanceState& state,
                                      const QString& action)
     : m_id(id), m_after(state) {
-    setText(titleOf(id.typeId) + QLatin1String(": ") + action);
+    setText(KernelStore::instance().nameOf(id.objectId) + QLatin1String(": ") + action);
 }
 
 void CmdSetFilterState::redo() {

@@ -84,6 +84,7 @@ InstanceState readState(const QDomElement& element, const HkKernelObjectDataDesc
     if (filterElementType(element) != descr.typeId())
         throw Unreadable{tr("the element is not one of filter type %1").arg(descr.typeId())};
     InstanceState state = defaultState(descr);
+    state.name = element.attribute(kName).simplified();
     state.animated = boolAttribute(element, kAnimated);
     QSet<QString> seen;
     for (QDomElement child = element.firstChildElement(); !child.isNull();
@@ -131,6 +132,7 @@ QDomElement writeFilterElement(QDomDocument& document, int typeId, const QString
     QDomElement element = document.createElement(kFilter);
     element.setAttribute(kType, QString::number(typeId));
     if (!key.isEmpty()) element.setAttribute(kKey, key);
+    if (!state.name.isEmpty()) element.setAttribute(kName, state.name);
     element.setAttribute(kAnimated, boolText(state.animated));
     for (int i = 0; i < descr.paramCount(); ++i)
         element.appendChild(writeParameter(document, descr.param(i).name, state.params[i]));

@@ -8,7 +8,7 @@
 
 // One applied filter instance as an element of a document:
 //
-//   <filter type="2003" key="Blur and enhance" animated="true">
+//   <filter type="2003" name="Soft edges" key="Blur and enhance" animated="true">
 //     <parameter name="Enabled" value="1"/>
 //     <parameter name="Blur" value="5">
 //       <key frame="0" value="1" held="false"/>
@@ -16,7 +16,8 @@
 //     </parameter>
 //   </filter>
 //
-// "key" is for the reader's eyes; the type decides. Values are text in the C locale, "held" may be
+// "name" is what the user calls the instance, left out where that is the filter's title. "key" is
+// for the reader's eyes; the type decides. Values are text in the C locale, "held" may be
 // left out for false. A declared parameter that is missing has its default. Children of other
 // names, and parameters that this version of the filter does not declare, are kept in the state.
 

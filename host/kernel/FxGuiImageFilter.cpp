@@ -72,7 +72,7 @@ void FxGuiImageFilter::Private::build() {
     layout->setRowStretch(kPageRow, 1);
     layout->setColumnStretch(kContentColumn, 1);
 
-    enabled = new QCheckBox(manipulator->filterTitle().replace('&', "&&"), q);
+    enabled = new QCheckBox(q);
     enabled->setObjectName(QStringLiteral("theChbEnabled"));
     enabled->setToolTip(tr("Switches the filter on or off; its settings stay"));
     enabled->setIcon(manipulator->filterIcon());
@@ -114,6 +114,7 @@ void FxGuiImageFilter::Private::showState() {
     const bool isOn =
         state->params.size() > kEnabledParam && state->params[kEnabledParam].base.toBool();
     enabled->setChecked(isOn);
+    enabled->setText(store.nameOf(objectId).replace('&', "&&"));
     QFont font = enabled->font();
     font.setBold(isOn);  // which filters work is seen without looking for the marks
     enabled->setFont(font);

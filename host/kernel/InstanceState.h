@@ -33,6 +33,7 @@ constexpr int kEnabledParam = 0;
 
 /// All that the store keeps of one applied filter instance.
 struct InstanceState {
+    QString name;  ///< what the user calls it; empty for the filter's title
     bool animated = false;
     std::vector<InstanceParam> params;  ///< indexed as declared
     /// Elements of a document that this version of the filter does not know, as text, to be written
@@ -40,7 +41,8 @@ struct InstanceState {
     QStringList keptElements;
 };
 inline bool operator==(const InstanceState& a, const InstanceState& b) {
-    return a.animated == b.animated && a.params == b.params && a.keptElements == b.keptElements;
+    return a.name == b.name && a.animated == b.animated && a.params == b.params &&
+           a.keptElements == b.keptElements;
 }
 
 /// One change of one parameter: of its base value, or of its key at a frame.

@@ -212,6 +212,14 @@ std::optional<InstanceState> KernelStore::state(int objectId) const {
     return object->d->state;
 }
 
+QString KernelStore::nameOf(int objectId) const {
+    const HkKernelObjectData* object = d->object(objectId);
+    if (!object) return QString();
+    if (!object->d->state.name.isEmpty()) return object->d->state.name;
+    HkFilterManipulator* filter = manipulator(object->d->typeId);
+    return filter ? filter->filterTitle() : QString();
+}
+
 int KernelStore::add(int typeId, int position) {
     const HkKernelObjectDataDescr* descr = descriptor(typeId);
     return descr ? add(typeId, defaultState(*descr), position) : -1;

@@ -50,6 +50,8 @@ public:
     std::vector<InstanceId> instances() const;
     int positionOf(int objectId) const;  ///< -1 when there is no such instance
     std::optional<InstanceState> state(int objectId) const;
+    /// What the user calls the instance, else its filter's title; empty when there is none.
+    QString nameOf(int objectId) const;
 
     /// Makes an instance with the type's defaults, or with `state`, before the one at `position`;
     /// at the end for a position outside the order. Returns its object id, which is never given

@@ -1,6 +1,7 @@
 #include "host/kernel/PluginLoader.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QLibrary>
 #include <QStringList>
@@ -235,6 +236,15 @@ void Attempt::registerManipulator(HkFilterManipulator* manipulator, const QStrin
 }
 
 }  // namespace
+
+QString PluginLoader::ownPlugin() {
+    const auto inFolder = [](const char* folder) {
+        return QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1Char('/') +
+                               QLatin1String(folder) + QStringLiteral("/libBasicFiltersPlugin.so"));
+    };
+    const QString built = inFolder("../plugins"), installed = inFolder(FX_PLUGIN_FOLDER);
+    return !QFileInfo::exists(built) && QFileInfo::exists(installed) ? installed : built;
+}
 
 PluginLoader::PluginLoader(const PluginServices& services) : m_services(services) {}
 

@@ -28,6 +28,10 @@ public:
     PluginLoader(const PluginLoader&) = delete;
     PluginLoader& operator=(const PluginLoader&) = delete;
 
+    /// The plug-in that belongs to this program, which may be missing: libBasicFiltersPlugin.so in
+    /// the folder plugins beside the program's own folder, or where installing has put it.
+    static QString ownPlugin();
+
     /// Loads all filters of one library, or none. Steps, in this order: find the file, load it,
     /// compare its verification text, make its root object, cast that to the plug-in interface, ask
     /// for the filter keys, make the manipulator of each key, let each register itself.

@@ -1,7 +1,6 @@
 #include "host/render/CommandLine.h"
 
 #include <CLI/CLI.hpp>
-#include <QRegularExpression>
 #include <QStringList>
 #include <algorithm>
 #include <functional>
@@ -9,6 +8,7 @@
 #include <map>
 
 #include "host/document/NearestName.h"
+#include "host/media/sample_range.h"
 #include "host/render/ExitCode.h"
 #include "host/render/Manual.h"
 #include "host/render/MemoryLimit.h"
@@ -523,18 +523,11 @@ const CLI::App& activeCommand(const CLI::App& app) {
 }  // namespace
 
 media::SampleRange parseRange(const std::string& text) {
-    if (text == "auto") return {media::SampleRange::Auto, 0, 0};
-    if (text == "each") return {media::SampleRange::Each, 0, 0};
-    static const QRegularExpression pattern(
-        QStringLiteral(R"(^(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)-(-?[0-9.]+(?:[eE][-+]?[0-9]+)?)$)"));
-    const auto match = pattern.match(QString::fromStdString(text));
-    bool lowIsNumber = false, highIsNumber = false;
-    const double low = match.captured(1).toDouble(&lowIsNumber);
-    const double high = match.captured(2).toDouble(&highIsNumber);
-    if (!lowIsNumber || !highIsNumber || low >= high)
+    const auto range = media::sampleRangeFromText(text);
+    if (!range)
         throw UsageError("--range: cannot use \"" + text +
                          "\"; write LO-HI with LO below HI, such as 0-4095, or auto, or each");
-    return {media::SampleRange::Given, low, high};
+    return *range;
 }
 
 CommandLine parseCommandLine(const std::vector<std::string>& arguments) {

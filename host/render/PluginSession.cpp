@@ -1,6 +1,5 @@
 #include "host/render/PluginSession.h"
 
-#include <QDir>
 #include <QEvent>
 #include <QFile>
 #include <QFileInfo>
@@ -15,16 +14,6 @@
 namespace render {
 
 namespace {
-
-/// Beside the program as it is built, or else as it is installed.
-QString ownPlugin() {
-    const auto inFolder = [](const char* folder) {
-        return QDir::cleanPath(QCoreApplication::applicationDirPath() + '/' +
-                               QLatin1String(folder) + QStringLiteral("/libBasicFiltersPlugin.so"));
-    };
-    const QString built = inFolder("../plugins"), installed = inFolder(FX_PLUGIN_FOLDER);
-    return !QFileInfo::exists(built) && QFileInfo::exists(installed) ? installed : built;
-}
 
 void checkReadable(const QString& file, bool isOwn) {
     const QFileInfo info(file);
@@ -48,7 +37,7 @@ struct PluginSession::Private {
 
 PluginSession::PluginSession(const std::string& pluginPath) : d(new Private) {
     const bool isOwn = pluginPath.empty();
-    const QString file = isOwn ? ownPlugin() : QFile::decodeName(pluginPath.c_str());
+    const QString file = isOwn ? PluginLoader::ownPlugin() : QFile::decodeName(pluginPath.c_str());
     checkReadable(file, isOwn);
     QString error;
     if (!d->loader.load(file, &error)) throw CommandError(InvalidData, error.toStdString());

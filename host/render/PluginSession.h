@@ -12,8 +12,7 @@ namespace render {
 /// it lives. One at a time, on the main thread.
 class PluginSession {
 public:
-    /// An empty path means the plug-in that belongs to this program: libBasicFiltersPlugin.so in
-    /// the folder plugins beside the program's own folder, or where installing has put it.
+    /// An empty path means PluginLoader::ownPlugin().
     /// Throws CommandError: MissingInput when the library is not there or cannot be read,
     /// InvalidData when it is refused.
     explicit PluginSession(const std::string& pluginPath);

@@ -2,6 +2,105 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de">
 <context>
+    <name>editor::ChainActions</name>
+    <message>
+        <source>Duplicate %1</source>
+        <translation>%1 verdoppeln</translation>
+    </message>
+    <message>
+        <source>Rename</source>
+        <translation>Umbenennen</translation>
+    </message>
+    <message>
+        <source>Name of the filter; empty for its own title</source>
+        <translation>Name des Filters; leer für seinen eigenen Titel</translation>
+    </message>
+    <message>
+        <source>%1: renamed</source>
+        <translation>%1: umbenannt</translation>
+    </message>
+    <message>
+        <source>&amp;Try values…</source>
+        <translation>&amp;Werte ausprobieren …</translation>
+    </message>
+    <message>
+        <source>Re&amp;name…</source>
+        <translation>Um&amp;benennen …</translation>
+    </message>
+    <message>
+        <source>&amp;Duplicate</source>
+        <translation>&amp;Verdoppeln</translation>
+    </message>
+    <message>
+        <source>&amp;Copy as text</source>
+        <translation>Als &amp;Text kopieren</translation>
+    </message>
+    <message>
+        <source>&amp;Save as preset…</source>
+        <translation>Als Vor&amp;gabe speichern …</translation>
+    </message>
+    <message>
+        <source>&amp;Reset to defaults</source>
+        <translation>&amp;Zurücksetzen</translation>
+    </message>
+    <message>
+        <source>%1: reset</source>
+        <translation>%1: zurückgesetzt</translation>
+    </message>
+    <message>
+        <source>Re&amp;move</source>
+        <translation>&amp;Entfernen</translation>
+    </message>
+    <message>
+        <source>The clipboard holds no filters</source>
+        <translation>Die Zwischenablage enthält keine Filter</translation>
+    </message>
+    <message>
+        <source>Paste filters</source>
+        <translation>Filter einfügen</translation>
+    </message>
+    <message>
+        <source>Save as preset</source>
+        <translation>Als Vorgabe speichern</translation>
+    </message>
+    <message>
+        <source>Name of the preset</source>
+        <translation>Name der Vorgabe</translation>
+    </message>
+    <message>
+        <source>There is a preset “%1”. Replace it?</source>
+        <translation>Es gibt schon eine Vorgabe „%1“. Ersetzen?</translation>
+    </message>
+    <message>
+        <source>The preset cannot be saved</source>
+        <translation>Die Vorgabe kann nicht gespeichert werden</translation>
+    </message>
+    <message>
+        <source>The preset cannot be applied</source>
+        <translation>Die Vorgabe kann nicht angewandt werden</translation>
+    </message>
+    <message>
+        <source>Apply preset %1</source>
+        <translation>Vorgabe %1 anwenden</translation>
+    </message>
+    <message>
+        <source>&amp;Save all filters as preset…</source>
+        <translation>Alle Filter als Vorgabe &amp;speichern …</translation>
+    </message>
+    <message>
+        <source>&amp;Apply preset from file…</source>
+        <translation>Vorgabe aus Datei &amp;anwenden …</translation>
+    </message>
+    <message>
+        <source>Apply preset</source>
+        <translation>Vorgabe anwenden</translation>
+    </message>
+    <message>
+        <source>Presets (*.fxpreset)</source>
+        <translation>Vorgaben (*.fxpreset)</translation>
+    </message>
+</context>
+<context>
     <name>editor::ChainPanel</name>
     <message>
         <source>Drag to change the order (Alt+Up, Alt+Down)</source>
@@ -42,6 +141,13 @@
     <message>
         <source>No filters yet. Choose one under “Filters” and press “Add”.</source>
         <translation>Noch keine Filter. Unter „Filter“ einen wählen und „Hinzufügen“ drücken.</translation>
+    </message>
+</context>
+<context>
+    <name>editor::EditorDocument</name>
+    <message>
+        <source>The range “%1” cannot be used; write LO-HI, auto or each</source>
+        <translation>Der Bereich „%1“ ist nicht zu gebrauchen; möglich sind UNTEN-OBEN, auto oder each</translation>
     </message>
 </context>
 <context>
@@ -122,6 +228,10 @@
         <source>Done: %1</source>
         <translation>Fertig: %1</translation>
     </message>
+    <message>
+        <source>The filters cannot be handed to the renderer: %1; make room in %2</source>
+        <translation>Die Filter können dem Renderer nicht übergeben werden: %1; Platz schaffen in %2</translation>
+    </message>
 </context>
 <context>
     <name>editor::ExportProcess</name>
@@ -137,6 +247,9 @@
         <source>The renderer failed with code %1</source>
         <translation>Der Renderer endete mit dem Fehlercode %1</translation>
     </message>
+</context>
+<context>
+    <name>FilterCommands</name>
 </context>
 <context>
     <name>FxGuiImageFilter</name>
@@ -530,82 +643,6 @@
         <translation>Der Befehl ist in der Zwischenablage</translation>
     </message>
     <message>
-        <source>&amp;Try values…</source>
-        <translation>&amp;Werte ausprobieren …</translation>
-    </message>
-    <message>
-        <source>&amp;Duplicate</source>
-        <translation>&amp;Verdoppeln</translation>
-    </message>
-    <message>
-        <source>&amp;Copy as text</source>
-        <translation>Als &amp;Text kopieren</translation>
-    </message>
-    <message>
-        <source>&amp;Save as preset…</source>
-        <translation>Als Vor&amp;gabe speichern …</translation>
-    </message>
-    <message>
-        <source>&amp;Reset to defaults</source>
-        <translation>&amp;Zurücksetzen</translation>
-    </message>
-    <message>
-        <source>%1: reset</source>
-        <translation>%1: zurückgesetzt</translation>
-    </message>
-    <message>
-        <source>Re&amp;move</source>
-        <translation>&amp;Entfernen</translation>
-    </message>
-    <message>
-        <source>The clipboard holds no filters</source>
-        <translation>Die Zwischenablage enthält keine Filter</translation>
-    </message>
-    <message>
-        <source>Paste filters</source>
-        <translation>Filter einfügen</translation>
-    </message>
-    <message>
-        <source>Save as preset</source>
-        <translation>Als Vorgabe speichern</translation>
-    </message>
-    <message>
-        <source>Name of the preset</source>
-        <translation>Name der Vorgabe</translation>
-    </message>
-    <message>
-        <source>There is a preset “%1”. Replace it?</source>
-        <translation>Es gibt schon eine Vorgabe „%1“. Ersetzen?</translation>
-    </message>
-    <message>
-        <source>The preset cannot be saved</source>
-        <translation>Die Vorgabe kann nicht gespeichert werden</translation>
-    </message>
-    <message>
-        <source>The preset cannot be applied</source>
-        <translation>Die Vorgabe kann nicht angewandt werden</translation>
-    </message>
-    <message>
-        <source>Apply preset %1</source>
-        <translation>Vorgabe %1 anwenden</translation>
-    </message>
-    <message>
-        <source>&amp;Save all filters as preset…</source>
-        <translation>Alle Filter als Vorgabe &amp;speichern …</translation>
-    </message>
-    <message>
-        <source>&amp;Apply preset from file…</source>
-        <translation>Vorgabe aus Datei &amp;anwenden …</translation>
-    </message>
-    <message>
-        <source>Apply preset</source>
-        <translation>Vorgabe anwenden</translation>
-    </message>
-    <message>
-        <source>Presets (*.fxpreset)</source>
-        <translation>Vorgaben (*.fxpreset)</translation>
-    </message>
-    <message>
         <source>Export</source>
         <translation>Export</translation>
     </message>
@@ -644,10 +681,6 @@
     <message>
         <source>This cannot be recovered</source>
         <translation>Das lässt sich nicht wiederherstellen</translation>
-    </message>
-    <message>
-        <source>Duplicate %1</source>
-        <translation>%1 verdoppeln</translation>
     </message>
     <message>
         <source>fxeditor[*]</source>
@@ -964,25 +997,6 @@
     <message>
         <source>A project, pictures, a numbered sequence (shot_####.png) or a folder</source>
         <translation>Ein Projekt, Bilder, eine nummerierte Folge (shot_####.png) oder ein Ordner</translation>
-    </message>
-</context>
-<context>
-    <name>FilterCommands</name>
-    <message>
-        <source>Add %1</source>
-        <translation>%1 hinzufügen</translation>
-    </message>
-    <message>
-        <source>Move %1 up</source>
-        <translation>%1 nach oben</translation>
-    </message>
-    <message>
-        <source>Move %1 down</source>
-        <translation>%1 nach unten</translation>
-    </message>
-    <message>
-        <source>Remove %1</source>
-        <translation>%1 entfernen</translation>
     </message>
 </context>
 </TS>

@@ -16,7 +16,10 @@
 bool EditorDriver::settle() {
     QCoreApplication::processEvents();  // edits become requests when control returns
     const int minute = 60000;
-    return QTest::qWaitFor([this] { return window.preview().isIdle(); }, minute);
+    // A reduced picture only stands in for the one that follows the release of a drag.
+    return QTest::qWaitFor(
+        [this] { return window.preview().isIdle() && window.state().preview()->reduction == 1; },
+        minute);
 }
 
 int EditorDriver::addFilter(const QString& key) {

@@ -12,7 +12,7 @@ class EditorDriver {
 public:
     explicit EditorDriver(editor::MainWindow& driven) : window(driven) {}
 
-    /// Until the newest picture is shown; false when none comes within a minute.
+    /// Until the newest picture is shown in full; false when none comes within a minute.
     bool settle();
     /// Presses "Add" on the filter's page of the tool box. Returns the new instance's object id.
     int addFilter(const QString& key);

@@ -2,9 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QClipboard>
 #include <QDir>
 #include <QImage>
+#include <QInputDialog>
 #include <QLabel>
 #include <QPainter>
 #include <QProcess>
@@ -12,6 +14,7 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 #include <QUndoStack>
 #include <memory>
@@ -26,6 +29,7 @@
 #include "host/editor/SweepDialog.h"
 #include "host/editor/TimelineView.h"
 #include "host/kernel/CmdSetChain.h"
+#include "host/kernel/UndoGesture.h"
 #include "tests/host/editor/EditorDriver.h"
 
 namespace {
@@ -50,6 +54,7 @@ protected:
         qputenv("XDG_CONFIG_HOME", folder.path().toUtf8());
         qputenv("XDG_DATA_HOME", folder.path().toUtf8());
         QApplication::setApplicationName(QStringLiteral("fxeditor"));
+        setGestureClock([] { return qint64{0}; });  // a slow machine ends no gesture
         QDir().mkpath(at("shots"));
         for (int number = 0; number < 5; ++number)
             drawnFrame(number).save(at(QStringLiteral("shots/shot_%1.png").arg(number)));
@@ -176,6 +181,20 @@ TEST_F(Editor, EntriesAreReorderedDuplicatedAndShownStageByStage) {
     EXPECT_EQ(KernelStore::instance().positionOf(blur), 0);
 
     row(blur)->setFocus();
+    QTimer::singleShot(0, window.get(), [] {
+        auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
+        ASSERT_TRUE(dialog);
+        dialog->setTextValue(QStringLiteral("Soft & round"));
+        dialog->accept();
+    });
+    QTest::keyClick(row(blur), Qt::Key_F2);
+    EXPECT_EQ(state(blur).name.toStdString(), "Soft & round");
+    EXPECT_EQ(driver->control<QCheckBox>(blur, "theChbEnabled").text().toStdString(),
+              "Soft && round");
+    EXPECT_EQ(row(blur)->accessibleName().toStdString(), "Soft & round");
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    row(blur)->setFocus();
     QTest::keyClick(row(blur), Qt::Key_D, Qt::ControlModifier);
     ASSERT_EQ(currentChain().size(), 3u);
     EXPECT_EQ(currentChain()[1].state, state(blur));
@@ -185,6 +204,29 @@ TEST_F(Editor, EntriesAreReorderedDuplicatedAndShownStageByStage) {
     EXPECT_EQ(shown(), drawnFrame(0));
     while (undoStack().canRedo()) undoStack().redo();
     EXPECT_EQ(currentChain().size(), 2u);
+}
+
+TEST_F(Editor, AReducedPictureStandsInOnlyWhileADragLasts) {
+    const QSize size(1600, 1200);
+    drawnFrame(0).scaled(size).save(at(QStringLiteral("large.png")));
+    open(QStringLiteral("large.png"));
+    const int sharper = driver->addFilter(QStringLiteral("Degauss"));
+    driver->dragSlider(driver->control<QSlider>(sharper, "theSlThresh"), 13, 20);
+    EXPECT_EQ(shown().size(), size);
+}
+
+TEST_F(Editor, TheRangeOfAProjectIsShownAndCopied) {
+    QFile file(at(QStringLiteral("range.fxp")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(
+        R"(<fxproject version="1"><input range="0-100"><file path="shots"/></input></fxproject>)");
+    file.close();
+    open(QStringLiteral("range.fxp"));
+    const QColor usual = drawnFrame(0).pixelColor(90, 60), bright = shown().pixelColor(90, 60);
+    EXPECT_NEAR(bright.green(), usual.green() * 2.55, 1);
+    driver->addFilter(QStringLiteral("Blur and enhance"));
+    driver->trigger("actCopyCommand");
+    EXPECT_TRUE(QApplication::clipboard()->text().contains(QStringLiteral("--range 0-100")));
 }
 
 TEST_F(Editor, KeysAreMovedSelectedDeletedAndPastedInTheTimeline) {

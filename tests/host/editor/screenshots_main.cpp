@@ -7,11 +7,13 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 #include <cstdio>
 
 #include "host/editor/EditorSession.h"
 #include "host/editor/ExportDialog.h"
+#include "host/editor/Journal.h"
 #include "host/editor/SweepDialog.h"
 #include "host/editor/Theme.h"
 #include "tests/host/editor/EditorDriver.h"
@@ -39,7 +41,9 @@ private:
         widget.grab().save(m_out.filePath(QLatin1String(name) + QStringLiteral(".png")));
     }
     void takeDialogs(int objectId);
+    void takeShapes();
     void takeTimeline();
+    void takeRecovery();
     void discard() { m_window.document().newEmpty(); }
 
     editor::MainWindow& m_window;
@@ -80,7 +84,50 @@ void Photographer::takeAll() {
     m_driver.addFilter(QStringLiteral("Object separator"));
     take("warning");
     discard();
+    takeShapes();
     takeTimeline();
+    takeRecovery();
+}
+
+void Photographer::takeShapes() {
+    const char* const picture = "xy_8bit_binary__for_open_and_close.tif";
+    const struct {
+        const char* key;
+        const char* name;
+    } filters[] = {{"Dilate_Erode", "dilate-erode"}, {"Open_Close", "open-close"}};
+    for (const auto& filter : filters) {
+        open(picture);
+        const int added = m_driver.addFilter(QLatin1String(filter.key));
+        auto* slider = m_driver.entry(added).findChild<QSlider*>();
+        m_driver.dragSlider(*slider, 2);
+        m_driver.trigger("actSideBySide");
+        take(filter.name);
+        m_driver.trigger("actSingle");
+        discard();
+    }
+    open(picture);
+    m_driver.addFilter(QStringLiteral("Object separator"));
+    m_driver.trigger("actObjects");
+    take("separator");
+    m_driver.trigger("actSingle");
+    discard();
+}
+
+/// As after a crash: a journal that no running program holds.
+void Photographer::takeRecovery() {
+    open("coffee.png");
+    m_driver.addFilter(QStringLiteral("Blur and enhance"));
+    m_window.journal().writeNow();
+    QFile::copy(m_window.journal().file(),
+                QDir(editor::Journal::folder()).filePath(QStringLiteral("left.journal")));
+    discard();
+    const int untilShown = 300;
+    QTimer::singleShot(untilShown, &m_window, [this] {
+        QWidget* box = QApplication::activeModalWidget();
+        save(*box, "recovery");
+        box->close();
+    });
+    m_window.offerRecovery();
 }
 
 void Photographer::takeDialogs(int objectId) {

@@ -1,8 +1,11 @@
 // Trials of the real window that take too long, or depend too much on the machine, for a test:
-//   editor_trial drag FILTER SLIDER SECONDS [BEFORE...]  drags a slider on a picture of 1920 x
-//   1080,
-//       after the filters named before it, and says how the window kept up
-//   editor_trial random SEED SECONDS          random clicks, drags and keys; fails on any warning
+//   editor_trial drag FILTER SLIDER SECONDS [BEFORE...]
+//       drags a slider on a picture of 1920 x 1080, after the filters named before it, and says how
+//       the window kept up
+//   editor_trial random SEED SECONDS      random clicks, drags and keys; fails on any warning
+//   editor_trial kill-edits SEED COUNT    kills while editing; fails when more is lost than
+//   promised editor_trial kill-saves SEED COUNT    kills while saving; fails when a file is torn
+//   editor_trial edit SEED FOLDER         what kill-edits kills
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFileDialog>
@@ -17,6 +20,7 @@
 #include <QWindow>
 #include <cmath>
 #include <cstdio>
+#include <ctime>
 #include <fstream>
 #include <functional>
 #include <random>
@@ -26,6 +30,7 @@
 #include "host/editor/ExportDialog.h"
 #include "host/editor/Theme.h"
 #include "tests/host/editor/EditorDriver.h"
+#include "tests/host/editor/kill_trials.h"
 
 namespace {
 
@@ -61,6 +66,13 @@ double megabytesInUse() {
     return static_cast<double>(resident) * 4096 / 1e6;
 }
 
+/// Of the calling thread.
+qint64 nanosecondsOfWork() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return qint64{time.tv_sec} * 1000000000 + time.tv_nsec;
+}
+
 int drag(editor::MainWindow& window, const QTemporaryDir& folder, const QStringList& arguments) {
     EditorDriver driver(window);
     const QString picture = folder.filePath(QStringLiteral("large.png"));
@@ -75,10 +87,14 @@ int drag(editor::MainWindow& window, const QTemporaryDir& folder, const QStringL
     QElapsedTimer clock;
     clock.start();
     qint64 lastTick = 0, longestGap = 0;
+    qint64 lastWork = 0,
+           longestWork = 0;  // processor time: what others on the machine do not add to
     QTimer heartbeat;
     QObject::connect(&heartbeat, &QTimer::timeout, &window, [&] {
         longestGap = std::max(longestGap, clock.nsecsElapsed() - lastTick);
         lastTick = clock.nsecsElapsed();
+        longestWork = std::max(longestWork, nanosecondsOfWork() - lastWork);
+        lastWork = nanosecondsOfWork();
     });
     int changes = 0, changesAfterwards = 0, edits = 0;
     QObject::connect(&slider, &QSlider::valueChanged, &window, [&] { ++edits; });
@@ -101,6 +117,7 @@ int drag(editor::MainWindow& window, const QTemporaryDir& folder, const QStringL
     QTest::qWait(100);  // until it is scrolled into view
     QTest::mousePress(handle, Qt::LeftButton, {}, at(slider.value()));
     lastTick = clock.nsecsElapsed();
+    lastWork = nanosecondsOfWork();
     heartbeat.start(1);
     const int milliseconds = arguments[4].toInt() * 1000;
     const qint64 begin = clock.elapsed();
@@ -119,12 +136,12 @@ int drag(editor::MainWindow& window, const QTemporaryDir& folder, const QStringL
     QTest::qWait(500);
     driver.settle();
     std::printf(
-        "%s after %d filters: %.1f edits/s, %.1f changes/s, longest gap %.1f ms, %.1f ms in "
-        "filters per "
-        "change, %d pictures after the release\n",
+        "%s after %d filters: %.1f edits/s, %.1f changes/s, longest gap %.1f ms (longest work of "
+        "the window %.1f ms), %.1f ms in filters per change, %d pictures after the release\n",
         qPrintable(arguments[2]), static_cast<int>(arguments.size()) - 5, edits / seconds,
         changes / seconds, static_cast<double>(longestGap) / 1e6,
-        filterMilliseconds / std::max(changes, 1), changesAfterwards);
+        static_cast<double>(longestWork) / 1e6, filterMilliseconds / std::max(changes, 1),
+        changesAfterwards);
     return 0;
 }
 
@@ -152,7 +169,7 @@ public:
         QWindow* handle = front->windowHandle();
         if (!handle || !front->isVisible()) return;
         const QPointer<QWindow> pointer(handle);
-        const QPoint place(upTo(front->width() - 1), upTo(front->height() - 1));
+        const QPoint place(upTo(handle->width() - 1), upTo(handle->height() - 1));
         const auto modifiers = upTo(9) == 0 ? Qt::ControlModifier : Qt::NoModifier;
         switch (upTo(9)) {
             case 0:
@@ -171,10 +188,11 @@ public:
                 QTest::mousePress(handle, Qt::LeftButton, modifiers, place);
                 for (int step = upTo(12); step > 0; --step)
                     if (pointer)
-                        QTest::mouseMove(pointer, place + QPoint(upTo(160) - 80, upTo(60) - 30));
+                        QTest::mouseMove(pointer,
+                                         inside(pointer, upTo(160) - 80, upTo(60) - 30, place));
                 if (pointer)
                     QTest::mouseRelease(pointer, Qt::LeftButton, modifiers,
-                                        place + QPoint(upTo(90), 0));
+                                        inside(pointer, upTo(90), 0, place));
                 break;
             case 6:
                 press(handle, Qt::Key_Escape);
@@ -194,9 +212,14 @@ private:
         QTest::mousePress(handle, button, modifiers, place);
         if (handle) QTest::mouseRelease(handle, button, modifiers, place);
     }
+    static QPoint inside(const QPointer<QWindow>& handle, int right, int down, QPoint place) {
+        return {std::clamp(place.x() + right, 0, handle->width() - 1),
+                std::clamp(place.y() + down, 0, handle->height() - 1)};
+    }
     static void press(QPointer<QWindow> handle, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
-        QTest::keyPress(handle, key, modifiers);
-        if (handle) QTest::keyRelease(handle, key, modifiers);
+        // Not keyPress(): it goes on with a window that the press of Ctrl has taken away.
+        QTest::simulateEvent(handle.data(), true, key, modifiers, QString(), false);
+        if (handle) QTest::simulateEvent(handle.data(), false, key, modifiers, QString(), false);
     }
     int upTo(int most) {
         return std::uniform_int_distribution<int>(0, std::max(most, 0))(m_random);
@@ -248,12 +271,17 @@ int actAtRandom(editor::MainWindow& window, const QTemporaryDir& folder,
         if (clock.elapsed() >= end) return;
         QTimer::singleShot(3, &window, act);
         if (clock.elapsed() >= nextReport) {
-            std::printf("%5lld s  %6lld acts  %.0f MB  %d steps\n",
-                        static_cast<long long>(clock.elapsed() / 1000),
-                        static_cast<long long>(acts), megabytesInUse(),
-                        window.document().session().undoStack().count());
+            std::printf(
+                "%5lld s  %6lld acts  %.0f MB  %d steps  %d windows  %d widgets  %d objects  %d "
+                "instances\n",
+                static_cast<long long>(clock.elapsed() / 1000), static_cast<long long>(acts),
+                megabytesInUse(), window.document().session().undoStack().count(),
+                static_cast<int>(QApplication::topLevelWidgets().size()),
+                static_cast<int>(QApplication::allWidgets().size()),
+                static_cast<int>(window.findChildren<QObject*>().size()),
+                KernelStore::instance().liveObjectCount());
             std::fflush(stdout);
-            nextReport += std::max<qint64>(end / 10, 1000);
+            nextReport += std::max<qint64>(end / 20, 1000);
         }
         ++acts;
         if (!window.isVisible()) window.show();
@@ -279,9 +307,10 @@ int actAtRandom(editor::MainWindow& window, const QTemporaryDir& folder,
 }  // namespace
 
 int main(int argc, char** argv) {
+    const bool isVictim = argc > 1 && qstrcmp(argv[1], "edit") == 0;  // its parent looks for it
     QTemporaryDir folder;
     qputenv("XDG_CONFIG_HOME", folder.path().toUtf8());
-    qputenv("XDG_DATA_HOME", folder.path().toUtf8());
+    if (!isVictim) qputenv("XDG_DATA_HOME", folder.path().toUtf8());
     qInstallMessageHandler(countWarnings);
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argc, argv);
@@ -289,20 +318,28 @@ int main(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false);
     const QStringList arguments = QApplication::arguments();
     const QString what = arguments.value(1);
+    const QStringList ofTwo = {QStringLiteral("random"), QStringLiteral("kill-edits"),
+                               QStringLiteral("kill-saves"), QStringLiteral("edit")};
     if (!(what == QLatin1String("drag") && arguments.size() >= 5) &&
-        !(what == QLatin1String("random") && arguments.size() == 4)) {
+        !(ofTwo.contains(what) && arguments.size() == 4)) {
         std::fprintf(stderr,
                      "editor_trial drag FILTER SLIDER SECONDS [BEFORE...]\n"
-                     "editor_trial random SEED SECONDS\n");
+                     "editor_trial random|kill-edits|kill-saves SEED SECONDS|COUNT\n");
         return 2;
     }
     editor::applyTheme(editor::Theme::Dark);
     try {
         editor::EditorSession session(QStringLiteral(FX_PLUGIN));
+        const unsigned seed = arguments[2].toUInt();
+        if (what == QLatin1String("kill-edits"))
+            return killEdits(session, seed, arguments[3].toInt());
+        if (what == QLatin1String("kill-saves"))
+            return killSaves(session, seed, arguments[3].toInt());
         editor::MainWindow window(session);
         window.resize(1366, 768);
         window.show();
         if (!QTest::qWaitForWindowExposed(&window)) return 1;
+        if (isVictim) editForever(window, arguments[3], seed);
         return what == QLatin1String("drag") ? drag(window, folder, arguments)
                                              : actAtRandom(window, folder, arguments);
     } catch (const std::exception& error) {

@@ -39,6 +39,11 @@ TEST(PictureViews, AreWhatTheirFormulasSay) {
     ASSERT_EQ(reduced->roiHeight, 9);
     EXPECT_EQ(reducedPicture(*b, 1000)->roiWidth, 1);
     EXPECT_FALSE(differencePicture(*a, *reduced, 1)) << "sizes differ";
+    const auto scaled = scaledPicture(*b, 2, 18);  // a column stands for fifteen and a half
+    double left = sample(*b, 15, 7) / 2.0;
+    for (int x = 0; x < 15; ++x) left += sample(*b, x, 7);
+    EXPECT_NEAR(sample(*scaled, 0, 7), left / 15.5, 1);
+    EXPECT_FALSE(scaledPicture(*b, 32, 18)) << "larger";
 
     const LevelCounts levels = levelCounts(*a);
     std::uint32_t pixels = 0;

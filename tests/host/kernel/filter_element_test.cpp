@@ -57,6 +57,7 @@ TEST_F(FilterElement, RoundTripIsExact) {
         InstanceState state =
             defaultState(*HkFXKernelData::getInstance()->getDataDescriptor(kType));
         state.animated = round % 2;
+        if (round % 3) state.name = QStringLiteral("<&\"'> %1").arg(round);
         state.params[TestManipulator::Enabled].base = round % 3;
         state.params[TestManipulator::Label].base = QString::fromUtf8(texts[pick % 5]);
         state.params[TestManipulator::Size].base = ints[pick % 4];

@@ -63,7 +63,7 @@ TEST_F(FxrenderProject, RendersWhatTheSameFiltersWouldMake) {
     expectSamePictures("b/", "q/");
     run({"save", "two.fxp", "shot_####.png", "-f", "Degauss", "-f", "Degauss:Method=0"});
     EXPECT_THAT(run({"check", "two.fxp", "--set", "Degauss#2:Method=0,Threshold=1"}, 1).out,
-                HasSubstr("Threshold=1"));
+                HasSubstr("Amount (Threshold) of 1"));
     const struct {
         const char* setting;
         const char* message;

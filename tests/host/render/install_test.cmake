@@ -37,6 +37,27 @@ foreach(file bin/fxcheck share/bash-completion/completions/fxrender share/zsh/si
         message(SEND_ERROR "${file} is not installed")
     endif()
 endforeach()
+# The desktop knows the editor, its icon and its files.
+foreach(file applications/fxeditor.desktop icons/hicolor/scalable/apps/fxeditor.svg
+        mime/packages/fxeditor-project.xml metainfo/org.basicfilters.fxeditor.metainfo.xml)
+    if(NOT EXISTS ${WORK}/second/share/${file})
+        message(SEND_ERROR "share/${file} is not installed")
+    endif()
+endforeach()
+execute_process(COMMAND desktop-file-validate ${WORK}/second/share/applications/fxeditor.desktop
+    COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND appstreamcli validate --no-net --strict
+    ${WORK}/second/share/metainfo/org.basicfilters.fxeditor.metainfo.xml COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND update-mime-database ${WORK}/second/share/mime COMMAND_ERROR_IS_FATAL ANY)
+file(STRINGS ${WORK}/second/share/mime/globs types REGEX "application/x-fxeditor-project:[*][.]fxp")
+if(NOT types)
+    message(SEND_ERROR "the desktop does not know *.fxp")
+endif()
+execute_process(COMMAND ${CMAKE_COMMAND} -E env QT_QPA_PLATFORM=offscreen LANGUAGE=de LANG=de_DE.UTF-8
+    ${WORK}/second/bin/fxeditor --help OUTPUT_VARIABLE help COMMAND_ERROR_IS_FATAL ANY)
+if(NOT help MATCHES "Bildfilter|Wendet")
+    message(SEND_ERROR "the installed editor does not speak German: ${help}")
+endif()
 find_program(SCDOC scdoc)
 if(SCDOC AND NOT EXISTS ${WORK}/second/share/man/man1/fxrender.1)
     message(SEND_ERROR "the manual page is not installed")
