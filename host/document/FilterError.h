@@ -9,7 +9,10 @@ namespace document {
 /// end: it names the filter or parameter, says why, and what is valid.
 class FilterError : public std::runtime_error {
 public:
-    explicit FilterError(const QString& message) : std::runtime_error(message.toStdString()) {}
+    explicit FilterError(const QString& message)
+        : std::runtime_error(
+              // A NUL of a text that is quoted would end what() there.
+              QString(message).replace(QChar(0), QStringLiteral("\\x00")).toStdString()) {}
 };
 
 }  // namespace document

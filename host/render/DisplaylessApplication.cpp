@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "host/media/file_names.h"
+
 namespace render {
 
 namespace {
@@ -9,7 +11,7 @@ namespace {
 /// What the toolkit says about the user's desktop does not concern a renderer.
 void printToolkitMessage(QtMsgType, const QMessageLogContext&, const QString& message) {
     if (message.startsWith(QLatin1String("QStandardPaths: "))) return;
-    std::fprintf(stderr, "%s\n", qPrintable(message));
+    std::fprintf(stderr, "%s\n", media::shown(message.toStdString()).c_str());
 }
 
 }  // namespace
