@@ -6,7 +6,7 @@
 set -u
 fxrender=$1
 library=$2
-usual=2000
+usual=4000
 stride=${3:-$usual}
 all=
 [ "$stride" = $usual ] || all=1
@@ -77,8 +77,10 @@ sweep() {
         attempt "$call 0" "$result" "${@:3}"
         local number=$calls
         for ((n = 1; n <= number; n++)); do
-            for error in ENOSPC EIO EDQUOT; do
-                [ -n "$all" ] || [ $error = ENOSPC ] || [ $((RANDOM % 4)) = 0 ] || continue
+            local errors=(ENOSPC EIO EDQUOT) chosen
+            chosen=${errors[RANDOM % 3]}
+            for error in "${errors[@]}"; do
+                [ -n "$all" ] || [ $error = "$chosen" ] || continue
                 attempt "$call $n $error" "$result" "${@:3}"
             done
         done
