@@ -238,11 +238,13 @@ std::unique_ptr<MediaSink> MediaSink::open(const std::string& output, const Medi
     }
 
     if (!canBeWritten(fileName, options.depth))
-        failCreate(output, isDeep ? "pictures of 16 bits a sample are not written to files of this "
-                                    "suffix; use .png or .tif, or end the name with / for a folder"
-                                  : "pictures are not written to files of this suffix; use " +
-                                        writableSuffixes() + ", " + writableVideoSuffixes() +
-                                        " for a video, or end the name with / for a folder");
+        failCreate(output,
+                   isDeep
+                       ? "pictures of 16 bits a sample are not written to files of this "
+                         "suffix; use .png or .tif, or end the name with / for a folder"
+                       : "pictures are not written to files of this suffix; use " +
+                             writableSuffixes() + ", " + writableVideoSuffixes() +
+                             " for a video or an animation, or end the name with / for a folder");
     std::map<std::int64_t, std::string> paths;
     if (pattern) {
         for (const std::int64_t frame : frames) paths[frame] = pattern->path(frame);
@@ -251,7 +253,7 @@ std::unique_ptr<MediaSink> MediaSink::open(const std::string& output, const Medi
             failCreate(output, "one file cannot hold " + std::to_string(frames.size()) +
                                    " frames; use a numbered name such as " +
                                    shown(stemOf(fileName)) + "_####" + suffixOf(fileName) + ", " +
-                                   (isDeep ? "" : "a .tif file, ") + "or a folder");
+                                   (isDeep ? "" : "a .tif, .apng or .webp file, ") + "or a folder");
         paths[frames.front()] = output;
     }
     requireFolder(folderOf(output), options);

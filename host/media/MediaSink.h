@@ -24,11 +24,12 @@ public:
     /// A name that is a folder, ends in /, or has no suffix: a folder, one file per frame named as
     /// source.frameName() says, with the suffix of its input where that can be written, else .png;
     /// the folder is made with the first frame. A name whose file part holds #### or %04d: a
-    /// template filled with the frame number. A name with a video's suffix: a video. Any other
-    /// name: one still for one frame, or a TIFF file of one page for each of several. The suffix
-    /// decides the format. Deep pictures go to .png and .tif only, one to a file. Throws
-    /// CannotCreate when the suffix is not one that can be written, several frames would go to one
-    /// file, a file written would be one of the source's (whatever road leads to it: links,
+    /// template filled with the frame number. A name with a video's suffix, .apng or .webp: a video
+    /// or an animated picture. Any other name: one still for one frame, or a TIFF file of one page
+    /// for each of several. The suffix decides the format. Deep pictures go to .png and .tif only,
+    /// one to a file. Throws CannotCreate when the suffix is not one that can be written, several
+    /// frames would go to one file, a file written would be one of the source's (whatever road
+    /// leads to it: links,
     /// "./", case), or the folder is missing or may not be written to.
     static std::unique_ptr<MediaSink> open(const std::string& output, const MediaSource& source,
                                            const std::vector<std::int64_t>& frames,

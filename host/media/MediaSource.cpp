@@ -10,6 +10,7 @@
 
 #include "host/media/FrameTemplate.h"
 #include "host/media/MediaError.h"
+#include "host/media/animated_source.h"
 #include "host/media/file_names.h"
 #include "host/media/picture_reader.h"
 #include "host/media/video_source.h"
@@ -55,7 +56,7 @@ public:
             readPicture(place.path, place.page, range(), properties, std::move(recycled));
         if (properties && !hasPages() && properties->hasPagesBehind)
             properties->notes.push_back(
-                "only the first of several pages is read; a file of pages "
+                "only the first of several pages is read; a file of pages or an animation "
                 "can be the only input");
         return image;
     }
@@ -193,8 +194,10 @@ std::unique_ptr<MediaSource> MediaSource::open(const std::vector<std::string>& i
 
     const std::string& path = inputs.front();
     struct stat status {};
-    if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && isVideo(path))
-        return openOnlyVideo(path, options);
+    if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+        if (isVideo(path)) return openOnlyVideo(path, options);
+        if (std::unique_ptr<MediaSource> animated = openAnimated(path, options)) return animated;
+    }
     if (stat(path.c_str(), &status) == 0)
         return S_ISDIR(status.st_mode) ? openFolder(path, options) : openStills(inputs, options);
     if (errno == ENOENT)

@@ -88,18 +88,19 @@ struct WriteOptions {
 class MediaSource {
 public:
     /// Opens what the user named.
-    /// One name: an existing file (a still, frame 0; the pages of a TIFF and the pictures of a WebP
-    /// file are frames 0, 1, ...); a folder (its pictures in natural order: a2.png before a10.png,
-    /// frames 0, 1, ...; hidden files and files without a picture's suffix are left out); or a
-    /// template whose file name holds #### or %04d (frame numbers are those in the names; gaps are
-    /// allowed; # and % in the folder part mean themselves). A file that exists is never taken for
-    /// a template. An existing file that is a video, by its suffix or, where that is unknown, its
-    /// content: frames 0, 1, ... as they are shown. Several names: stills, frames 0, 1, ... in the
-    /// order given. Only names are looked at, but for the pages of a single file, and for a video,
-    /// which is read through once: a damaged picture is noticed by info() and read(). Of files with
-    /// several pages among several files the first page is read, which read() notes. Throws
-    /// MissingInput when a file or folder does not exist, may not be read, or holds no picture;
-    /// InvalidData when what is named is not a kind of input, or is a damaged video.
+    /// One name: an existing file (a still, frame 0; the pages of a TIFF and the pictures of an
+    /// animated PNG or WebP file are frames 0, 1, ...); a folder (its pictures in natural order:
+    /// a2.png before a10.png, frames 0, 1, ...; hidden files and files without a picture's suffix
+    /// are left out); or a template whose file name holds #### or %04d (frame numbers are those in
+    /// the names; gaps are allowed; # and % in the folder part mean themselves). A file that exists
+    /// is never taken for a template. An existing file that is a video, by its suffix or, where
+    /// that is unknown, its content: frames 0, 1, ... as they are shown. Several names: stills,
+    /// frames 0, 1, ... in the order given. Only names are looked at, but for the pages of a single
+    /// file, and for a video, which is read through once: a damaged picture is noticed by info()
+    /// and read(). Of files with several pages among several files the first page is read, which
+    /// read() notes. Throws MissingInput when a file or folder does not exist, may not be read, or
+    /// holds no picture; InvalidData when what is named is not a kind of input, or is a damaged
+    /// video or animation.
     static std::unique_ptr<MediaSource> open(const std::vector<std::string>& inputs,
                                              const ReadOptions& options = ReadOptions());
 
@@ -132,10 +133,11 @@ public:
     /// Returns at once, never throws; any number does.
     virtual void expect(std::int64_t) const {}
 
-    /// True when read() must be called in ascending order of frames, one call at a time (a video).
+    /// True when read() must be called in ascending order of frames, one call at a time (an
+    /// animation).
     virtual bool readsInOrder() const { return false; }
 
-    /// What the video says of itself; null when the frames are pictures.
+    /// What the video or animation says of itself; null when the frames are still pictures.
     virtual const VideoTrack* videoTrack() const { return nullptr; }
 
     /// What of the input is not in its frames, for the user, a line each.

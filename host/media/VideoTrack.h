@@ -13,7 +13,7 @@ struct Ratio {
 
 /// What the video that frames come from says about them beside their pixels.
 struct VideoTrack {
-    std::string path;
+    std::string path;                      ///< where its sound is; empty: it has none
     Ratio timeBase;                        ///< seconds of one unit of the times below
     std::vector<std::int64_t> timeStamps;  ///< when each frame is shown, from the file's start
     std::int64_t lastDuration = 0;         ///< how long the last frame is shown

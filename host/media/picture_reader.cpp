@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <limits>
 #include <new>
+#include <optional>
 #include <system_error>
 
 #include "host/media/MediaError.h"
@@ -80,24 +81,21 @@ private:
     std::size_t m_size = 0;
 };
 
-/// Runs work(decoder, file) on a page. What formats and the heap throw becomes a message that names
-/// the file.
+void requireAllowed(const std::string& path, const PictureHead& head, std::size_t fileSize) {
+    const std::string size = std::to_string(head.width) + " x " + std::to_string(head.height);
+    if (head.width < 1 || head.height < 1 || head.channels < 1 || head.channels > 4)
+        formats::refuseDamaged("its size cannot be");
+    const std::string refusal = refusalOfSize(head.width, head.height);
+    if (!refusal.empty()) fail(MediaErrorKind::InvalidData, path, refusal);
+    if (head.leastBytes > static_cast<double>(fileSize))
+        formats::refuseDamaged("the file is too short for the " + size + " pixels it claims");
+}
+
+/// What formats and the heap throw becomes a message that names the file.
 template <typename Work>
-auto withPicture(const std::string& path, int page, Work work) {
+auto namingFile(const std::string& path, Work work) {
     try {
-        thread_local Scratch scratch;
-        const Bytes file = InputFile(path).read(path, scratch);
-        const formats::Format& format = formats::recognised(file);
-        const std::unique_ptr<PictureDecoder> decoder = format.open(file, page);
-        const PictureHead& head = decoder->head();
-        const std::string size = std::to_string(head.width) + " x " + std::to_string(head.height);
-        if (head.width < 1 || head.height < 1 || head.channels < 1 || head.channels > 4)
-            formats::refuseDamaged("its size cannot be");
-        const std::string refusal = refusalOfSize(head.width, head.height);
-        if (!refusal.empty()) fail(MediaErrorKind::InvalidData, path, refusal);
-        if (head.leastBytes > static_cast<double>(file.size))
-            formats::refuseDamaged("the file is too short for the " + size + " pixels it claims");
-        return work(*decoder, format, file);
+        return work();
     } catch (const formats::FormatError& error) {
         fail(error.kind(), path, error.what());
     } catch (const std::bad_alloc&) {
@@ -118,6 +116,19 @@ auto withPicture(const std::string& path, int page, Work work) {
         fail(MediaErrorKind::InvalidData, path,
              "the picture is damaged or of a kind that is not read; copy or export it again");
     }
+}
+
+/// Runs work(decoder, format, file) on a page.
+template <typename Work>
+auto withPicture(const std::string& path, int page, Work work) {
+    return namingFile(path, [&] {
+        thread_local Scratch scratch;
+        const Bytes file = InputFile(path).read(path, scratch);
+        const formats::Format& format = formats::recognised(file);
+        const std::unique_ptr<PictureDecoder> decoder = format.open(file, page);
+        requireAllowed(path, decoder->head(), file.size);
+        return work(*decoder, format, file);
+    });
 }
 
 std::unique_ptr<HkImage> newImage(int width, int height, int channels,
@@ -285,6 +296,12 @@ std::unique_ptr<HkImage> upright(std::unique_ptr<HkImage> lying, int orientation
     return standing;
 }
 
+PictureInfo infoOf(const PictureHead& head) {
+    PictureInfo info{head.width, head.height, head.channels};
+    if (head.orientation >= 5) std::swap(info.width, info.height);
+    return info;
+}
+
 PictureProperties propertiesOf(PictureDecoder& decoder, const SampleRange& range) {
     const PictureHead& head = decoder.head();
     PictureProperties properties = decoder.properties();
@@ -300,6 +317,61 @@ PictureProperties propertiesOf(PictureDecoder& decoder, const SampleRange& range
     return properties;
 }
 
+class OpenAnimation : public PictureAnimation {
+public:
+    OpenAnimation(std::string path, std::unique_ptr<Scratch> bytes,
+                  std::unique_ptr<formats::AnimationDecoder> decoder, PictureProperties properties)
+        : m_path(std::move(path)),
+          m_bytes(std::move(bytes)),
+          m_decoder(std::move(decoder)),
+          m_properties(std::move(properties)) {}
+
+    PictureInfo info() const override { return infoOf(m_decoder->head()); }
+    std::vector<Ratio> delays() const override { return m_decoder->delays(); }
+    PictureProperties properties() const override { return m_properties; }
+
+    std::unique_ptr<HkImage> read(std::size_t number, std::unique_ptr<HkImage> recycled) override {
+        if (m_failure && number >= m_failed) throw MediaError(*m_failure);
+        if (number < m_next) {
+            m_decoder->rewind();
+            m_next = 0;
+        }
+        const PictureHead& head = m_decoder->head();
+        return namingFile(m_path, [&] {
+            const unsigned char* canvas = nullptr;
+            for (; m_next <= number; ++m_next) canvas = nextCanvas();
+            std::unique_ptr<HkImage> image =
+                newImage(head.width, head.height, head.channels, std::move(recycled));
+            const auto size = static_cast<std::size_t>(image->step);
+            for (int y = 0; y < head.height; ++y)
+                std::copy_n(canvas + size * static_cast<std::size_t>(y), size,
+                            image->data + static_cast<std::ptrdiff_t>(image->step) * y);
+            return upright(std::move(image), head.orientation);
+        });
+    }
+
+private:
+    /// What lies behind a frame that cannot be decoded cannot either.
+    const unsigned char* nextCanvas() {
+        try {
+            return m_decoder->next();
+        } catch (const formats::FormatError& error) {
+            m_failed = m_next;
+            m_failure = MediaError(error.kind(), shown(m_path) + ": frame " +
+                                                     std::to_string(m_next) + ": " + error.what());
+            throw MediaError(*m_failure);
+        }
+    }
+
+    const std::string m_path;
+    const std::unique_ptr<Scratch> m_bytes;  // of the file
+    const std::unique_ptr<formats::AnimationDecoder> m_decoder;
+    const PictureProperties m_properties;
+    std::size_t m_next = 0;  // the picture that the decoder gives next
+    std::size_t m_failed = 0;
+    std::optional<MediaError> m_failure;
+};
+
 }  // namespace
 
 bool hasPictureSuffix(const std::string& fileName) {
@@ -313,10 +385,7 @@ bool hasPictureSuffix(const std::string& fileName) {
 PictureInfo readPictureInfo(const std::string& path, int page) {
     return withPicture(path, page,
                        [](PictureDecoder& decoder, const formats::Format&, const Bytes&) {
-                           const PictureHead& head = decoder.head();
-                           PictureInfo info{head.width, head.height, head.channels};
-                           if (head.orientation >= 5) std::swap(info.width, info.height);
-                           return info;
+                           return infoOf(decoder.head());
                        });
 }
 
@@ -330,6 +399,30 @@ std::unique_ptr<HkImage> readPicture(const std::string& path, int page, const Sa
             if (properties) *properties = propertiesOf(decoder, range);
             return image;
         });
+}
+
+std::unique_ptr<PictureAnimation> PictureAnimation::open(const std::string& path) {
+    auto bytes = std::make_unique<Scratch>();
+    Bytes file;
+    const formats::Format* format = nullptr;
+    try {
+        file = InputFile(path).read(path, *bytes);
+        format = &formats::recognised(file);
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+    if (!format->openAnimation) return nullptr;
+    return namingFile(path, [&]() -> std::unique_ptr<PictureAnimation> {
+        std::unique_ptr<formats::AnimationDecoder> decoder = format->openAnimation(file);
+        if (!decoder) return nullptr;
+        requireAllowed(path, decoder->head(), file.size);
+        PictureProperties properties =
+            propertiesOf(*format->open(file, 0), SampleRange{SampleRange::Each, 0, 0});
+        properties.hasPagesBehind = false;
+        properties.notes = decoder->head().notes;
+        return std::make_unique<OpenAnimation>(path, std::move(bytes), std::move(decoder),
+                                               std::move(properties));
+    });
 }
 
 int pageCountOf(const std::string& path) {

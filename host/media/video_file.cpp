@@ -1,7 +1,9 @@
 #include "host/media/video_file.h"
 
+#include <array>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
 #include <limits>
 #include <new>
 
@@ -19,6 +21,29 @@ AVRational rational(const Ratio& ratio) {
 bool isYuv(AVPixelFormat format) {
     const AVPixFmtDescriptor& description = *av_pix_fmt_desc_get(format);
     return (description.flags & AV_PIX_FMT_FLAG_RGB) == 0 && description.nb_components >= 3;
+}
+
+/// The writer of WebP files leaves each frame to be blended over the last one. Sets in the head of
+/// each that it takes its place. False when the file cannot be read or written.
+bool replaceFrames(const std::string& path) {
+    constexpr std::uint64_t kFirst = 12, kHead = 8, kFlags = 15;
+    constexpr char kReplaces = 2;
+    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    std::array<char, kHead> head{};
+    for (std::uint64_t at = kFirst;
+         file.seekg(static_cast<std::streamoff>(at)) && file.read(head.data(), head.size());) {
+        std::uint64_t size = 0;
+        for (std::size_t i = 4; i-- > 0;)
+            size = size << 8 | static_cast<unsigned char>(head[4 + i]);
+        if (std::string(head.data(), 4) == "ANMF") {
+            file.seekp(static_cast<std::streamoff>(at + kHead + kFlags));
+            file.put(kReplaces);
+        }
+        at += kHead + size + size % 2;
+    }
+    const bool isAtEnd = file.eof();
+    file.clear();
+    return isAtEnd && file.flush();
 }
 
 }  // namespace
@@ -66,6 +91,11 @@ void VideoFile::openEncoder(int width, int height, int channels) {
         encoder->sample_aspect_ratio = rational(m_plan.pixelAspect);
     encoder->color_primaries = static_cast<AVColorPrimaries>(m_plan.primaries);
     encoder->color_trc = static_cast<AVColorTransferCharacteristic>(m_plan.transfer);
+    if (m_codec.isOfPictures()) {
+        // Tags of videos would change how a picture is shown.
+        encoder->color_primaries = AVCOL_PRI_UNSPECIFIED;
+        encoder->color_trc = AVCOL_TRC_UNSPECIFIED;
+    }
     if (isYuv(encoder->pix_fmt)) {
         encoder->color_range = AVCOL_RANGE_MPEG;
         encoder->colorspace = matrixOf(m_plan.matrix, width, height);
@@ -85,6 +115,8 @@ void VideoFile::openEncoder(int width, int height, int channels) {
         encoder->codec_tag = MKTAG('h', 'v', 'c', '1');  // the tag that every player knows
         if (std::strcmp(m_output->oformat->name, "matroska") == 0) encoder->codec_tag = 0;
     }
+    if (name == "apng") av_dict_set(&options, "pred", "mixed", 0);
+    if (name == "webp") av_dict_set(&options, "lossless", "1", 0);
     if (name == "prores") av_dict_set(&options, "profile", channels % 2 == 0 ? "4444" : "hq", 0);
     if (name == "ffv1") {
         // Slices let several threads work on a frame; a number that does not depend on the machine,
@@ -127,7 +159,19 @@ void VideoFile::begin(int width, int height, int channels) {
         throw MediaError(MediaErrorKind::CannotCreate,
                          shown(m_path) + ": the file cannot be created (" + videoReason(result) +
                              "); choose another folder");
-    result = avformat_write_header(m_output, nullptr);
+    AVDictionary* options = nullptr;
+    if (container == "apng") {
+        // Else it is shown as long as the one before it.
+        const AVRational unit = rational(m_plan.timeBase);
+        const std::string last =
+            std::to_string(m_plan.durations.back() * unit.num) + '/' + std::to_string(unit.den);
+        av_dict_set(&options, "final_delay", last.c_str(), 0);
+    }
+    // Played again and again, as animated pictures are.
+    if (container == "apng") av_dict_set(&options, "plays", "0", 0);
+    if (container == "webp") av_dict_set(&options, "loop", "0", 0);
+    result = avformat_write_header(m_output, &options);
+    av_dict_free(&options);
     if (result < 0) failWrite(result);
 }
 
@@ -183,6 +227,8 @@ void VideoFile::finish() {
     if (result >= 0) result = m_output->pb->error;
     const int closed = avio_closep(&m_output->pb);
     if (result < 0 || closed < 0) failWrite(result < 0 ? result : closed);
+    if (std::strcmp(m_codec.name, "webp") == 0 && !replaceFrames(m_file->openName()))
+        failWrite(AVERROR(EIO));
     m_file->publish();
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <limits>
 
 #include "host/media/MediaError.h"
 #include "host/media/file_names.h"
@@ -12,10 +13,12 @@ namespace media {
 namespace {
 
 // H.265 reaches the same quality at a rate factor about two steps higher.
-constexpr std::array<VideoCodec, 4> kCodecs = {{{"h264", "libx264", 18},
+constexpr std::array<VideoCodec, 6> kCodecs = {{{"h264", "libx264", 18},
                                                 {"h265", "libx265", 20},
                                                 {"prores", "prores_ks", -1},
-                                                {"ffv1", "ffv1", -1}}};
+                                                {"ffv1", "ffv1", -1},
+                                                {"apng", "apng", -1},
+                                                {"webp", "libwebp", -1}}};
 
 /// The first codec named is the one taken if the user names none.
 struct Container {
@@ -28,6 +31,8 @@ constexpr Container kContainers[] = {
     {".m4v", "mp4", {"h264", "h265"}},
     {".mov", "mov", {"prores", "h264", "h265"}},
     {".mkv", "matroska", {"ffv1", "h264", "h265", "prores"}},
+    {".apng", "apng", {"apng"}},
+    {".webp", "webp", {"webp"}},
 };
 
 const Container* containerFor(const std::string& path) {
@@ -51,13 +56,25 @@ const VideoCodec& codecNamed(const std::string& name) {
 
 bool VideoCodec::holds(int channels) const {
     const bool hasAlpha = channels == 2 || channels == 4;
-    return !hasAlpha || std::strcmp(name, "ffv1") == 0 || std::strcmp(name, "prores") == 0;
+    return !hasAlpha || std::strcmp(name, "ffv1") == 0 || std::strcmp(name, "prores") == 0 ||
+           isOfPictures();
+}
+
+bool VideoCodec::isOfPictures() const {
+    return std::strcmp(name, "apng") == 0 || std::strcmp(name, "webp") == 0;
+}
+
+int VideoCodec::largestSide() const {
+    constexpr int kOfWebp = 16383;
+    return std::strcmp(name, "webp") == 0 ? kOfWebp : std::numeric_limits<int>::max();
 }
 
 AVPixelFormat VideoCodec::pixelFormat(int width, int height, int channels) const {
     const bool hasAlpha = channels == 2 || channels == 4;
     if (std::strcmp(name, "ffv1") == 0)
         return channels == 1 ? AV_PIX_FMT_GRAY8 : hasAlpha ? AV_PIX_FMT_BGRA : AV_PIX_FMT_BGR0;
+    if (std::strcmp(name, "apng") == 0) return pictureLayout(channels).format;
+    if (std::strcmp(name, "webp") == 0) return AV_PIX_FMT_BGRA;
     if (std::strcmp(name, "prores") == 0)
         return hasAlpha ? AV_PIX_FMT_YUVA444P10 : AV_PIX_FMT_YUV422P10;
     // Half the columns or rows of an odd number are no whole number.
@@ -69,7 +86,7 @@ bool isWritableVideo(const std::string& fileName) {
 }
 
 std::string writableVideoSuffixes() {
-    return ".mp4, .mov or .mkv";
+    return ".mp4, .mov, .mkv, .apng or .webp";
 }
 
 std::vector<std::string> videoCodecNames() {

@@ -14,6 +14,8 @@ struct VideoCodec {
     int quality;          ///< constant rate factor if the user gives none; -1: it has none
 
     bool holds(int channels) const;
+    bool isOfPictures() const;  ///< its files are animated pictures, not videos
+    int largestSide() const;    ///< of the pictures that it can hold
 
     /// What pictures of this size and so many channels are converted to.
     AVPixelFormat pixelFormat(int width, int height, int channels) const;
@@ -21,7 +23,7 @@ struct VideoCodec {
 
 /// True when the file name's suffix is that of a video that can be written.
 bool isWritableVideo(const std::string& fileName);
-std::string writableVideoSuffixes();  ///< for messages: ".mp4, .mov or .mkv"
+std::string writableVideoSuffixes();  ///< for messages: ".mp4, .mov, .mkv, .apng or .webp"
 
 /// The name by which the library knows the container of this file.
 std::string containerOf(const std::string& path);

@@ -73,7 +73,7 @@ public:
         : m_path(path), m_frames(frames), m_codec(codecFor(path, options)) {
         const VideoTrack* track = source.videoTrack();
         std::unique_ptr<CompanionTracks> companions;
-        if (track) companions = takeCompanions(*track, options);
+        if (track && !track->path.empty()) companions = takeCompanions(*track, options);
         if (!track) noticeGaps();
         noticeOddSize(source);
         m_file =
@@ -96,6 +96,13 @@ public:
                                  " has an alpha channel, which the codec " + m_codec.name +
                                  " cannot hold; use a .mkv file (ffv1), a .mov file (prores) or "
                                  "pictures");
+        if (std::max(picture.width, picture.height) > m_codec.largestSide())
+            throw MediaError(MediaErrorKind::CannotCreate,
+                             shown(m_path) + ": frame " + std::to_string(frame) + " is of " +
+                                 std::to_string(picture.width) + " x " +
+                                 std::to_string(picture.height) + " pixels, the codec " +
+                                 m_codec.name + " holds " + std::to_string(m_codec.largestSide()) +
+                                 " a side at most; use an .apng file");
     }
 
     bool writesInOrder() const override { return true; }

@@ -73,6 +73,27 @@ protected:
     PictureHead m_head;
 };
 
+/// The pictures of an animated file, composited one after the other. The file's bytes outlive it.
+/// Every function throws FormatError or std::bad_alloc.
+class AnimationDecoder {
+public:
+    virtual ~AnimationDecoder() = default;
+    /// The canvas: samples are bytes, alpha is not multiplied in.
+    const PictureHead& head() const { return m_head; }
+    /// Seconds that each picture is shown, at least 0.
+    const std::vector<Ratio>& delays() const { return m_delays; }
+
+    /// Composites the picture behind the last one. The canvas has rows without gaps and lives until
+    /// the next call.
+    virtual const unsigned char* next() = 0;
+    /// The first picture is next.
+    virtual void rewind() = 0;
+
+protected:
+    PictureHead m_head;
+    std::vector<Ratio> m_delays;
+};
+
 /// Pixels to be written: rows of 8-bit samples.
 struct PictureRows {
     const unsigned char* data = nullptr;
@@ -99,6 +120,9 @@ struct Format {
                    std::vector<unsigned char>& file);
     unsigned writtenChannels;  ///< bit c - 1: pictures of c channels can be held
     int largestSide;           ///< of a picture written
+    /// Null: the format has no moving pictures. Otherwise makes the decoder of a file that holds
+    /// several, and null for another.
+    std::unique_ptr<AnimationDecoder> (*openAnimation)(const Bytes& file) = nullptr;
 };
 
 /// The format of these bytes, by what they begin with. Throws FormatError naming the formats there
@@ -108,9 +132,10 @@ const Format& recognised(const Bytes& file);
 const std::vector<Format>& all();
 
 // One function or row for each file of this folder.
-Format png();
+std::vector<Format> png();
 Format jpeg();
 Format tiff();
+std::unique_ptr<AnimationDecoder> openWebpAnimation(const Bytes& file);  ///< null: it is a still
 std::vector<Format> libraryFormats();  ///< what OpenImageIO reads and writes
 
 }  // namespace media::formats

@@ -29,7 +29,9 @@ std::size_t bytesOf(SampleType type) {
 
 const std::vector<Format>& all() {
     static const std::vector<Format> table = [] {
-        std::vector<Format> formats{png(), tiff(), jpeg()};
+        std::vector<Format> formats = png();
+        formats.push_back(tiff());
+        formats.push_back(jpeg());
         for (Format& format : libraryFormats()) formats.push_back(std::move(format));
         return formats;
     }();
@@ -39,6 +41,10 @@ const std::vector<Format>& all() {
 const Format& recognised(const Bytes& file) {
     for (const Format& format : all())
         if (format.recognises(file)) return format;
+    if (file.startsWith("GIF8", 4))
+        throw FormatError(MediaErrorKind::InvalidData,
+                          "GIF pictures are not read; convert it to an animated PNG first: "
+                          "ffmpeg -i in.gif -plays 0 out.apng");
     std::string names;
     for (const Format& format : all())
         if (names.find(format.name) == std::string::npos)

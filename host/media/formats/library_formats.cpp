@@ -37,9 +37,7 @@ constexpr char kExr[] = "openexr";
 
 class LibraryDecoder : public PictureDecoder {
 public:
-    /// What one file holds of several is pages to a format that animates, else parts of one
-    /// picture.
-    LibraryDecoder(const char* reader, const Bytes& file, double mostPerByte, int page = 0)
+    LibraryDecoder(const char* reader, const Bytes& file, double mostPerByte)
         : m_memory(file.data, file.size), m_animates(!std::strcmp(reader, kWebp)) {
         keepToOwnThread();
         m_input = OIIO::ImageInput::create(reader);
@@ -50,9 +48,7 @@ public:
             forgetReason();
             refuseDamaged("its head cannot be understood");
         }
-        if (page > 0 && !hasPart(page))
-            refuseDamaged("picture " + std::to_string(page + 1) + " cannot be found");
-        m_page = page;
+        // What one file holds of several is pictures of an animation, or parts of one picture.
         if (!m_animates && hasPart(1))
             m_head.notes.push_back("only the first of several parts is read");
         m_head.width = m_layout.width;
@@ -83,7 +79,7 @@ public:
                                     : m_head.samples == SampleType::Word ? OIIO::TypeUInt16
                                                                          : OIIO::TypeFloat;
         const auto pixel = static_cast<OIIO::stride_t>(bytesOf(m_head.samples)) * m_head.channels;
-        if (!m_input->read_image(m_page, 0, 0, m_head.channels, type, rows, pixel,
+        if (!m_input->read_image(0, 0, 0, m_head.channels, type, rows, pixel,
                                  static_cast<OIIO::stride_t>(step)) ||
             m_input->has_error()) {
             forgetReason();
@@ -101,14 +97,8 @@ public:
             const auto* bytes = static_cast<const unsigned char*>(profile->data());
             result.iccProfile.assign(bytes, bytes + profile->type().size());
         }
-        result.hasPagesBehind = m_animates && hasPart(m_page + 1);
+        result.hasPagesBehind = m_animates && hasPart(1);
         return result;
-    }
-
-    int pageCount() {
-        int count = 1;
-        while (hasPart(count)) ++count;
-        return count;
     }
 
 private:
@@ -126,7 +116,6 @@ private:
 
     OIIO::Filesystem::IOMemReader m_memory;
     const bool m_animates;
-    int m_page = 0;
     OIIO::ImageSpec m_layout;
     std::unique_ptr<OIIO::ImageInput> m_input;
 };
@@ -157,8 +146,8 @@ void encode(const PictureRows& rows, const PictureProperties& properties, const 
 }
 
 template <const char* kReader, const double& kMostPerByte>
-std::unique_ptr<PictureDecoder> open(const Bytes& file, int page) {
-    return std::make_unique<LibraryDecoder>(kReader, file, kMostPerByte, page);
+std::unique_ptr<PictureDecoder> open(const Bytes& file, int) {
+    return std::make_unique<LibraryDecoder>(kReader, file, kMostPerByte);
 }
 
 /// Kinds of BMP whose reader is sound.
@@ -211,9 +200,6 @@ std::vector<Format> libraryFormats() {
     const auto isWebp = [](const Bytes& file) {
         return file.startsWith("RIFF", 4) && file.startsWith("WEBP", 4, 8);
     };
-    const auto webpPages = [](const Bytes& file) {
-        return LibraryDecoder(kWebp, file, kAnything).pageCount();
-    };
     const auto isExr = [](const Bytes& file) { return file.startsWith("\x76\x2f\x31\x01", 4); };
     return {
         {"BMP", {".bmp"}, isBmp, openBmp, nullptr, encode<kBmp>, kNotGreyAlpha, 32768},
@@ -221,7 +207,15 @@ std::vector<Format> libraryFormats() {
         {"PNM", {".ppm"}, isPnm, open<kPnm, kStored>, nullptr, encode<kPnm>, 0b0100, 32768},
         {"PNM", {".pgm"}, isPnm, open<kPnm, kStored>, nullptr, encode<kPnm>, 0b0001, 32768},
         {"PNM", {".pbm"}, isPnm, open<kPnm, kStored>, nullptr, nullptr, 0, 0},
-        {"WebP", {".webp"}, isWebp, open<kWebp, kAnything>, webpPages, nullptr, 0, 0},
+        {"WebP",
+         {".webp"},
+         isWebp,
+         open<kWebp, kAnything>,
+         nullptr,
+         nullptr,
+         0,
+         0,
+         openWebpAnimation},
         {"OpenEXR", {".exr"}, isExr, open<kExr, kAnything>, nullptr, nullptr, 0, 0},
         // Last: it has nothing at its beginning to know it by.
         {"TGA", {".tga"}, isTarga, openTarga, nullptr, encode<kTarga>, kNotGreyAlpha, 32768},

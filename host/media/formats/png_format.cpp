@@ -93,22 +93,66 @@ constexpr Pass kWhole[] = {{0, 0, 1, 1}};
 constexpr Pass kInterlaced[] = {{0, 0, 8, 8}, {4, 0, 8, 8}, {0, 4, 4, 8}, {2, 0, 4, 4},
                                 {0, 2, 2, 4}, {1, 0, 2, 2}, {0, 1, 1, 2}};
 
+struct Chunk {
+    Bytes named;  ///< name and contents, side by side in the file
+    unsigned crc;
+
+    bool is(const char* name) const { return named.startsWith(name, 4); }
+    Bytes contents() const { return {named.data + 4, named.size - 4}; }
+    void requireWhole() const {
+        if (crc32Of(named) != crc) refuseDamaged("a checksum is wrong");
+    }
+};
+
+bool isAnimation(const Chunk& chunk) {
+    return chunk.is("acTL") && chunk.named.size == 12 && number32(chunk.contents().data) > 1;
+}
+
+/// Hands out the chunks up to the one that ends the picture, itself included.
+template <typename Take>
+void forEachChunk(const Bytes& file, Take take) {
+    for (Bytes rest = file.from(kSignatureSize);;) {
+        const std::size_t size = number32(rest.part(0, 8).data);
+        rest.part(8, size);
+        const Chunk chunk = {rest.part(4, 4 + size), number32(rest.part(8 + size, 4).data)};
+        take(chunk);
+        if (chunk.is("IEND")) return;
+        rest = rest.part(12 + size, rest.size - 12 - size);
+    }
+}
+
 class PngDecoder : public PictureDecoder {
 public:
     explicit PngDecoder(const Bytes& file) {
-        for (Bytes rest = file.from(kSignatureSize); !m_ended;) {
-            const std::size_t size = number32(rest.part(0, 8).data);
-            takeChunk(rest.part(4, 4), rest.part(8, size), number32(rest.part(8 + size, 4).data));
-            rest = rest.part(12 + size, rest.size - 12 - size);
-        }
+        forEachChunk(file, [this](const Chunk& chunk) { takeChunk(chunk); });
         if (m_pixels.empty()) refuseDamaged("it has no pixels");
         if (m_colourType == Palette && m_palette.size == 0) refuseDamaged("its palette is missing");
         describe();
     }
 
+    /// A picture of the same kind and another size, its pixels in the chunks given, each behind so
+    /// many bytes of another use.
+    PngDecoder part(int width, int height, const std::vector<Chunk>& chunks,
+                    std::size_t skipped) const {
+        PngDecoder result;
+        result.m_palette = m_palette;
+        result.m_transparency = m_transparency;
+        result.m_bits = m_bits;
+        result.m_colourType = m_colourType;
+        result.m_interlaced = m_interlaced;
+        result.m_head.width = width;
+        result.m_head.height = height;
+        result.m_chunks = chunks;
+        for (const Chunk& chunk : chunks) {
+            const Bytes contents = chunk.contents();
+            result.m_pixels.push_back(contents.part(skipped, contents.size - skipped));
+        }
+        result.describe();
+        return result;
+    }
+
     void read(unsigned char* rows, std::size_t step) override {
-        for (const Check& check : m_checks)
-            if (crc32Of(check.bytes) != check.crc) refuseDamaged("a checksum is wrong");
+        for (const Chunk& chunk : m_chunks) chunk.requireWhole();
         std::size_t rawSize = 0;
         for (const Pass& pass : passes()) rawSize += passSize(pass);
         thread_local Scratch scratch;
@@ -157,37 +201,33 @@ public:
                 result.iccProfile = inflateUpTo(m_profile.from(name + 2), kLargestProfile);
         }
         result.cameraData = cameraDataOf(m_camera);
+        result.hasPagesBehind = m_hasPicturesBehind;
         return result;
     }
 
 private:
-    struct Check {
-        Bytes bytes;  ///< name and contents of a chunk, side by side in the file
-        unsigned crc;
-    };
+    PngDecoder() = default;
 
-    void takeChunk(const Bytes& name, const Bytes& chunk, unsigned crc) {
-        m_checks.push_back({{name.data, name.size + chunk.size}, crc});
-        const auto is = [&](const char* other) { return std::memcmp(name.data, other, 4) == 0; };
-        const bool isFirst = m_checks.size() == 1;
-        if (isFirst != is("IHDR")) refuseDamaged("its head is not where it belongs");
-        if (isFirst) return takeHead(chunk);
-        if (is("IDAT")) m_pixels.push_back(chunk);
-        if (is("PLTE")) m_palette = chunk;
-        if (is("tRNS") && (m_colourType == Grey || m_colourType == Rgb || m_colourType == Palette))
-            m_transparency = chunk;
-        if (is("pHYs")) m_resolution = chunk;
-        if (is("iCCP")) m_profile = chunk;
-        if (is("eXIf")) m_camera = chunk;
-        if (is("acTL") && chunk.size == 8 && number32(chunk.data) > 1)
-            m_head.notes.push_back("only the first of several animated pictures is read");
-        m_ended = is("IEND");
+    void takeChunk(const Chunk& chunk) {
+        m_chunks.push_back(chunk);
+        const Bytes contents = chunk.contents();
+        const bool isFirst = m_chunks.size() == 1;
+        if (isFirst != chunk.is("IHDR")) refuseDamaged("its head is not where it belongs");
+        if (isFirst) return takeHead(contents);
+        if (chunk.is("IDAT")) m_pixels.push_back(contents);
+        if (chunk.is("PLTE")) m_palette = contents;
+        if (chunk.is("tRNS") &&
+            (m_colourType == Grey || m_colourType == Rgb || m_colourType == Palette))
+            m_transparency = contents;
+        if (chunk.is("pHYs")) m_resolution = contents;
+        if (chunk.is("iCCP")) m_profile = contents;
+        if (chunk.is("eXIf")) m_camera = contents;
+        m_hasPicturesBehind = m_hasPicturesBehind || isAnimation(chunk);
     }
 
     void takeHead(const Bytes& chunk) {
         if (chunk.size != 13) refuseDamaged("its head has a wrong length");
-        if (crc32Of(m_checks.front().bytes) != m_checks.front().crc)
-            refuseDamaged("a checksum is wrong");
+        m_chunks.front().requireWhole();
         const unsigned width = number32(chunk.data);
         const unsigned height = number32(chunk.data + 4);
         m_bits = chunk.data[8];
@@ -312,14 +352,228 @@ private:
         if (m_transparency.size) out[colours] = static_cast<Sample>(isTransparent ? 0 : opaque);
     }
 
-    std::vector<Check> m_checks;
+    std::vector<Chunk> m_chunks;
     std::vector<Bytes> m_pixels;
     Bytes m_palette, m_transparency, m_resolution, m_profile, m_camera;
     int m_bits = 0;
     int m_colourType = 0;
     bool m_interlaced = false;
-    bool m_ended = false;
+    bool m_hasPicturesBehind = false;
 };
+
+/// Composites the frames of an animated PNG as its specification (W3C, PNG third edition) says.
+class PngAnimation : public AnimationDecoder {
+public:
+    explicit PngAnimation(const Bytes& file) : m_still(file) {
+        forEachChunk(file, [this](const Chunk& chunk) { takeChunk(chunk); });
+        if (m_frames.size() != m_claimed) refuseDamaged("frames of its animation are missing");
+        for (const Frame& frame : m_frames)
+            if (frame.pixels.empty()) refuseDamaged("a frame of its animation has no pixels");
+        describe();
+    }
+
+    const unsigned char* next() override {
+        const auto canvasSize = static_cast<std::size_t>(m_head.width) *
+                                static_cast<std::size_t>(m_head.height) *
+                                static_cast<std::size_t>(m_head.channels);
+        if (m_next == 0)
+            m_canvas.assign(canvasSize, 0);
+        else
+            dispose(m_frames[m_next - 1]);
+        const Frame& frame = m_frames[m_next];
+        m_covered.clear();
+        if (frame.dispose == Previous && m_next > 0)
+            for (int y = 0; y < frame.height; ++y)
+                m_covered.insert(m_covered.end(), row(frame, y), row(frame, y) + rowSize(frame));
+        draw(frame);
+        ++m_next;
+        return m_canvas.data();
+    }
+
+    void rewind() override { m_next = 0; }
+
+private:
+    enum Dispose { Keep, Clear, Previous };
+    struct Frame {
+        int width, height, x, y;
+        Dispose dispose;
+        bool isBlended;
+        std::size_t skipped;  ///< bytes of each chunk before its pixels
+        std::vector<Chunk> pixels;
+    };
+
+    void takeChunk(const Chunk& chunk) {
+        const Bytes contents = chunk.contents();
+        if (chunk.is("acTL")) {
+            chunk.requireWhole();
+            m_claimed = number32(contents.part(0, 8).data);
+        } else if (chunk.is("fcTL")) {
+            chunk.requireWhole();
+            requireNext(contents);
+            takeFrame(contents.part(0, 26).data);
+        } else if (chunk.is("IDAT")) {
+            m_isStillPassed = true;
+            if (!m_frames.empty()) m_frames.front().pixels.push_back(chunk);
+        } else if (chunk.is("fdAT")) {
+            requireNext(contents);
+            if (m_frames.empty() || m_frames.back().skipped == 0)
+                refuseDamaged("a frame of its animation has no head");
+            m_frames.back().pixels.push_back(chunk);
+        }
+    }
+
+    void requireNext(const Bytes& contents) {
+        if (number32(contents.part(0, 4).data) != m_sequence++)
+            refuseDamaged("the parts of its animation are not in order");
+    }
+
+    void takeFrame(const unsigned char* bytes) {
+        const PictureHead& canvas = m_still.head();
+        const auto inside = [](unsigned size, unsigned offset, int whole) {
+            const auto most = static_cast<unsigned>(whole);
+            return size >= 1 && size <= most && offset <= most - size;
+        };
+        const unsigned width = number32(bytes + 4), height = number32(bytes + 8);
+        const unsigned x = number32(bytes + 12), y = number32(bytes + 16);
+        const bool isStill = !m_isStillPassed;  // the still picture is the first frame
+        const bool isCanvas = width == static_cast<unsigned>(canvas.width) &&
+                              height == static_cast<unsigned>(canvas.height);
+        if (!inside(width, x, canvas.width) || !inside(height, y, canvas.height) || bytes[24] > 2 ||
+            bytes[25] > 1 || (isStill && (!isCanvas || !m_frames.empty())))
+            refuseDamaged("a frame of its animation says what cannot be");
+        const std::size_t skipped = isStill ? 0 : 4;
+        m_frames.push_back({static_cast<int>(width),
+                            static_cast<int>(height),
+                            static_cast<int>(x),
+                            static_cast<int>(y),
+                            static_cast<Dispose>(bytes[24]),
+                            bytes[25] == 1,
+                            skipped,
+                            {}});
+        const int unit = bytes[22] << 8 | bytes[23];
+        m_delays.push_back({bytes[20] << 8 | bytes[21], unit == 0 ? 100 : unit});
+    }
+
+    void describe() {
+        m_head = m_still.head();
+        m_stored = m_head.channels;
+        m_isDeep = m_head.samples == SampleType::Word;
+        m_head.samples = SampleType::Byte;
+        if (m_isDeep) m_head.notes.push_back("16 bits cut to 8");
+        if (m_stored % 2 == 1 && isSeenThrough()) ++m_head.channels;
+    }
+
+    /// Whether frames without alpha leave something open: nothing is drawn yet, or a frame left its
+    /// place cleared, and the next one does not cover that.
+    bool isSeenThrough() const {
+        Frame open{};
+        open.width = m_head.width;
+        open.height = m_head.height;
+        for (const Frame& frame : m_frames) {
+            const bool covers = frame.x <= open.x && frame.y <= open.y &&
+                                frame.x + frame.width >= open.x + open.width &&
+                                frame.y + frame.height >= open.y + open.height;
+            if (open.width > 0 && !covers) return true;
+            if (frame.dispose == Keep) open.width = 0;
+            if (frame.dispose == Clear)
+                open = {frame.width, frame.height, frame.x, frame.y, Keep, false, 0, {}};
+        }
+        return false;
+    }
+
+    std::size_t rowSize(const Frame& frame) const {
+        return static_cast<std::size_t>(frame.width) * static_cast<std::size_t>(m_head.channels);
+    }
+    unsigned char* row(const Frame& frame, int y) {
+        return m_canvas.data() +
+               (static_cast<std::size_t>(frame.y + y) * static_cast<std::size_t>(m_head.width) +
+                static_cast<std::size_t>(frame.x)) *
+                   static_cast<std::size_t>(m_head.channels);
+    }
+
+    void dispose(const Frame& frame) {
+        if (frame.dispose == Keep) return;
+        const std::size_t size = rowSize(frame);
+        for (int y = 0; y < frame.height; ++y)
+            if (m_covered.empty())
+                std::memset(row(frame, y), 0, size);
+            else
+                std::memcpy(row(frame, y), m_covered.data() + size * static_cast<std::size_t>(y),
+                            size);
+    }
+
+    void draw(const Frame& frame) {
+        PngDecoder decoder = m_still.part(frame.width, frame.height, frame.pixels, frame.skipped);
+        std::size_t bytes = 0;
+        for (const Chunk& chunk : frame.pixels) bytes += chunk.named.size;
+        if (decoder.head().leastBytes > static_cast<double>(bytes))
+            refuseDamaged("a frame of its animation is too short for the pixels it claims");
+        const std::size_t samples =
+            static_cast<std::size_t>(frame.width) * static_cast<std::size_t>(m_stored);
+        const std::size_t step = samples * (m_isDeep ? 2 : 1);
+        m_drawn.resize(step * static_cast<std::size_t>(frame.height));
+        decoder.read(m_drawn.data(), step);
+        for (int y = 0; y < frame.height; ++y) {
+            unsigned char* drawn = m_drawn.data() + step * static_cast<std::size_t>(y);
+            if (m_isDeep) cutToBytes(drawn, samples);
+            drawRow(drawn, frame, row(frame, y));
+        }
+    }
+
+    static void cutToBytes(unsigned char* samples, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            unsigned short deep;
+            std::memcpy(&deep, samples + 2 * i, 2);
+            samples[i] = static_cast<unsigned char>((deep + 128u) / 257);
+        }
+    }
+
+    void drawRow(const unsigned char* in, const Frame& frame, unsigned char* out) const {
+        const int channels = m_head.channels;
+        const int colours = (channels - 1) / 2 * 2 + 1;
+        for (int x = 0; x < frame.width; ++x, in += m_stored, out += channels) {
+            const unsigned alpha = m_stored % 2 == 1 ? 255 : in[m_stored - 1];
+            if (channels == colours || !frame.isBlended || alpha == 255) {
+                std::copy_n(in, colours, out);
+                if (channels > colours) out[colours] = static_cast<unsigned char>(alpha);
+            } else if (alpha > 0) {
+                blend(in, alpha, colours, out);
+            }
+        }
+    }
+
+    /// The operator "over" on colours that are not multiplied by alpha, rounded once.
+    static void blend(const unsigned char* in, unsigned alpha, int colours, unsigned char* out) {
+        const unsigned below = out[colours] * (255 - alpha);
+        const unsigned whole = alpha * 255 + below;
+        for (int c = 0; c < colours; ++c)
+            out[c] = static_cast<unsigned char>((in[c] * alpha * 255 + out[c] * below + whole / 2) /
+                                                whole);
+        out[colours] = static_cast<unsigned char>((whole + 127) / 255);
+    }
+
+    const PngDecoder m_still;
+    std::vector<Frame> m_frames;
+    unsigned m_claimed = 0;
+    unsigned m_sequence = 0;
+    bool m_isStillPassed = false;
+    int m_stored = 0;  // channels of a frame as it is decoded
+    bool m_isDeep = false;
+    std::size_t m_next = 0;
+    std::vector<unsigned char> m_canvas;   // with the last picture
+    std::vector<unsigned char> m_covered;  // what the last frame is to give back
+    std::vector<unsigned char> m_drawn;
+};
+
+std::unique_ptr<AnimationDecoder> openAnimation(const Bytes& file) {
+    bool moves = false;
+    try {
+        forEachChunk(file, [&](const Chunk& chunk) { moves = moves || isAnimation(chunk); });
+    } catch (const FormatError&) {
+        if (!moves) return nullptr;  // a damaged still picture says so when it is read
+    }
+    return moves ? std::make_unique<PngAnimation>(file) : nullptr;
+}
 
 void put32(unsigned value, std::vector<unsigned char>& out) {
     for (int shift = 24; shift >= 0; shift -= 8)
@@ -444,17 +698,22 @@ void encodePng(const PictureRows& rows, const PictureProperties& properties,
 
 }  // namespace
 
-Format png() {
-    return {"PNG",
-            {".png"},
-            [](const Bytes& file) { return file.startsWith(kSignature, kSignatureSize); },
-            [](const Bytes& file, int) -> std::unique_ptr<PictureDecoder> {
-                return std::make_unique<PngDecoder>(file);
-            },
-            nullptr,
-            encodePng,
-            0b1111,
-            32768};
+std::vector<Format> png() {
+    Format still = {"PNG",
+                    {".png"},
+                    [](const Bytes& file) { return file.startsWith(kSignature, kSignatureSize); },
+                    [](const Bytes& file, int) -> std::unique_ptr<PictureDecoder> {
+                        return std::make_unique<PngDecoder>(file);
+                    },
+                    nullptr,
+                    encodePng,
+                    0b1111,
+                    32768,
+                    openAnimation};
+    Format animated = still;
+    animated.suffixes = {".apng"};
+    animated.encode = nullptr;  // stills have the other suffix
+    return {still, animated};
 }
 
 }  // namespace media::formats

@@ -566,6 +566,7 @@ TEST_F(Media, FilesThatClaimWhatCannotBeAreRefusedBeforeMemoryIsTaken) {
     writeBytes("rle4.bmp",
                "BM\0\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\4\0\0\0\4\0\0\0\1\0\4\0\2\0\0\0"s +
                    std::string(60, '\0'));
+    writeBytes("text.png", std::string(40, '-'));
     writeBytes("anim.gif", "GIF89a" + std::string(40, '\0'));
     const std::pair<const char*, const char*> rows[] = {
         {"claim.tif", "too short for the 16384 x 16384"},
@@ -573,7 +574,8 @@ TEST_F(Media, FilesThatClaimWhatCannotBeAreRefusedBeforeMemoryIsTaken) {
         {"map.tga", "colour map"},
         {"16.bmp", "16 bits"},
         {"rle4.bmp", "compression 2"},
-        {"anim.gif", "no picture that can be read (PNG, TIFF, JPEG"}};
+        {"anim.gif", "convert it to an animated PNG"},
+        {"text.png", "no picture that can be read (PNG, TIFF, JPEG"}};
     for (const auto& [name, reason] : rows)
         EXPECT_THAT(errorOf(kInvalid, [&, &file = name] { readOnly(in(file)); }),
                     AllOf(HasSubstr(reason), HasSubstr("; c")));

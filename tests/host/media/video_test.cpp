@@ -2,6 +2,10 @@
 // taken for which one it is.
 #include "tests/host/media/video_maker.h"
 
+extern "C" {
+#include <libavutil/crc.h>
+}
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -179,6 +183,281 @@ TEST_F(Video, AnimatedPicturesAreFramesAndAVideoTakesNoRange) {
     EXPECT_THAT(
         errorOf(MediaErrorKind::InvalidData, [&] { MediaSource::open({in("v.mp4")}, options); }),
         HasSubstr("--range is for pictures"));
+}
+
+/// A frame of an animated PNG as its chunks say it.
+struct MovingPart {
+    int x, y;
+    std::unique_ptr<HkImage> image;
+    int delay, unit;
+    int dispose, blend;
+};
+
+void put(Bytes& out, unsigned value, int bytes = 4) {
+    while (bytes-- > 0) out.push_back(static_cast<unsigned char>(value >> 8 * bytes));
+}
+
+void putChunk(Bytes& out, const std::string& name, const Bytes& contents) {
+    put(out, static_cast<unsigned>(contents.size()));
+    Bytes named(name.begin(), name.end());
+    named.insert(named.end(), contents.begin(), contents.end());
+    out.insert(out.end(), named.begin(), named.end());
+    const AVCRC* table = av_crc_get_table(AV_CRC_32_IEEE_LE);
+    put(out, ~av_crc(table, 0xffffffff, named.data(), named.size()));
+}
+
+class AnimatedPicture : public Video {
+protected:
+    /// The stream of pixels of a picture, by the PNG writer.
+    Bytes pixelStream(const HkImage& image) {
+        MediaSink::open(in("part.png"), *pictures(1), {0})->write(0, image);
+        const Bytes file = bytesOf("part.png");
+        Bytes stream;
+        for (std::size_t at = 8; at < file.size();) {
+            const std::size_t size = static_cast<std::size_t>(file[at + 2]) << 8 | file[at + 3];
+            if (std::equal(&file[at + 4], &file[at + 8], "IDAT"))
+                stream.insert(stream.end(), &file[at + 8], &file[at + 8] + size);
+            at += 12 + size;
+        }
+        return stream;
+    }
+
+    Bytes animation(int width, int height, const std::vector<MovingPart>& parts,
+                    const HkImage* stillOutside) {
+        Bytes file = {0x89, 'P', 'N', 'G', 13, 10, 26, 10};
+        Bytes head;
+        put(head, static_cast<unsigned>(width));
+        put(head, static_cast<unsigned>(height));
+        const int channels = parts[0].image->channels;
+        put(head, 8u << 8 | (channels == 4 ? 6 : 2), 2);
+        put(head, 0, 3);
+        putChunk(file, "IHDR", head);
+        Bytes control;
+        put(control, static_cast<unsigned>(parts.size()));
+        put(control, 0);
+        putChunk(file, "acTL", control);
+        if (stillOutside) putChunk(file, "IDAT", pixelStream(*stillOutside));
+        unsigned sequence = 0;
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            const MovingPart& part = parts[i];
+            Bytes frame;
+            for (const int value : {static_cast<int>(sequence++), part.image->width,
+                                    part.image->height, part.x, part.y})
+                put(frame, static_cast<unsigned>(value));
+            put(frame, static_cast<unsigned>(part.delay), 2);
+            put(frame, static_cast<unsigned>(part.unit), 2);
+            put(frame, static_cast<unsigned>(part.dispose << 8 | part.blend), 2);
+            putChunk(file, "fcTL", frame);
+            Bytes stream = pixelStream(*part.image);
+            if (i == 0 && !stillOutside) {
+                putChunk(file, "IDAT", stream);
+                continue;
+            }
+            Bytes numbered;  // in two chunks
+            const auto half = static_cast<std::ptrdiff_t>(stream.size() / 2);
+            put(numbered, sequence++);
+            numbered.insert(numbered.end(), stream.begin(), stream.begin() + half);
+            putChunk(file, "fdAT", numbered);
+            numbered.clear();
+            put(numbered, sequence++);
+            numbered.insert(numbered.end(), stream.begin() + half, stream.end());
+            putChunk(file, "fdAT", numbered);
+        }
+        putChunk(file, "IEND", {});
+        return file;
+    }
+
+    /// Twelve frames of all kinds: in part transparent, in part of the canvas.
+    std::vector<MovingPart> parts(int width, int height, int channels, bool firstIsWhole) {
+        std::vector<MovingPart> result;
+        std::minstd_rand random(static_cast<unsigned>(channels));
+        const auto below = [&](int limit) { return static_cast<int>(random() >> 8) % limit; };
+        const int units[] = {100, 0, 30, 1000};
+        for (int i = 0; i < 12; ++i) {
+            const bool isWhole = i == 0 && firstIsWhole;
+            const int x = isWhole ? 0 : below(width), y = isWhole ? 0 : below(height);
+            auto image = noise(isWhole ? width : 1 + below(width - x),
+                               isWhole ? height : 1 + below(height - y), channels,
+                               static_cast<unsigned>(i + 1));
+            if (channels == 4)
+                for (int row = 0; row < image->height; ++row)
+                    for (int column = 0; column < image->width; ++column) {
+                        unsigned char& alpha = image->data[row * image->step + 4 * column + 3];
+                        if (alpha % 3 < 2) alpha = alpha % 3 == 0 ? 0 : 255;
+                    }
+            result.push_back(
+                {x, y, std::move(image), 1 + below(9), units[i % 4], i % 3, i / 3 % 2});
+        }
+        return result;
+    }
+};
+
+/// What the format's specification says, in real numbers: pictures of red, green, blue, alpha.
+std::vector<std::vector<double>> composited(int width, int height,
+                                            const std::vector<MovingPart>& parts) {
+    std::vector<double> canvas(static_cast<std::size_t>(4 * width * height), 0.0);
+    std::vector<std::vector<double>> result;
+    for (const MovingPart& part : parts) {
+        const std::vector<double> before = canvas;
+        const auto eachPixel = [&](auto action) {
+            for (int y = 0; y < part.image->height; ++y)
+                for (int x = 0; x < part.image->width; ++x)
+                    action(static_cast<std::size_t>(4 * ((part.y + y) * width + part.x + x)),
+                           part.image->data + y * part.image->step + x * part.image->channels);
+        };
+        eachPixel([&](std::size_t at, const unsigned char* pixel) {
+            const double alpha = part.image->channels == 4 ? pixel[3] / 255.0 : 1;
+            const double under = part.blend == 1 ? canvas[at + 3] / 255 * (1 - alpha) : 0;
+            const bool isKept = part.blend == 1 && alpha == 0;
+            const auto rounded = [](double value) { return std::floor(value + 0.5 + 1e-9); };
+            for (std::size_t c = 0; c < 3 && !isKept; ++c)
+                canvas[at + c] =
+                    alpha + under == 0
+                        ? pixel[c]
+                        : rounded((pixel[c] * alpha + canvas[at + c] * under) / (alpha + under));
+            canvas[at + 3] = rounded(255 * (alpha + under));
+        });
+        result.push_back(canvas);
+        if (part.dispose == 1 || (part.dispose == 2 && result.size() == 1))
+            eachPixel([&](std::size_t at, const unsigned char*) {
+                std::fill_n(canvas.begin() + static_cast<std::ptrdiff_t>(at), 4, 0.0);
+            });
+        else if (part.dispose == 2)
+            canvas = before;
+    }
+    return result;
+}
+
+TEST_F(AnimatedPicture, FramesAreCompositedAsSpecified) {
+    constexpr int kWidth = 37, kHeight = 23;
+    const auto outside = noise(kWidth, kHeight, 4, 99);
+    for (const int channels : {3, 4})
+        for (const bool isStillOutside : {false, true}) {
+            if (channels == 3 && isStillOutside) continue;
+            SCOPED_TRACE(channels * 10 + isStillOutside);
+            const auto moving = parts(kWidth, kHeight, channels, !isStillOutside);
+            writeBytes("a.png", animation(kWidth, kHeight, moving,
+                                          isStillOutside ? outside.get() : nullptr));
+            const auto source = MediaSource::open({in("a.png")});
+            const auto expected = composited(kWidth, kHeight, moving);
+            ASSERT_EQ(source->frames().size(), expected.size());
+            for (const std::int64_t frame : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 4, 9, 0}) {
+                const auto image = source->read(frame);
+                ASSERT_EQ(image->channels, 4) << "a frame is cleared";
+                const Bytes seen = pixels(*image);
+                const auto& wanted = expected[static_cast<std::size_t>(frame)];
+                ASSERT_TRUE(std::equal(seen.begin(), seen.end(), wanted.begin(), wanted.end()))
+                    << frame;
+            }
+            double time = 0;
+            const VideoTrack& track = *source->videoTrack();
+            for (std::size_t i = 0; i < moving.size(); ++i) {
+                EXPECT_NEAR(static_cast<double>(track.timeStamps[i]) / track.timeBase.denominator,
+                            time, 1e-9);
+                time += static_cast<double>(moving[i].delay) /
+                        (moving[i].unit == 0 ? 100 : moving[i].unit);
+            }
+        }
+}
+
+TEST_F(AnimatedPicture, IsWrittenWithoutLossAndWithItsTimes) {
+    for (const int channels : {1, 2, 3, 4})
+        for (const char* name : {"out.apng", "out.webp"}) {
+            SCOPED_TRACE(name + std::to_string(channels));
+            const std::string suffix = fs::path(name).extension();
+            std::vector<MovingPart> moving = parts(40, 30, 3, true);
+            for (MovingPart& part : moving) part.unit = 1000, part.delay *= 10;
+            writeBytes("in.png", animation(40, 30, moving, nullptr));
+            const auto source = MediaSource::open({in("in.png")});
+            std::vector<std::unique_ptr<HkImage>> drawn;
+            const auto sink = MediaSink::open(in(name), *source, source->frames());
+            for (const std::int64_t frame : source->frames()) {
+                drawn.push_back(noise(40, 30, channels, static_cast<unsigned>(frame / 2)));
+                if (channels % 2 == 0)  // the colour of what cannot be seen is not kept by WebP
+                    for (int i = channels - 1; i < 40 * 30 * channels; i += channels)
+                        drawn.back()->data[i] |= 1;
+                sink->write(frame, *drawn.back());
+            }
+            sink->finish();
+            EXPECT_THAT(names(), testing::Not(testing::Contains(HasSubstr(".part-"))));
+            const auto result = MediaSource::open({in(name)});
+            ASSERT_EQ(result->frames(), source->frames());
+            const VideoTrack &from = *source->videoTrack(), &to = *result->videoTrack();
+            EXPECT_EQ(to.timeStamps, from.timeStamps);
+            EXPECT_EQ(to.lastDuration, from.lastDuration);
+            for (std::size_t i = 0; i < drawn.size(); ++i) {
+                const auto image = result->read(static_cast<std::int64_t>(i));
+                const int colours = channels < 3 ? 1 : 3;
+                for (int y = 0; y < 30; ++y)
+                    for (int x = 0; x < 40; ++x) {
+                        const unsigned char* in =
+                            &drawn[i]->data[y * drawn[i]->step + x * channels];
+                        const unsigned char* out =
+                            &image->data[y * image->step + x * image->channels];
+                        const int held = image->channels < 3 ? 1 : 3;
+                        for (int c = 0; c < held; ++c)
+                            ASSERT_EQ(out[c], in[std::min(c, colours - 1)]) << i;
+                        ASSERT_EQ(image->channels % 2, channels % 2);
+                        if (channels % 2 == 0) {
+                            ASSERT_EQ(out[held], in[colours]) << i;
+                        }
+                    }
+            }
+            // One frame is a still picture.
+            const auto single = MediaSink::open(in("one" + suffix), *source, {3});
+            single->write(3, *drawn[3]);
+            single->finish();
+            EXPECT_EQ(MediaSource::open({in("one" + suffix)})->frames().size(), 1u);
+        }
+}
+
+TEST_F(AnimatedPicture, DamageIsSaidAndCostsNothing) {
+    const auto readAll = [&](const std::string& name) {
+        return errorOf(MediaErrorKind::InvalidData, [&] {
+            const auto source = MediaSource::open({in(name)});
+            for (const std::int64_t frame : source->frames()) source->read(frame);
+        });
+    };
+    const auto moving = parts(40, 30, 4, true);
+    const Bytes whole = animation(40, 30, moving, nullptr);
+    writeBytes("in.png", whole);
+    const auto source = MediaSource::open({in("in.png")});
+    pass(*source, *MediaSink::open(in("in.webp"), *source, source->frames()), source->frames());
+    for (const char* name : {"in.png", "in.webp"}) {
+        const Bytes file = bytesOf(name);
+        for (std::size_t size = 40; size < file.size(); size += 97) {
+            writeBytes(name, Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size)));
+            EXPECT_THAT(readAll(name), HasSubstr("damaged or cut short")) << name << size;
+        }
+    }
+    Bytes changed = whole;
+    changed[whole.size() - 40] ^= 1;  // in the last frame's pixels
+    writeBytes("bits.png", changed);
+    EXPECT_THAT(readAll("bits.png"), HasSubstr("frame 11: the picture is damaged"));
+    const Bytes last = animation(40, 30, moving, nullptr);
+    changed = last;
+    changed[8 + 25 + 8 + 3] = 13;  // one frame more than there is, its checksum made right again
+    Bytes control;
+    put(control, 13);
+    put(control, 0);
+    Bytes chunk;
+    putChunk(chunk, "acTL", control);
+    std::copy(chunk.begin(), chunk.end(), changed.begin() + 33);
+    writeBytes("count.png", changed);
+    EXPECT_THAT(readAll("count.png"), HasSubstr("frames of its animation are missing"));
+    // A canvas of a gigabyte in a file of some kilobytes.
+    Bytes head;
+    put(head, 16384);
+    put(head, 16384);
+    put(head, 0x0806, 2);
+    put(head, 0, 3);
+    chunk.clear();
+    putChunk(chunk, "IHDR", head);
+    const HkImage still(40, 30, 4, nullptr, 4);
+    changed = animation(40, 30, moving, &still);
+    std::copy(chunk.begin(), chunk.end(), changed.begin() + 8);
+    writeBytes("claim.png", changed);
+    EXPECT_THAT(readAll("claim.png"), HasSubstr("too short for the 16384 x 16384"));
 }
 
 TEST_F(Video, TimesAndSoundSurviveARender) {
@@ -545,7 +824,7 @@ TEST_F(Video, OptionsThatDoNotFitAreRefused) {
     EXPECT_THAT(refused("a.mkv", video), HasSubstr("ffv1"));
     EXPECT_THAT(refused("no/a.mkv", VideoOptions()), HasSubstr("no such folder"));
     fs::copy_file(in("pictures/0.pgm"), in("pictures/v.mp4"));
-    EXPECT_THAT(refused("a_##.mp4", VideoOptions()), HasSubstr(".mp4, .mov or .mkv"));
+    EXPECT_THAT(refused("a_##.mp4", VideoOptions()), HasSubstr(".mp4, .mov, .mkv, .apng or .webp"));
     Ratio rate;
     for (const char* wrong : {"0", "-1", "x", "", "25/0", "2000", "ntsc"})
         EXPECT_FALSE(parseFrameRate(wrong, rate)) << wrong;
