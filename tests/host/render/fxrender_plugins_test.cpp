@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <QFile>
+#include <chrono>
 
 #include "tests/host/render/Program.h"
 
@@ -142,8 +143,11 @@ TEST_F(FxrenderPlugins, StopWhenTheirStarterIsStopped) {
     const Arguments arguments = {FXRENDER, "apply", "shot_####.png", "-o", "out/",     "-f",
                                  "First",  "-q",    "--jobs",        "1",  "--plugin", plugin};
     RunningProgram program(arguments, folder());
-    while (!QFile::exists(path("out/" + shot(1)))) usleep(1000);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(2);
+    while (!QFile::exists(path("out/" + shot(1))) && std::chrono::steady_clock::now() < deadline)
+        usleep(1000);
     program.send(SIGTERM);
-    EXPECT_EQ(program.wait().exitCode, 143);
+    const ProgramResult result = program.wait();
+    EXPECT_EQ(result.exitCode, 143) << result.err;
     EXPECT_FALSE(QFile::exists(path("out/" + shot(59))));
 }
