@@ -32,11 +32,6 @@ int become(const Arguments& commandLine) {
     for (const std::string& argument : commandLine)
         argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
-#ifdef __SANITIZE_THREAD__
-    // System libraries start threads while they are loaded. A program that then gives a plug-in a
-    // process of its own would be refused threads there.
-    qputenv("TSAN_OPTIONS", qgetenv("TSAN_OPTIONS") + ":die_after_fork=0");
-#endif
     execv(argv[0], argv.data());
     return 127;
 }
