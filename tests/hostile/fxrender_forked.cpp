@@ -1,9 +1,9 @@
 // fxrender for hostile.py, thousands of times: each run is forked off this process, as loading the
 // libraries takes longer than what is tried.
 //
-// A line of standard input is a run: the folder it is to work in, the file for its messages, and its
-// arguments, with tabs between them. Standard output gets a line for each: the exit code, or minus
-// the signal that killed it, and the seconds of processor time.
+// A line of standard input is a run: the folder it is to work in, the file for its messages, and
+// its arguments, with tabs between them. Standard output gets a line for each: the exit code, or
+// minus the signal that killed it, and the seconds of processor time.
 
 #include <fcntl.h>
 #include <signal.h>
