@@ -361,7 +361,7 @@ private:
     bool m_hasPicturesBehind = false;
 };
 
-/// Composites the frames of an animated PNG as its specification (W3C, PNG third edition) says.
+/// Composites the frames of an animated PNG as the W3C's PNG, third edition, says.
 class PngAnimation : public AnimationDecoder {
 public:
     explicit PngAnimation(const Bytes& file) : m_still(file) {

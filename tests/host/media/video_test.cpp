@@ -292,7 +292,7 @@ protected:
     }
 };
 
-/// What the format's specification says, in real numbers: pictures of red, green, blue, alpha.
+/// What the format's standard says, in real numbers: pictures of red, green, blue, alpha.
 std::vector<std::vector<double>> composited(int width, int height,
                                             const std::vector<MovingPart>& parts) {
     std::vector<double> canvas(static_cast<std::size_t>(4 * width * height), 0.0);
