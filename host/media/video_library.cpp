@@ -131,9 +131,34 @@ AVColorSpace matrixOf(int tagged, int width, int height) {
                                                                              : AVCOL_SPC_SMPTE170M;
 }
 
-void PixelConverter::convert(const Layout& from, const std::uint8_t* const* planes,
-                             const int* steps, const Layout& to, std::uint8_t* const* outPlanes,
-                             const int* outSteps, int width, int height) {
+void PixelConverter::toPicture(const Layout& from, const std::uint8_t* const* planes,
+                               const int* steps, HkImage& picture) {
+    const AVFrame& room = roomy(picture);
+    scale(from, planes, steps, pictureLayout(picture.channels), room.data, room.linesize,
+          room.width, room.height);
+    av_image_copy_plane(picture.data, picture.step, room.data[0], room.linesize[0],
+                        room.width * picture.channels, room.height);
+}
+
+void PixelConverter::fromPicture(const HkImage& picture, const Layout& to, AVFrame& frame) {
+    const AVFrame& room = roomy(picture);
+    av_image_copy_plane(room.data[0], room.linesize[0], picture.data, picture.step,
+                        room.width * picture.channels, room.height);
+    scale(pictureLayout(picture.channels), room.data, room.linesize, to, frame.data, frame.linesize,
+          room.width, room.height);
+}
+
+AVFrame& PixelConverter::roomy(const HkImage& picture) {
+    const AVPixelFormat format = pictureLayout(picture.channels).format;
+    if (!m_roomy || m_roomy->format != format || m_roomy->width != picture.roiWidth ||
+        m_roomy->height != picture.roiHeight)
+        m_roomy = newAvFrame(format, picture.roiWidth, picture.roiHeight);
+    return *m_roomy;
+}
+
+void PixelConverter::scale(const Layout& from, const std::uint8_t* const* planes, const int* steps,
+                           const Layout& to, std::uint8_t* const* outPlanes, const int* outSteps,
+                           int width, int height) {
     const bool isReady =
         m_scaler && from == m_from && to == m_to && width == m_width && height == m_height;
     if (!isReady) {
@@ -152,6 +177,16 @@ void PixelConverter::convert(const Layout& from, const std::uint8_t* const* plan
         m_height = height;
     }
     sws_scale(m_scaler.get(), planes, steps, 0, height, outPlanes, outSteps);
+}
+
+AvOwned<AVFrame> newAvFrame(AVPixelFormat format, int width, int height) {
+    AvOwned<AVFrame> frame(av_frame_alloc());
+    if (!frame) throw std::bad_alloc();
+    frame->format = format;
+    frame->width = width;
+    frame->height = height;
+    if (av_frame_get_buffer(frame.get(), 0) < 0) throw std::bad_alloc();
+    return frame;
 }
 
 PixelConverter::Layout pictureLayout(int channels) {

@@ -3,6 +3,7 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include <libavutil/imgutils.h>
 #include <libavutil/parseutils.h>
 #include <libavutil/pixdesc.h>
 #include <libswscale/swscale.h>
@@ -11,6 +12,8 @@ extern "C" {
 #include <cstdint>
 #include <memory>
 #include <string>
+
+#include "framework/contract/ImageProcessor/HkImage.h"
 
 namespace media {
 
@@ -67,7 +70,8 @@ int decoderComplaints();
 /// The matrix between YUV and RGB: as tagged, else BT.709 for high definition and BT.601 below.
 AVColorSpace matrixOf(int tagged, int width, int height);
 
-/// Converts pictures of one size; one thread at a time.
+/// Converts pictures of one size; one thread at a time. The scaler reads and writes whole vectors,
+/// past the end of rows: a picture without room there goes through one that has it.
 class PixelConverter {
 public:
     struct Layout {
@@ -81,17 +85,29 @@ public:
         }
     };
 
-    /// Throws std::bad_alloc when the library grants no converter.
-    void convert(const Layout& from, const std::uint8_t* const* planes, const int* steps,
-                 const Layout& to, std::uint8_t* const* outPlanes, const int* outSteps, int width,
-                 int height);
+    /// Fills the region of the picture from planes that libav made. Throws std::bad_alloc when the
+    /// library grants no converter.
+    void toPicture(const Layout& from, const std::uint8_t* const* planes, const int* steps,
+                   HkImage& picture);
+
+    /// Fills a frame that libav made from the region of a picture of its size; throws likewise.
+    void fromPicture(const HkImage& picture, const Layout& to, AVFrame& frame);
 
 private:
+    void scale(const Layout& from, const std::uint8_t* const* planes, const int* steps,
+               const Layout& to, std::uint8_t* const* outPlanes, const int* outSteps, int width,
+               int height);
+    AVFrame& roomy(const HkImage& picture);
+
     AvOwned<SwsContext> m_scaler;
+    AvOwned<AVFrame> m_roomy;  // the picture with room past its rows
     Layout m_from, m_to;
     int m_width = 0;
     int m_height = 0;
 };
+
+/// A frame with room for a picture, its samples undefined. Throws std::bad_alloc.
+AvOwned<AVFrame> newAvFrame(AVPixelFormat format, int width, int height);
 
 /// The layout of a picture of so many channels.
 PixelConverter::Layout pictureLayout(int channels);

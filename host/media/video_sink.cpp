@@ -209,19 +209,11 @@ private:
     void convert(const HkImage& image) {
         const PixelConverter::Layout layout = m_file->layout();
         if (!m_picture || av_frame_is_writable(m_picture.get()) == 0) {
-            m_picture.reset(av_frame_alloc());
-            if (!m_picture) throw std::bad_alloc();
-            m_picture->width = image.roiWidth;
-            m_picture->height = image.roiHeight;
-            m_picture->format = layout.format;
-            if (av_frame_get_buffer(m_picture.get(), 0) < 0) throw std::bad_alloc();
+            m_picture = newAvFrame(layout.format, image.roiWidth, image.roiHeight);
             m_picture->colorspace = layout.matrix;
             m_picture->color_range = layout.isFullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
         }
-        const std::uint8_t* planes[4] = {image.data, nullptr, nullptr, nullptr};
-        const int steps[4] = {image.step, 0, 0, 0};
-        m_converter.convert(pictureLayout(image.channels), planes, steps, layout, m_picture->data,
-                            m_picture->linesize, image.roiWidth, image.roiHeight);
+        m_converter.fromPicture(image, layout, *m_picture);
     }
 
     const std::string m_path;

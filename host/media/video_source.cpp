@@ -458,10 +458,7 @@ private:
         const PixelConverter::Layout layout = {static_cast<AVPixelFormat>(frame.EncodedPixelFormat),
                                                matrixOf(frame.ColorSpace, m_width, m_height),
                                                isFullRange};
-        std::uint8_t* planes[4] = {image->data, nullptr, nullptr, nullptr};
-        const int steps[4] = {image->step, 0, 0, 0};
-        m_converter.convert(layout, frame.Data, frame.Linesize, pictureLayout(m_info.channels),
-                            planes, steps, m_width, m_height);
+        m_converter.toPicture(layout, frame.Data, frame.Linesize, *image);
         if (channelsOf(frame.EncodedPixelFormat) <= 2 && frame.ColorRange == FFMS_CR_MPEG)
             spreadGrey(*image);
         return image;
