@@ -16,11 +16,12 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Runs `program` in a child process, and returns the number that it gave there. It must not
-/// throw. Signals that ask this process to stop go on to the child, which does not outlive it.
-/// Throws PluginEndedProgram when the child ended by itself after `program`
-/// has begun to load the library, and std::system_error when the system grants no process.
-/// To be called before there are threads and before anything of the toolkit is made.
+/// Starts this program anew, with the same arguments, as a child process, in which the same call
+/// runs `program` and returns its number; here the call returns what the child ended with.
+/// `program` must not throw. Signals that ask this process to stop go on to the child, which does
+/// not outlive it. Throws PluginEndedProgram when the child ended by itself after `program` has
+/// begun to load the library, and std::system_error when the system grants no process.
+/// To be called first of all in a program, which must do before it only what can be done twice.
 FXKERNELAPI_EXPORT int runGuarded(const QString& pluginFile, const std::function<int()>& program);
 
 /// For the loader: what the library is being asked to do from now on. Nothing happens in a process

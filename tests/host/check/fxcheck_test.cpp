@@ -13,11 +13,6 @@ using testing::HasSubstr;
 
 class Fxcheck : public FxrenderTest {
 protected:
-    void SetUp() override {
-#ifdef __SANITIZE_THREAD__
-        GTEST_SKIP() << "the sanitizer knows no threads in a forked process, such as a plug-in's";
-#endif
-    }
     ProgramResult check(const std::string& plugin) {
         return RunningProgram({FXCHECK, plugin}, folder()).wait();
     }
