@@ -1,10 +1,12 @@
 #include "host/kernel/PluginGuard.h"
 
 #include <limits.h>
+#include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -126,6 +128,15 @@ void forwardSignals() {
 
 int waitFor(pid_t child) {
     int status = 0;
+    // Signals are forwarded at once here, but only afterwards in waitpid() under the thread
+    // sanitizer.
+    const int handle = static_cast<int>(syscall(SYS_pidfd_open, child, 0));
+    if (handle >= 0) {
+        pollfd ended = {handle, POLLIN, 0};
+        while (poll(&ended, 1, -1) == -1 && errno == EINTR) {
+        }
+        close(handle);
+    }
     while (waitpid(child, &status, 0) == -1 && errno == EINTR) {
     }
     return status;

@@ -67,14 +67,17 @@ TEST_F(FxrenderPlugins, EndTheirOwnProcessOnly) {
     const struct {
         const char* name;
         const char* step;  ///< of loading; null: it is reached when filters are applied
-    } places[] = {{"initialiser", "load the library"},
-                  {"question", "verification text"},
-                  {"object", "make the root object"},
-                  {"keys", "ask for the filter keys"},
-                  {"create", "make the filter"},
-                  {"register", "register the filter"},
-                  {"filter", nullptr},
-                  {"process", nullptr}};
+    } places[] = {
+#ifndef __SANITIZE_THREAD__  // it does not look while a library is loaded, nor bears an end there
+        {"initialiser", "load the library"},
+#endif
+        {"question", "verification text"},
+        {"object", "make the root object"},
+        {"keys", "ask for the filter keys"},
+        {"create", "make the filter"},
+        {"register", "register the filter"},
+        {"filter", nullptr},
+        {"process", nullptr}};
     for (const auto& place : places)
         for (const Deed& deed : deeds) {
             const std::string word = deed.name;
