@@ -17,12 +17,13 @@ QString quoted(const QString& argument) {
 
 }  // namespace
 
-QString commandText(const std::vector<std::string>& inputs, const std::string& range,
-                    const QStringList& filterTexts) {
+QString commandText(const QString& foreignPlugin, const std::vector<std::string>& inputs,
+                    const std::string& range, const QStringList& filterTexts) {
     QStringList words = {QStringLiteral("fxrender"), QStringLiteral("apply")};
     for (const std::string& input : inputs) words << quoted(QFile::decodeName(input.c_str()));
     words << QStringLiteral("-o") << QStringLiteral("OUTPUT");
     if (!range.empty()) words << QStringLiteral("--range") << quoted(QString::fromStdString(range));
+    if (!foreignPlugin.isEmpty()) words << QStringLiteral("--plugin") << quoted(foreignPlugin);
     for (const QString& text : filterTexts) words << QStringLiteral("-f") << quoted(text);
     return words.join(QLatin1Char(' '));
 }

@@ -1,5 +1,6 @@
 #include "host/editor/EditorSession.h"
 
+#include <QFileInfo>
 #include <stdexcept>
 
 #include "host/kernel/KernelStore.h"
@@ -7,7 +8,9 @@
 namespace editor {
 
 EditorSession::EditorSession(const QString& pluginFile)
-    : m_toolBox(new QToolBox), m_loader({&m_undoStack, nullptr, m_toolBox}) {
+    : m_foreignPlugin(pluginFile.isEmpty() ? QString() : QFileInfo(pluginFile).absoluteFilePath()),
+      m_toolBox(new QToolBox),
+      m_loader({&m_undoStack, nullptr, m_toolBox}) {
     QString error;
     if (!m_loader.load(pluginFile.isEmpty() ? PluginLoader::ownPlugin() : pluginFile, &error)) {
         delete m_toolBox;

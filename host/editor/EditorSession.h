@@ -18,8 +18,8 @@
 //   PreviewWorker       a thread that renders the newest request and keeps the picture after each
 //                       filter; knows no widget
 //   EditorState         what panels share: frame, shown stage, way of comparing, zoom, the picture
-//   EditorDocument      the open project: input, path, saved or not; its steps are on the undo
-//   stack EditorSession       the plug-in's filters, the undo stack, the tool box
+//   EditorDocument      the open project: input, path, saved or not; its steps are undo commands
+//   EditorSession       the plug-in's filters, the undo stack, the tool box
 //
 // The document itself is the kernel store. An edit goes the way the contract prescribes: page,
 // entry widget, commitGuiChanges, one command, store; the store announces it, pages and preview
@@ -36,6 +36,9 @@ public:
     explicit EditorSession(const QString& pluginFile = QString());
     ~EditorSession();
 
+    /// The absolute path of a plug-in that is not this program's own; else empty.
+    const QString& foreignPlugin() const { return m_foreignPlugin; }
+
     QUndoStack& undoStack() { return m_undoStack; }
     /// The tool box that the manipulators filled; a window that takes it as its child gives it
     /// back.
@@ -43,6 +46,7 @@ public:
     const document::FilterCatalog& catalog() const { return m_catalog; }
 
 private:
+    const QString m_foreignPlugin;
     QUndoStack m_undoStack;
     QPointer<QToolBox> m_toolBox;
     PluginLoader m_loader;

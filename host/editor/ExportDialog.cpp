@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QStyle>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <cmath>
 
 namespace editor {
@@ -28,10 +29,12 @@ QString durationText(double seconds) {
 
 }  // namespace
 
-ExportDialog::ExportDialog(const QString& proposal, bool isSequence, QWidget* parent)
+ExportDialog::ExportDialog(const QString& proposal, bool isSequence, const QString& foreignPlugin,
+                           QWidget* parent)
     : QDialog(parent),
       m_project(QDir::temp().filePath(QStringLiteral("fxeditor-XXXXXX.fxp"))),
-      m_isSequence(isSequence) {
+      m_isSequence(isSequence),
+      m_foreignPlugin(foreignPlugin) {
     m_project.open();  // has a name from here on
     setObjectName(QStringLiteral("exportDialog"));
     setWindowTitle(tr("Export"));
@@ -42,8 +45,8 @@ ExportDialog::ExportDialog(const QString& proposal, bool isSequence, QWidget* pa
     m_browse = new QPushButton(tr("&Browse…"), this);
     m_browse->setAutoDefault(false);
     auto* hint = new QLabel(
-        isSequence ? tr("A folder, or a numbered sequence such as out_####.png. Files of the input "
-                        "are never overwritten.")
+        isSequence ? tr("A folder, a numbered sequence such as out_####.png, or a video such as "
+                        "out.mp4. Files of the input are never overwritten.")
                    : tr("The suffix decides the format: .png, .tif, .jpg and others. The input is "
                         "never overwritten."),
         this);
@@ -104,7 +107,7 @@ void ExportDialog::start() {
     m_close->setText(tr("&Cancel"));
     m_bar->setRange(0, 0);
     m_status->setText(tr("Starting the renderer…"));
-    m_process.start(projectFile(), m_output->text());
+    m_process.start(projectFile(), m_output->text(), m_foreignPlugin);
 }
 
 void ExportDialog::reject() {
@@ -132,20 +135,17 @@ void ExportDialog::showProgress(int done, int total, double secondsLeft) {
     m_status->setText(text);
 }
 
-void ExportDialog::showEnd(bool cancelled, const QString& message) {
+void ExportDialog::showEnd(bool cancelled, const QString& error, const QStringList& notices) {
     if (m_bar->maximum() == 0) m_bar->setRange(0, 1);
     m_start->setEnabled(true);
     m_output->setEnabled(true);
     m_browse->setEnabled(true);
     m_close->setText(tr("&Close"));
-    if (cancelled)
-        m_status->setText(tr("Cancelled. The frames written so far are whole."));
-    else if (!message.isEmpty())
-        m_status->setText(message);
-    else {
-        m_status->setText(tr("Done: %1").arg(m_output->text()));
-        emit exported(m_output->text());
-    }
+    const QString ending = cancelled         ? tr("Cancelled. The frames written so far are whole.")
+                           : error.isEmpty() ? tr("Done: %1").arg(m_output->text())
+                                             : error;
+    m_status->setText((QStringList(ending) + notices).join(QLatin1Char('\n')));
+    resize(width(), std::max(height(), layout()->totalHeightForWidth(width())));
 }
 
 }  // namespace editor

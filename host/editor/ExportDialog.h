@@ -18,7 +18,9 @@ class ExportDialog : public QDialog {
     Q_OBJECT
 
 public:
-    ExportDialog(const QString& proposal, bool isSequence, QWidget* parent = nullptr);
+    /// `foreignPlugin` as EditorSession says it.
+    ExportDialog(const QString& proposal, bool isSequence, const QString& foreignPlugin,
+                 QWidget* parent = nullptr);
 
     /// What is rendered, whatever is edited meanwhile: a project as a file of this name.
     QString projectFile() const { return m_project.fileName(); }
@@ -28,19 +30,17 @@ public:
     void start();
     bool isRunning() const { return m_process.isRunning(); }
 
-signals:
-    void exported(const QString& output);
-
 protected:
     void reject() override;  ///< asks the renderer to stop first
 
 private:
     void browse();
     void showProgress(int done, int total, double secondsLeft);
-    void showEnd(bool cancelled, const QString& message);
+    void showEnd(bool cancelled, const QString& error, const QStringList& notices);
 
     QTemporaryFile m_project;
-    bool m_isSequence;
+    const bool m_isSequence;
+    const QString m_foreignPlugin;
     ExportProcess m_process;
     QLineEdit* m_output;
     QPushButton* m_browse;

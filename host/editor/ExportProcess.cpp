@@ -26,8 +26,8 @@ ExportProcess::ExportProcess(QObject* parent) : QObject(parent) {
                 if (status == QProcess::CrashExit && !m_isCancelled)
                     end(tr("The renderer ended unexpectedly; the frames written before are whole"));
                 else if (code != 0 && !m_isCancelled)
-                    end(m_messages.isEmpty() ? tr("The renderer failed with code %1").arg(code)
-                                             : m_messages.join(QLatin1Char('\n')));
+                    end(m_errors.isEmpty() ? tr("The renderer failed with code %1").arg(code)
+                                           : m_errors.join(QLatin1Char('\n')));
                 else
                     end(QString());
             });
@@ -42,12 +42,17 @@ ExportProcess::~ExportProcess() {
     m_process.waitForFinished();
 }
 
-void ExportProcess::start(const QString& project, const QString& output) {
+void ExportProcess::start(const QString& project, const QString& output,
+                          const QString& foreignPlugin) {
     m_pending.clear();
-    m_messages.clear();
+    m_errors.clear();
+    m_notices.clear();
     m_isCancelled = m_hasEnded = false;
-    m_process.start(rendererFile(), {QStringLiteral("render"), project, QStringLiteral("-o"),
-                                     output, QStringLiteral("--progress"), QStringLiteral("json")});
+    QStringList arguments = {QStringLiteral("render"),     project,
+                             QStringLiteral("-o"),         output,
+                             QStringLiteral("--progress"), QStringLiteral("json")};
+    if (!foreignPlugin.isEmpty()) arguments << QStringLiteral("--plugin") << foreignPlugin;
+    m_process.start(rendererFile(), arguments);
 }
 
 void ExportProcess::cancel() {
@@ -68,7 +73,13 @@ void ExportProcess::readLine(const QByteArray& line) {
     const QJsonObject event = QJsonDocument::fromJson(line).object();
     if (event.isEmpty()) {
         const QByteArray name = "fxrender: ";
-        m_messages << QString::fromUtf8(line.startsWith(name) ? line.mid(name.size()) : line);
+        m_errors << QString::fromUtf8(line.startsWith(name) ? line.mid(name.size()) : line);
+        return;
+    }
+    const QString message = event.value(QLatin1String("message")).toString();
+    if (!message.isEmpty()) {
+        const bool isError = event.value(QLatin1String("event")) == QLatin1String("error");
+        (isError ? m_errors : m_notices) << message;
         return;
     }
     const int done = event.value(QLatin1String("finished")).toInt() +
@@ -78,9 +89,9 @@ void ExportProcess::readLine(const QByteArray& line) {
     emit progressed(done, total, done > 0 ? elapsed / done * (total - done) : 0);
 }
 
-void ExportProcess::end(const QString& message) {
+void ExportProcess::end(const QString& error) {
     if (std::exchange(m_hasEnded, true)) return;
-    emit finished(m_isCancelled, message);
+    emit finished(m_isCancelled, error, m_notices);
 }
 
 }  // namespace editor

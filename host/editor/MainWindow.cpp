@@ -474,7 +474,7 @@ void MainWindow::showNotices(const QStringList& notices) {
 
 void MainWindow::copyCommandLine() {
     QApplication::clipboard()->setText(
-        commandText(m_document.inputs(), m_document.range(),
+        commandText(m_session.foreignPlugin(), m_document.inputs(), m_document.range(),
                     document::currentFilterTexts(m_session.catalog())));
     statusBar()->showMessage(tr("The command is on the clipboard"), 4000);
 }
@@ -506,7 +506,7 @@ void MainWindow::showExport() {
     const QString name =
         isSequence ? folder + QStringLiteral("/filtered/")
                    : QStringLiteral("%1/%2-filtered.png").arg(folder, input.completeBaseName());
-    m_export = new ExportDialog(name, isSequence, this);
+    m_export = new ExportDialog(name, isSequence, m_session.foreignPlugin(), this);
     m_export->setProject(m_document.projectBytes(m_export->projectFile()));
     m_export->setAttribute(Qt::WA_DeleteOnClose);
     m_export->show();

@@ -177,8 +177,8 @@
         <translation>&amp;Durchsuchen …</translation>
     </message>
     <message>
-        <source>A folder, or a numbered sequence such as out_####.png. Files of the input are never overwritten.</source>
-        <translation>Ein Ordner oder eine nummerierte Folge wie out_####.png. Dateien der Eingabe werden nie überschrieben.</translation>
+        <source>A folder, a numbered sequence such as out_####.png, or a video such as out.mp4. Files of the input are never overwritten.</source>
+        <translation>Ein Ordner, eine nummerierte Folge wie out_####.png oder ein Video wie out.mp4. Dateien der Eingabe werden nie überschrieben.</translation>
     </message>
     <message>
         <source>The suffix decides the format: .png, .tif, .jpg and others. The input is never overwritten.</source>

@@ -38,7 +38,7 @@ const int kMinute = 60000;
 
 /// A colourful frame that differs from number to number and has edges for every filter.
 QImage drawnFrame(int number) {
-    QImage image(96, 64, QImage::Format_RGB888);
+    QImage image(95, 63, QImage::Format_RGB888);
     image.fill(QColor(20 + 5 * number, 40, 60));
     QPainter painter(&image);
     for (int i = 0; i < 12; ++i)
@@ -152,6 +152,18 @@ TEST_F(Editor, WhatIsEditedIsShownSavedReopenedAndExportedAlike) {
         ASSERT_TRUE(exported.open(QIODevice::ReadOnly) && rendered.open(QIODevice::ReadOnly))
             << dialog.findChild<QLabel*>(QStringLiteral("exportStatus"))->text().toStdString();
         EXPECT_EQ(exported.readAll(), rendered.readAll());
+    }
+
+    // What the renderer says is shown, also when all went well.
+    const auto* status = dialog.findChild<QLabel*>(QStringLiteral("exportStatus"));
+    const std::pair<QString, QString> says[] = {
+        {QStringLiteral("exported/shot_2.png/a_#.png"), QStringLiteral("shot_2.png")},
+        {QStringLiteral("film.mp4"), QStringLiteral("4:4:4")}};
+    for (const auto& [output, words] : says) {
+        dialog.setOutput(at(output));
+        driver->click(driver->child<QPushButton>("exportStart"));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !dialog.isRunning(); }, kMinute));
+        EXPECT_TRUE(status->text().contains(words)) << status->text().toStdString();
     }
 }
 

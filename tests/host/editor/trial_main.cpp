@@ -3,8 +3,8 @@
 //       drags a slider on a picture of 1920 x 1080, after the filters named before it, and says how
 //       the window kept up
 //   editor_trial random SEED SECONDS      random clicks, drags and keys; fails on any warning
-//   editor_trial kill-edits SEED COUNT    kills while editing; fails when more is lost than
-//   promised editor_trial kill-saves SEED COUNT    kills while saving; fails when a file is torn
+//   editor_trial kill-edits SEED COUNT    kills while editing; fails when too much is lost
+//   editor_trial kill-saves SEED COUNT    kills while saving; fails when a file is torn
 //   editor_trial edit SEED FOLDER         what kill-edits kills
 #include <QApplication>
 #include <QElapsedTimer>
