@@ -99,8 +99,8 @@ void Journal::run() {
                 QFile::remove(m_file);
             else
                 media::writeFileAtomically(QFile::encodeName(m_file).toStdString(), bytes);
-        } catch (const media::MediaError&) {
-            // The disk is full, say: the next step tries again, and saving will tell the user.
+        } catch (const media::MediaError& error) {
+            emit failed(QString::fromUtf8(error.what()));
         }
         lock.lock();
         m_isWriting = false;

@@ -44,6 +44,9 @@ public:
     QString file() const { return m_file; }
     void writeNow();  ///< waits until it is written
 
+signals:
+    void failed(const QString& reason);  ///< to write; the next step tries again
+
 private:
     void schedule();
     void write();

@@ -85,6 +85,9 @@ MainWindow::MainWindow(EditorSession& session, QWidget* parent)
       m_snapshots(session.undoStack()) {
     setObjectName(QStringLiteral("mainWindow"));
     m_journal = new Journal(m_document, this);
+    connect(m_journal, &Journal::failed, this, [this](const QString& reason) {
+        statusBar()->showMessage(tr("Not safe from a crash: %1").arg(reason));
+    });
     setAcceptDrops(true);
     setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);
     setCentralWidget(buildCentre());
@@ -407,11 +410,12 @@ bool MainWindow::askAndSave() {
         const QFileInfo input(QFile::decodeName(m_document.inputs().front().c_str()));
         proposal = input.dir().filePath(input.completeBaseName() + QLatin1String(kProjectSuffix));
     }
-    QString path =
-        QFileDialog::getSaveFileName(this, tr("Save project"), proposal, projectFilter());
-    if (path.isEmpty()) return false;
-    if (QFileInfo(path).suffix().isEmpty()) path += QLatin1String(kProjectSuffix);
-    return saveAs(path);
+    // With the suffix in the dialog it is the dialog that asks before a file is replaced.
+    QFileDialog dialog(this, tr("Save project"), QString(), projectFilter());
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(QLatin1String(kProjectSuffix + 1));
+    if (!proposal.isEmpty()) dialog.selectFile(proposal);
+    return dialog.exec() == QDialog::Accepted && saveAs(dialog.selectedFiles().constFirst());
 }
 
 void MainWindow::askForFiles() {

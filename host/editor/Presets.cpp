@@ -36,8 +36,12 @@ std::vector<document::FilterSetup> readPreset(const QString& path,
                                 path.toStdString() + ": the preset cannot be read (" +
                                     file.errorString().toStdString() + "); check its permissions");
     const qint64 mostBytes = qint64{1} << 20;
+    const QByteArray bytes = file.read(mostBytes + 1);
+    if (bytes.size() > mostBytes)
+        throw document::FilterError(path + QStringLiteral(": a preset has at most 1 MiB; save "
+                                                          "fewer filters or keys in one"));
     QStringList texts;
-    for (const QString& line : QString::fromUtf8(file.read(mostBytes)).split(QLatin1Char('\n')))
+    for (const QString& line : QString::fromUtf8(bytes).split(QLatin1Char('\n')))
         if (!line.trimmed().isEmpty() && !line.startsWith(QLatin1Char('#')))
             texts << line.trimmed();
     if (texts.isEmpty())

@@ -85,6 +85,7 @@ void PreviewWorker::run() {
             complete->afterLevels = levelCounts(*preview->after);
             m_deliver(complete);
         } catch (const GivenUp&) {
+        } catch (const std::bad_alloc&) {  // what was delivered before stays
         }
     }
 }

@@ -249,9 +249,6 @@
     </message>
 </context>
 <context>
-    <name>FilterCommands</name>
-</context>
-<context>
     <name>FxGuiImageFilter</name>
     <message>
         <source>Switches the filter on or off; its settings stay</source>
@@ -717,6 +714,10 @@
     <message>
         <source>%1 %</source>
         <translation>%1 %</translation>
+    </message>
+    <message>
+        <source>Not safe from a crash: %1</source>
+        <translation>Nicht vor einem Absturz sicher: %1</translation>
     </message>
 </context>
 <context>
