@@ -299,8 +299,9 @@ void readLabels(const Tile& tile, const TileBounds& bounds, unsigned char highLa
 
 template <class Order>
 constexpr TileRows makeRows() {
-    return {Order::isLong, fill,         relax<Order>, Order::kPixelsPerRound * kParts,
-            settle<Order>, reach<Order>, isTouched,    readLabels};
+    return {
+        Order::kNeighbours, Order::isLong, fill,      relax<Order>, Order::kPixelsPerRound * kParts,
+        settle<Order>,      reach<Order>,  isTouched, readLabels};
 }
 constexpr TileRows kMarchingRows = makeRows<Marching>();
 constexpr TileRows kChessboardRows = makeRows<Stepping<Neighbours::Eight>>();

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+
+#include "numeric/base/bit_rows.h"
+#include "numeric/base/neighbours.h"
+#include "numeric/base/scratch.h"
+#include "numeric/base/views.h"
+
+namespace numeric {
+
+/// The connected areas of the pixels that are not above the free level. Where all seeds of an area
+/// have one label, so will all its pixels, however far they are from one seed or the other; and an
+/// area without a seed is reached from above the free level alone. Neither needs to be flooded.
+///
+/// Areas are sets of runs, the unbroken stretches of such pixels in the rows.
+class AgreedAreas {
+public:
+    /// Masks of rows of a plane, `words` words each.
+    struct Masks {
+        BitWord* free;  // the pixels without a label
+        BitWord* low;   // those that are not above the free level
+        int words;
+    };
+
+    AgreedAreas(int width, int height, ScratchLayout layout)
+        : m_runs{layout.take<Run>(mostRuns(width)), layout.take<Run>(mostRuns(width))},
+          m_areas(layout.take<int>(mostRuns(width) * height)),
+          m_size(layout.used()) {}
+
+    std::int64_t size() const { return m_size; }
+
+    /// Writes the labels of these areas, highLabel where there is no seed, and takes their pixels
+    /// out of masks.free.
+    void label(PlaneView<unsigned char> marker, Neighbours neighbours, unsigned char highLabel,
+               const Masks& masks);
+
+private:
+    struct Run {
+        int start;
+        int end;  // past the last pixel
+    };
+    /// What is known of an area's seeds: none, their label, or that they differ.
+    static constexpr int kNoSeed = 0;
+    static constexpr int kDiffering = 256;
+
+    static std::int64_t mostRuns(int width) { return (std::int64_t{width} + 1) / 2; }
+    static int both(int seeds, int others) {
+        if (seeds == kNoSeed || seeds == others) return others;
+        return others == kNoSeed ? seeds : kDiffering;
+    }
+    static int listRuns(const BitWord* mask, int words, int width, Run* runs);
+    static int seedsOf(const Run& run, const BitWord* free, const unsigned char* marker);
+    int areaOf(int run);
+    void unite(int run, int other);
+
+    Run* m_runs[2];
+    /// Of each run: an earlier run of its area, or, if it is the first, ~ of what is known of the
+    /// area's seeds.
+    int* m_areas;
+    std::int64_t m_size;
+};
+
+}  // namespace numeric
