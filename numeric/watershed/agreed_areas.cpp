@@ -106,6 +106,7 @@ void AgreedAreas::label(PlaneView<unsigned char> marker, Neighbours neighbours,
                       seeds == kNoSeed ? highLabel : static_cast<unsigned char>(seeds));
             forEachWord(row[i].start, row[i].end, [&](int k, BitWord bits) {
                 masks.free[std::int64_t{words} * y + k] &= ~bits;
+                masks.low[std::int64_t{words} * y + k] &= ~bits;
             });
         }
     }

@@ -31,7 +31,7 @@ public:
     std::int64_t size() const { return m_size; }
 
     /// Writes the labels of these areas, highLabel where there is no seed, and takes their pixels
-    /// out of masks.free.
+    /// out of the masks.
     void label(PlaneView<unsigned char> marker, Neighbours neighbours, unsigned char highLabel,
                const Masks& masks);
 

@@ -118,12 +118,20 @@ private:
 
     TilePixels pixels(const Place& place) const {
         const int x = place.x * kTileSide, y = place.y * kTileSide;
-        return {m_planes.relief.row(y) + x,
-                m_planes.marker.row(y) + x,
-                m_planes.relief.stepBytes,
-                m_planes.marker.stepBytes,
+        return {m_planes.marker.row(y) + x, m_planes.marker.stepBytes,
                 std::min(kTileSide, m_planes.width() - x),
                 std::min(kTileSide, m_planes.height() - y)};
+    }
+
+    TileMasks masks(const Place& place) const {
+        TileMasks result{};
+        const int firstRow = place.y * kTileSide;
+        const int rows = std::min(kTileSide, m_planes.height() - firstRow);
+        for (int row = 0; row < rows; ++row) {
+            result.free[row] = freeMask(place.x, firstRow + row);
+            result.low[row] = maskOfTile(m_low + m_words * (firstRow + row), place.x);
+        }
+        return result;
     }
 
     TilesAround around(const Place& place) const {
@@ -291,7 +299,7 @@ private:
         if (m_count < m_across * m_down) fetch(m_count + 1);
         Place& place = m_places[id];
         place = {x, y, {}, false, false, false, false, false, 0, 0};
-        place.hasSeeds = m_rows.fill(pixels(place), m_levels.freeLevel, &m_tiles[id]);
+        place.hasSeeds = m_rows.fill(pixels(place), masks(place), &m_tiles[id]);
         if (place.hasSeeds) enqueue(id);
         return id;
     }
