@@ -21,12 +21,13 @@ void forEachWord(int start, int end, Visit visit) {
 
 }  // namespace
 
-int AgreedAreas::listRuns(const BitWord* mask, int words, int width, Run* runs) {
-    Run* run = runs;
+/// Lists a row's runs. Returns the number past the last.
+int AgreedAreas::listRuns(const BitWord* low, int words, int width, int firstRun) {
+    Run* run = m_runs + firstRun;
     bool isInside = false;
     for (int k = 0; k < words; ++k) {
         // A run starts or ends where a pixel differs from the one before.
-        BitWord edges = mask[k] ^ (mask[k] << 1 | BitWord{isInside});
+        BitWord edges = low[k] ^ (low[k] << 1 | BitWord{isInside});
         for (; edges != 0; edges &= edges - 1) {
             const int x = k * kWordBits + __builtin_ctzll(edges);
             if (isInside)
@@ -37,16 +38,21 @@ int AgreedAreas::listRuns(const BitWord* mask, int words, int width, Run* runs) 
         }
     }
     if (isInside) run++->end = width;
-    return static_cast<int>(run - runs);
+    const int endRun = static_cast<int>(run - m_runs);
+    std::fill(m_areas + firstRun, m_areas + endRun, ~kNoSeed);
+    return endRun;
 }
 
-int AgreedAreas::seedsOf(const Run& run, const BitWord* free, const unsigned char* marker) {
-    int seeds = kNoSeed;
-    forEachWord(run.start, run.end, [&](int k, BitWord bits) {
-        for (BitWord labelled = bits & ~free[k]; labelled != 0; labelled &= labelled - 1)
-            seeds = both(seeds, marker[k * kWordBits + __builtin_ctzll(labelled)]);
-    });
-    return seeds;
+/// Adds a row's seeds to what is known of its runs, each of which still is an area of its own.
+void AgreedAreas::noteSeeds(const BitWord* free, const BitWord* low, int words,
+                            const unsigned char* marker, int firstRun) {
+    int run = firstRun;
+    for (int k = 0; k < words; ++k)
+        for (BitWord seeds = low[k] & ~free[k]; seeds != 0; seeds &= seeds - 1) {
+            const int x = k * kWordBits + __builtin_ctzll(seeds);
+            while (m_runs[run].end <= x) ++run;
+            m_areas[run] = ~both(~m_areas[run], marker[x]);
+        }
 }
 
 /// The first run of a run's area.
@@ -67,49 +73,47 @@ void AgreedAreas::unite(int run, int other) {
     m_areas[second] = first;
 }
 
+/// Unites the runs of a row, from lowerRun on, with those of the row above that they touch.
+void AgreedAreas::uniteRows(int upperRun, int lowerRun, int endRun, int reach) {
+    int upper = upperRun, lower = lowerRun;
+    while (upper < lowerRun && lower < endRun) {
+        const Run above = m_runs[upper], below = m_runs[lower];
+        if (above.start < below.end + reach && below.start < above.end + reach) unite(upper, lower);
+        // Only the one that reaches farther may touch another one.
+        if (above.end < below.end)
+            ++upper;
+        else
+            ++lower;
+    }
+}
+
 void AgreedAreas::label(PlaneView<unsigned char> marker, Neighbours neighbours,
                         unsigned char highLabel, const Masks& masks) {
     const int words = masks.words;
-    const int reach = neighbours == Neighbours::Eight ? 1 : 0;
-    int runs = 0, above = 0;
+    const auto rowOf = [words](BitWord* mask, int y) { return mask + std::int64_t{words} * y; };
+    m_firstRuns[0] = 0;
     for (int y = 0; y < marker.height; ++y) {
-        Run* const row = m_runs[y % 2];
-        const Run* touching = m_runs[1 - y % 2];
-        const Run* const endAbove = touching + above;
-        const int count = listRuns(masks.low + std::int64_t{words} * y, words, marker.width, row);
-        int runAbove = runs - above;
-        for (int i = 0; i < count; ++i) {
-            m_areas[runs + i] =
-                ~seedsOf(row[i], masks.free + std::int64_t{words} * y, marker.row(y));
-            const auto pass = [&] { ++touching, ++runAbove; };
-            while (touching != endAbove && touching->end + reach <= row[i].start) pass();
-            while (touching != endAbove && touching->start < row[i].end + reach) {
-                unite(runAbove, runs + i);
-                // The last one may touch the next run, too.
-                if (touching->end > row[i].end) break;
-                pass();
-            }
-        }
-        runs += count;
-        above = count;
+        const BitWord* const low = rowOf(masks.low, y);
+        const int firstRun = m_firstRuns[y];
+        m_firstRuns[y + 1] = listRuns(low, words, marker.width, firstRun);
+        noteSeeds(rowOf(masks.free, y), low, words, marker.row(y), firstRun);
+        uniteRows(m_firstRuns[std::max(0, y - 1)], firstRun, m_firstRuns[y + 1],
+                  neighbours == Neighbours::Eight ? 1 : 0);
     }
-    int run = 0;
-    for (int y = 0; y < marker.height; ++y) {
-        Run* const row = m_runs[0];
-        const int count = listRuns(masks.low + std::int64_t{words} * y, words, marker.width, row);
-        for (int i = 0; i < count; ++i, ++run) {
+    for (int y = 0; y < marker.height; ++y)
+        for (int run = m_firstRuns[y]; run < m_firstRuns[y + 1]; ++run) {
             // Runs before this one have their area's seeds by now.
             if (m_areas[run] >= 0) m_areas[run] = m_areas[m_areas[run]];
             const int seeds = ~m_areas[run];
             if (seeds == kDiffering) continue;
-            std::fill(marker.row(y) + row[i].start, marker.row(y) + row[i].end,
+            const auto [start, end] = m_runs[run];
+            std::fill(marker.row(y) + start, marker.row(y) + end,
                       seeds == kNoSeed ? highLabel : static_cast<unsigned char>(seeds));
-            forEachWord(row[i].start, row[i].end, [&](int k, BitWord bits) {
-                masks.free[std::int64_t{words} * y + k] &= ~bits;
-                masks.low[std::int64_t{words} * y + k] &= ~bits;
+            forEachWord(start, end, [&](int k, BitWord bits) {
+                rowOf(masks.free, y)[k] &= ~bits;
+                rowOf(masks.low, y)[k] &= ~bits;
             });
         }
-    }
 }
 
 }  // namespace numeric

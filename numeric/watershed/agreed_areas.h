@@ -24,8 +24,9 @@ public:
     };
 
     AgreedAreas(int width, int height, ScratchLayout layout)
-        : m_runs{layout.take<Run>(mostRuns(width)), layout.take<Run>(mostRuns(width))},
-          m_areas(layout.take<int>(mostRuns(width) * height)),
+        : m_runs(layout.take<Run>(mostRuns(width, height))),
+          m_areas(layout.take<int>(mostRuns(width, height))),
+          m_firstRuns(layout.take<int>(std::int64_t{height} + 1)),
           m_size(layout.used()) {}
 
     std::int64_t size() const { return m_size; }
@@ -44,20 +45,25 @@ private:
     static constexpr int kNoSeed = 0;
     static constexpr int kDiffering = 256;
 
-    static std::int64_t mostRuns(int width) { return (std::int64_t{width} + 1) / 2; }
+    static std::int64_t mostRuns(int width, int height) {
+        return (std::int64_t{width} + 1) / 2 * height;
+    }
     static int both(int seeds, int others) {
         if (seeds == kNoSeed || seeds == others) return others;
         return others == kNoSeed ? seeds : kDiffering;
     }
-    static int listRuns(const BitWord* mask, int words, int width, Run* runs);
-    static int seedsOf(const Run& run, const BitWord* free, const unsigned char* marker);
+    int listRuns(const BitWord* low, int words, int width, int firstRun);
+    void noteSeeds(const BitWord* free, const BitWord* low, int words, const unsigned char* marker,
+                   int firstRun);
+    void uniteRows(int upperRun, int lowerRun, int endRun, int reach);
     int areaOf(int run);
     void unite(int run, int other);
 
-    Run* m_runs[2];
+    Run* m_runs;  // row by row
     /// Of each run: an earlier run of its area, or, if it is the first, ~ of what is known of the
     /// area's seeds.
     int* m_areas;
+    int* m_firstRuns;  // of each row, and past the last
     std::int64_t m_size;
 };
 
