@@ -87,11 +87,18 @@ void AgreedAreas::uniteRows(int upperRun, int lowerRun, int endRun, int reach) {
     }
 }
 
+bool AgreedAreas::areMostlyDiffering(int runs) {
+    int differing = 0;
+    for (int run = 0; run < runs; ++run) differing += ~m_areas[areaOf(run)] == kDiffering ? 1 : 0;
+    return differing > runs / 4 * 3;
+}
+
 void AgreedAreas::label(PlaneView<unsigned char> marker, Neighbours neighbours,
                         unsigned char highLabel, const Masks& masks) {
     const int words = masks.words;
     const auto rowOf = [words](BitWord* mask, int y) { return mask + std::int64_t{words} * y; };
     m_firstRuns[0] = 0;
+    int trial = kFirstTrial;
     for (int y = 0; y < marker.height; ++y) {
         const BitWord* const low = rowOf(masks.low, y);
         const int firstRun = m_firstRuns[y];
@@ -99,6 +106,10 @@ void AgreedAreas::label(PlaneView<unsigned char> marker, Neighbours neighbours,
         noteSeeds(rowOf(masks.free, y), low, words, marker.row(y), firstRun);
         uniteRows(m_firstRuns[std::max(0, y - 1)], firstRun, m_firstRuns[y + 1],
                   neighbours == Neighbours::Eight ? 1 : 0);
+        if (m_firstRuns[y + 1] > trial) {
+            if (areMostlyDiffering(m_firstRuns[y + 1])) return;
+            trial *= 2;
+        }
     }
     for (int y = 0; y < marker.height; ++y)
         for (int run = m_firstRuns[y]; run < m_firstRuns[y + 1]; ++run) {

@@ -45,6 +45,10 @@ private:
     static constexpr int kNoSeed = 0;
     static constexpr int kDiffering = 256;
 
+    /// After so many runs, and whenever they are twice as many as at the trial before, it is given
+    /// up where most are of areas whose seeds differ: it costs more than it saves then.
+    static constexpr int kFirstTrial = 1 << 16;
+
     static std::int64_t mostRuns(int width, int height) {
         return (std::int64_t{width} + 1) / 2 * height;
     }
@@ -57,6 +61,7 @@ private:
                    int firstRun);
     void uniteRows(int upperRun, int lowerRun, int endRun, int reach);
     int areaOf(int run);
+    bool areMostlyDiffering(int runs);
     void unite(int run, int other);
 
     Run* m_runs;  // row by row
