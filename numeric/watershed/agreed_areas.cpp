@@ -1,7 +1,6 @@
 #include "numeric/watershed/agreed_areas.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace numeric {
