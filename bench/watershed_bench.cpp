@@ -202,6 +202,11 @@ void benchmarks::addWatershed() {
                            return withSeeds(make(width, height, corridor), seedEvery);
                        });
     };
+    for (const int percent : {60, 80, 95})
+        addBesideQueue("noise, " + std::to_string(percent) + " percent objects",
+                       [=](int width, int height) {
+                           return withSeeds(scenes::noise(width, height, 1, percent / 100.0), 300);
+                       });
     for (const int width : {1, 2, 4}) {
         addSeeded("teeth", scenes::teeth, width, 300);
         addSeeded("diagonal teeth", scenes::diagonalTeeth, width, 300);

@@ -20,9 +20,9 @@ struct FloodPlanes {
 };
 
 /// The flood in tiles, for planes of two levels: all free pixels are of one level, and all seeds
-/// above it have one label. False, with the marker as it was, where the planes are not of that
-/// kind, the free areas thin lines or long corridors, the paths too long, the scratch too small, or
-/// where the work turns out to be more than that of the queue.
+/// above it have one label. False, with the marker as it was but for areas that are done, where the
+/// planes are not of that kind, the free areas thin lines or long corridors, the paths too long,
+/// the scratch too small, or where the work turns out to be more than that of the queue.
 bool floodByTiles(const FloodPlanes& planes, const WatershedRows& rows, const TileRows& tileRows,
                   unsigned char* scratch, int scratchSize);
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "numeric/base/scratch.h"
+#include "numeric/watershed/agreed_areas.h"
 
 namespace numeric {
 namespace {
@@ -53,14 +54,16 @@ public:
           m_across(std::int64_t{planes.width() + kTileSide - 1} / kTileSide),
           m_down(std::int64_t{planes.height() + kTileSide - 1} / kTileSide),
           m_words(wordsOf(planes.width())),
+          m_free(layout.take<BitWord>(m_words * planes.height())),
+          m_low(layout.take<BitWord>(m_words * planes.height())),
+          m_areas(planes.width(), planes.height(), layout),
           m_tiles(layout.take<Tile>(m_across * m_down + 1)),
           m_places(layout.take<Place>(m_across * m_down + 1)),
           m_ids(layout.take<int>((m_across + 2) * (m_down + 2))),
           m_toVisit(m_across * m_down, layout),
           m_toSettle(m_across * m_down, layout),
-          m_free(layout.take<BitWord>(m_words * planes.height())),
-          m_low(layout.take<BitWord>(m_words * m_down)),
-          m_size(layout.used()) {}
+          m_lowTiles(layout.take<BitWord>(m_words * m_down)),
+          m_size(std::max(layout.used(), m_areas.size())) {}
 
     std::int64_t size() const { return m_size; }
 
@@ -68,13 +71,14 @@ public:
         const int freeLevel = findFreeLevel();
         if (freeLevel < 0) return true;
         m_levels = {static_cast<unsigned char>(freeLevel), 0, false, 0};
-        std::fill_n(m_low, m_words * m_down, BitWord{0});
         for (int y = 0; y < m_planes.height(); ++y) {
             rows.scan(m_planes.relief.row(y), m_planes.marker.row(y), m_planes.width(),
-                      m_free + m_words * y, m_low + m_words * (y / kTileSide), &m_levels);
+                      m_free + m_words * y, m_low + m_words * y, &m_levels);
             if (m_levels.areMixed) return false;
         }
         if (areCorridors()) return false;
+        m_areas.label(m_planes.marker, m_rows.neighbours, m_levels.highLabel,
+                      {m_free, m_low, static_cast<int>(m_words)});
         if (flood()) return true;
         clearLabels();
         return false;
@@ -114,12 +118,20 @@ private:
 
     TilePixels pixels(const Place& place) const {
         const int x = place.x * kTileSide, y = place.y * kTileSide;
-        return {m_planes.relief.row(y) + x,
-                m_planes.marker.row(y) + x,
-                m_planes.relief.stepBytes,
-                m_planes.marker.stepBytes,
+        return {m_planes.marker.row(y) + x, m_planes.marker.stepBytes,
                 std::min(kTileSide, m_planes.width() - x),
                 std::min(kTileSide, m_planes.height() - y)};
+    }
+
+    TileMasks masks(const Place& place) const {
+        TileMasks result{};
+        const int firstRow = place.y * kTileSide;
+        const int rows = std::min(kTileSide, m_planes.height() - firstRow);
+        for (int row = 0; row < rows; ++row) {
+            result.free[row] = freeMask(place.x, firstRow + row);
+            result.low[row] = maskOfTile(m_low + m_words * (firstRow + row), place.x);
+        }
+        return result;
     }
 
     TilesAround around(const Place& place) const {
@@ -172,6 +184,10 @@ private:
     /// Works in bands of rows of tiles, so that tiles are settled while they are still near: one
     /// band later, since the next one floods back into them. False if it gives up.
     bool flood() {
+        std::fill_n(m_lowTiles, m_words * m_down, BitWord{0});
+        for (int y = 0; y < m_planes.height(); ++y)
+            for (int k = 0; k < m_words; ++k)
+                m_lowTiles[m_words * (y / kTileSide) + k] |= m_low[m_words * y + k];
         std::fill_n(m_ids, (m_across + 2) * (m_down + 2), 0);
         std::fill_n(m_tiles[0].keys, kTileSide * kTileSide, kWallKey);
         std::fill_n(m_tiles[0].left, kTileSide, kWallKey);
@@ -235,7 +251,7 @@ private:
         return maskOfTile(m_free + m_words * row, tileX);
     }
     /// Whether not all of a tile is wall.
-    bool isLow(int x, int y) const { return maskOfTile(m_low + m_words * y, x) != 0; }
+    bool isLow(int x, int y) const { return maskOfTile(m_lowTiles + m_words * y, x) != 0; }
 
     void makeRowOfTiles(int y) {
         const int rows = std::min(kTileSide, m_planes.height() - y * kTileSide);
@@ -283,7 +299,7 @@ private:
         if (m_count < m_across * m_down) fetch(m_count + 1);
         Place& place = m_places[id];
         place = {x, y, {}, false, false, false, false, false, 0, 0};
-        place.hasSeeds = m_rows.fill(pixels(place), m_levels.freeLevel, &m_tiles[id]);
+        place.hasSeeds = m_rows.fill(pixels(place), masks(place), &m_tiles[id]);
         if (place.hasSeeds) enqueue(id);
         return id;
     }
@@ -377,13 +393,15 @@ private:
     std::int64_t m_across;
     std::int64_t m_down;
     std::int64_t m_words;
-    Tile* m_tiles;  // the first is all wall
+    BitWord* m_free;      // masks of the rows
+    BitWord* m_low;       // of their pixels that are not above the free level
+    AgreedAreas m_areas;  // in the room of what comes after it
+    Tile* m_tiles;        // the first is all wall
     Place* m_places;
     int* m_ids;  // of the tiles, with a rim around; 0 where there is none
     TileQueue m_toVisit;
     TileQueue m_toSettle;
-    BitWord* m_free;  // masks of the rows
-    BitWord* m_low;   // columns of a row of tiles with a pixel that is not above the free level
+    BitWord* m_lowTiles;  // columns of a row of tiles with a pixel that is not above the free level
     std::int64_t m_size;
     TwoLevels m_levels{};
     int m_count = 0;

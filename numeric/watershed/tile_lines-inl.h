@@ -131,6 +131,7 @@ static_assert(kAdvances[0] == kAdvances[1], "a lead of 0 counts as 1");
 /// The Euclidean order: what arrives over a side neighbour and the earlier of the corners beside
 /// it.
 struct Marching {
+    static constexpr Neighbours kNeighbours = Neighbours::Eight;
     static constexpr int kPixelsPerRound = 10;
     static bool isLong(double width, double pixelsOfSeed) { return width < pixelsOfSeed / 3000; }
     static HWY_INLINE Keys arrive(Keys side, Keys corner) {
@@ -167,6 +168,7 @@ HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
 #else
 
 struct Marching {
+    static constexpr Neighbours kNeighbours = Neighbours::Eight;
     static constexpr int kPixelsPerRound = 10;
     static bool isLong(double width, double pixelsOfSeed) { return width < pixelsOfSeed / 3000; }
     static HWY_INLINE Keys arrive(Keys side, Keys corner) {
@@ -196,8 +198,9 @@ HWY_INLINE Keys loweredKey(Keys key, Keys arriving) {
 #endif
 
 /// The orders by steps: one more than the smallest of the neighbours.
-template <Neighbours kNeighbours>
+template <Neighbours kStepsTo>
 struct Stepping {
+    static constexpr Neighbours kNeighbours = kStepsTo;
     static constexpr int kPixelsPerRound = 16;
     static bool isLong(double width, double pixelsOfSeed) {
         return width * width * width * width < 3 * pixelsOfSeed;

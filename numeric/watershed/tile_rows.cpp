@@ -1,6 +1,7 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "numeric/watershed/tile_rows.cpp"
 #include <algorithm>
+#include <cstring>
 
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
@@ -227,38 +228,34 @@ bool isTouched(const TilesAround& around) {
     return std::min(corners, smallestOf(sides)) < kUnreachedKey;
 }
 
-bool fill(const TilePixels& pixels, unsigned char freeLevel, Tile* tile) {
+// A vector's lanes from the lowest bits.
+HWY_INLINE hn::Mask<KeyTag> maskOf(unsigned bits) {
+    unsigned char bytes[sizeof(bits)];
+    std::memcpy(bytes, &bits, sizeof(bits));
+    return hn::LoadMaskBits(KeyTag(), bytes);
+}
+
+bool fill(const TilePixels& pixels, const TileMasks& masks, Tile* tile) {
     const KeyTag d;
     const hn::Rebind<unsigned char, KeyTag> db;
-    const auto level = hn::Set(d, freeLevel);
-    auto smallest = hn::Set(d, kWallKey);
-    std::fill_n(tile->keys + kTileSide * pixels.height, kTileSide * (kTileSide - pixels.height),
-                kWallKey);
-    for (int y = 0; y < pixels.height; ++y) {
-        const unsigned char* relief = pixels.relief + std::ptrdiff_t{pixels.reliefStep} * y;
-        const unsigned char* marker = pixels.marker + std::ptrdiff_t{pixels.markerStep} * y;
-        TileKey* keys = tile->keys + kTileSide * y;
-        unsigned char shortRelief[kTileSide], shortMarker[kTileSide];
-        if (pixels.width < kTileSide) {
-            std::fill_n(shortRelief, kTileSide, freeLevel);
-            std::fill_n(shortMarker, kTileSide, static_cast<unsigned char>(0));
-            relief = std::copy_n(relief, pixels.width, shortRelief) - pixels.width;
-            marker = std::copy_n(marker, pixels.width, shortMarker) - pixels.width;
-        }
+    unsigned anySeeds = 0;
+    for (int y = 0; y < kTileSide; ++y) {
+        const unsigned free = masks.free[y], seeds = masks.low[y] & ~free;
+        unsigned char labels[kTileSide] = {};
+        if (seeds != 0)
+            std::copy_n(pixels.marker + std::ptrdiff_t{pixels.markerStep} * y, pixels.width,
+                        labels);
         for (int x = 0; x < kTileSide; x += kLanes) {
-            const auto label = hn::PromoteTo(d, hn::LoadU(db, marker + x));
-            const auto isHigh = hn::Gt(hn::PromoteTo(d, hn::LoadU(db, relief + x)), level);
-            const auto isFree = hn::Eq(label, hn::Zero(d));
             const auto key =
-                hn::IfThenElse(isHigh, hn::Set(d, kWallKey),
-                               hn::IfThenElse(isFree, hn::Set(d, kUnreachedKey), label));
-            smallest = hn::Min(smallest, key);
-            hn::StoreU(key, d, keys + x);
+                hn::IfThenElse(maskOf(free >> x), hn::Set(d, kUnreachedKey), hn::Set(d, kWallKey));
+            const auto label = hn::PromoteTo(d, hn::LoadU(db, labels + x));
+            hn::StoreU(hn::IfThenElse(maskOf(seeds >> x), label, key), d,
+                       tile->keys + kTileSide * y + x);
         }
-        std::fill(keys + pixels.width, keys + kTileSide, kWallKey);
+        anySeeds |= seeds;
     }
     copyOuterColumns(tile);
-    return hn::GetLane(hn::MinOfLanes(d, smallest)) < kUnreachedKey;
+    return anySeeds != 0;
 }
 
 // The labels of a row's free pixels; the others stay.
@@ -299,8 +296,9 @@ void readLabels(const Tile& tile, const TileBounds& bounds, unsigned char highLa
 
 template <class Order>
 constexpr TileRows makeRows() {
-    return {Order::isLong, fill,         relax<Order>, Order::kPixelsPerRound * kParts,
-            settle<Order>, reach<Order>, isTouched,    readLabels};
+    return {
+        Order::kNeighbours, Order::isLong, fill,      relax<Order>, Order::kPixelsPerRound * kParts,
+        settle<Order>,      reach<Order>,  isTouched, readLabels};
 }
 constexpr TileRows kMarchingRows = makeRows<Marching>();
 constexpr TileRows kChessboardRows = makeRows<Stepping<Neighbours::Eight>>();

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "numeric/base/dispatch.h"
+#include "numeric/base/neighbours.h"
 
 namespace numeric {
 
@@ -45,14 +46,18 @@ struct TilesAround {
     const Tile* belowRight;
 };
 
+/// A bit for each pixel of a tile's rows, zero where there is none.
+struct TileMasks {
+    std::uint16_t free[kTileSide];
+    std::uint16_t low[kTileSide];  // free or a seed; all else is wall
+};
+
 /// Parts of a tile, as bits: its outer lines, and anything else.
 enum TilePart : unsigned { kAbove = 1, kLeft = 2, kRight = 4, kBelow = 8, kInside = 16 };
 
-/// The part of the planes that a tile stands for: at most kTileSide pixels wide and high.
+/// The part of the marker that a tile stands for: at most kTileSide pixels wide and high.
 struct TilePixels {
-    const unsigned char* relief;
     unsigned char* marker;
-    int reliefStep;
     int markerStep;
     int width;
     int height;
@@ -65,12 +70,14 @@ struct Relaxed {
 };
 
 struct TileRows {
+    /// Which of its neighbours a pixel is reached from.
+    Neighbours neighbours;
     /// Whether corridors of that width, on average, with so many pixels for each seed are so long
     /// that the queue is faster. Measured with the bench's corridors, 2 to 20 pixels wide and with
     /// 300 pixels for a seed to a million.
     bool (*isLong)(double width, double pixelsOfSeed);
     /// Writes all keys of a tile. Returns whether any is a seed.
-    bool (*fill)(const TilePixels& pixels, unsigned char freeLevel, Tile* tile);
+    bool (*fill)(const TilePixels& pixels, const TileMasks& masks, Tile* tile);
     /// Lowers keys to what arrives, down and up, then right and left, in so many rounds at most or
     /// until one changes nothing.
     Relaxed (*relax)(Tile* tile, const TilesAround& around, const TileBounds& bounds, int rounds);

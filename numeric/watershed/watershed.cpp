@@ -8,7 +8,8 @@
 // The watershed: labels grow from their seeds over the relief, level by level, inside a level in
 // the order of their distance. That order defines one result, whatever finds it:
 //
-//   two levels      flood_tiles.cpp     tiles of 16 x 16 keys, visited while their keys still fall,
+//   two levels      agreed_areas.cpp    areas whose seeds agree on a label need no flood
+//                   flood_tiles.cpp     tiles of 16 x 16 keys, visited while their keys still fall,
 //                                       row by row and column by column (tile_rows.cpp)
 //   any relief      flood_steps.cpp     a queue for each level (flood_field.cpp), ring by ring of
 //                   flood_marching.cpp  pixels that are a step away, or within a span of distances

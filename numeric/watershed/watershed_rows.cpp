@@ -68,7 +68,7 @@ void scan(const unsigned char* relief, const unsigned char* marker, int width, B
         const BitWord row = ~BitWord{0} >> std::max(0, kWordBits - (width - x));
         const BitWord seeds = wordLow & ~*free++ & row;
         levels->seeds += __builtin_popcountll(seeds & ~(seeds << 1));
-        *low++ |= wordLow;
+        *low++ = wordLow & row;
     }
     levels->areMixed |= !hn::AllTrue(d, hn::Eq(misfits, hn::Zero(d)));
 }

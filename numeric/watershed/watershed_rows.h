@@ -38,8 +38,8 @@ inline constexpr int kBorderLineSlack = 65;
 
 /// Inner loops over all pixels of the watershed.
 struct WatershedRows {
-    /// Writes the bits of a row's free pixels, unused ones zero, adds to `low` those of its pixels
-    /// that are not above the free level, and extends *levels.
+    /// Writes the bits of a row's free pixels and of those that are not above the free level,
+    /// unused ones zero, and extends *levels.
     void (*scan)(const unsigned char* relief, const unsigned char* marker, int width, BitWord* free,
                  BitWord* low, TwoLevels* levels);
 

@@ -158,16 +158,21 @@ TEST(Watershed, MatchesPlainPriorityFloodWhereTheBackgroundHasSeveralSeeds) {
     expectLikeOracle(picture);
 }
 
+/// Also where objects meet at a corner, which are one for eight neighbours, and two for four.
 TEST(Watershed, FillsObjectsWithoutSeedsFromTheirOwnSideOfTheBackground) {
-    const auto isObject = [](int x, int y) { return x % 20 > 4 && y % 30 > 6; };
-    for (const unsigned seedEvery : {900u, 1u << 30}) {
-        Picture picture = twoLevelPicture(170, 150, seedEvery, 6, isObject);
-        expectLikeOracle(picture, kOrdersBySteps);
-        for (int y = 0; y < 150; ++y)
-            for (int x = 0; x < 170; ++x)
-                if (!isObject(x, y) && (x / 10 + y) % 160 > 70) picture.marker.at(x, y) = 9;
-        expectLikeOracle(picture, kOrdersBySteps);
-    }
+    const std::function<bool(int, int)> scenes[] = {
+        [](int x, int y) { return x % 20 > 4 && y % 30 > 6; },
+        [](int x, int y) { return x % 40 / 16 == y % 50 / 20 && x % 40 < 32 && y % 50 < 40; },
+    };
+    for (const auto& isObject : scenes)
+        for (const unsigned seedEvery : {900u, 1u << 30}) {
+            Picture picture = twoLevelPicture(170, 150, seedEvery, 6, isObject);
+            expectLikeOracle(picture, kOrdersBySteps);
+            for (int y = 0; y < 150; ++y)
+                for (int x = 0; x < 170; ++x)
+                    if (!isObject(x, y) && (x / 10 + y) % 160 > 70) picture.marker.at(x, y) = 9;
+            expectLikeOracle(picture, kOrdersBySteps);
+        }
 }
 
 /// Corridors to and fro, one for the queue from both ends, and one for tiles from two pixels at its
