@@ -5,7 +5,7 @@
 #include <mutex>
 #include <numeric>
 
-#include "host/media/FrameTemplate.h"
+#include "host/media/FramesOfFile.h"
 #include "host/media/MediaError.h"
 #include "host/media/file_names.h"
 #include "host/media/picture_reader.h"
@@ -25,51 +25,27 @@ int unitsOf(const std::vector<Ratio>& delays) {
     return static_cast<int>(units);
 }
 
-class AnimatedFrames : public MediaSource {
+class AnimatedFrames : public FramesOfFile {
 public:
-    AnimatedFrames(std::string path, std::unique_ptr<PictureAnimation> animation)
-        : m_path(std::move(path)),
+    AnimatedFrames(const std::string& path, std::unique_ptr<PictureAnimation> animation)
+        : FramesOfFile(path),
           m_animation(std::move(animation)),
-          m_info(m_animation->info()),
           m_properties(m_animation->properties()) {
+        m_info = m_animation->info();
         takeTimes(m_animation->delays());
-        m_frames.resize(m_track.timeStamps.size());
-        std::iota(m_frames.begin(), m_frames.end(), 0);
+        setFrameCount(m_track.timeStamps.size());
     }
 
-    const std::vector<std::int64_t>& frames() const override { return m_frames; }
-    std::string path(std::int64_t frame) const override {
-        indexOf(frame);
-        return m_path;
-    }
-    std::string frameName(std::int64_t frame) const override {
-        indexOf(frame);
-        return stemOf(fileNameOf(m_path)) + '_' + FrameTemplate::parse("####")->fileName(frame);
-    }
-    PictureInfo info(std::int64_t frame) const override {
-        indexOf(frame);
-        return m_info;
-    }
     std::unique_ptr<HkImage> read(std::int64_t frame, PictureProperties* properties,
                                   std::unique_ptr<HkImage> recycled) const override {
-        const std::size_t index = indexOf(frame);
+        requireFrame(frame);
         if (properties) *properties = m_properties;
         const std::lock_guard<std::mutex> lock(m_mutex);
-        return m_animation->read(index, std::move(recycled));
+        return m_animation->read(static_cast<std::size_t>(frame), std::move(recycled));
     }
     bool readsInOrder() const override { return true; }
-    const VideoTrack* videoTrack() const override { return &m_track; }
 
 private:
-    std::size_t indexOf(std::int64_t frame) const {
-        if (frame < 0 || frame > m_frames.back())
-            throw MediaError(MediaErrorKind::MissingInput,
-                             "frame " + std::to_string(frame) +
-                                 ": the input has no such frame; its frames are 0 to " +
-                                 std::to_string(m_frames.back()));
-        return static_cast<std::size_t>(frame);
-    }
-
     void takeTimes(const std::vector<Ratio>& delays) {
         const int units = unitsOf(delays);
         double seconds = 0;
@@ -90,12 +66,8 @@ private:
         m_track.frameRate = {static_cast<int>(std::lround(rate * 1000)), 1000};
     }
 
-    const std::string m_path;
     const std::unique_ptr<PictureAnimation> m_animation;
-    const PictureInfo m_info;
     const PictureProperties m_properties;
-    std::vector<std::int64_t> m_frames;
-    VideoTrack m_track;
     mutable std::mutex m_mutex;  // one decoder serves all threads
 };
 

@@ -9,10 +9,10 @@
 #include <map>
 #include <mutex>
 #include <new>
-#include <numeric>
 #include <optional>
 #include <set>
 
+#include "host/media/FramesOfFile.h"
 #include "host/media/MediaError.h"
 #include "host/media/PictureLimits.h"
 #include "host/media/VideoTrack.h"
@@ -161,9 +161,9 @@ int channelsOf(int pixelFormat) {
     return (isGrey ? 1 : 3) + (hasAlpha ? 1 : 0);
 }
 
-class VideoFrames : public MediaSource {
+class VideoFrames : public FramesOfFile {
 public:
-    explicit VideoFrames(const std::string& path) : m_path(path) {
+    explicit VideoFrames(const std::string& path) : FramesOfFile(path) {
         silenceVideoLibrary();
         FFMS_Init(0, 0);
         m_track.path = path;
@@ -175,25 +175,6 @@ public:
         openDecoder();
         lookAtFirstFrame();
         takeTimes();
-    }
-
-    const std::vector<std::int64_t>& frames() const override { return m_frames; }
-
-    std::string path(std::int64_t frame) const override {
-        requireFrame(frame);
-        return m_path;
-    }
-
-    std::string frameName(std::int64_t frame) const override {
-        requireFrame(frame);
-        const std::size_t digits = std::max<std::size_t>(4, std::to_string(m_frames.back()).size());
-        const std::string number = std::to_string(frame);
-        return stemOf(fileNameOf(m_path)) + '_' + std::string(digits - number.size(), '0') + number;
-    }
-
-    PictureInfo info(std::int64_t frame) const override {
-        requireFrame(frame);
-        return m_info;
     }
 
     std::unique_ptr<HkImage> read(std::int64_t frame, PictureProperties* properties,
@@ -211,18 +192,9 @@ public:
         }
     }
 
-    const VideoTrack* videoTrack() const override { return &m_track; }
     std::vector<std::string> notices() const override { return m_notices; }
 
 private:
-    void requireFrame(std::int64_t frame) const {
-        if (frame < 0 || frame > m_frames.back())
-            throw MediaError(MediaErrorKind::MissingInput,
-                             "frame " + std::to_string(frame) +
-                                 ": the video has no such frame; its frames are 0 to " +
-                                 std::to_string(m_frames.back()));
-    }
-
     void openTrack() {
         FfmsReason reason;
         const FileComplaints complaints(m_path);
@@ -276,8 +248,7 @@ private:
         if (video.Flip < 0) m_turn.quarters = (m_turn.quarters + 2) % 4;
         m_info = {m_width, m_height, channelsOf(frame->EncodedPixelFormat)};
         if (m_turn.swapsSides()) std::swap(m_info.width, m_info.height);
-        m_frames.resize(static_cast<std::size_t>(video.NumFrames));
-        std::iota(m_frames.begin(), m_frames.end(), 0);
+        setFrameCount(static_cast<std::size_t>(video.NumFrames));
 
         m_track.frameRate = {video.FPSNumerator, video.FPSDenominator};
         m_track.pixelAspect = {video.SARNum, std::max(video.SARDen, 1)};
@@ -353,8 +324,8 @@ private:
         m_track.timeBase = {seconds.num, seconds.den};
         const std::int64_t start = std::llround(m_track.startSeconds / av_q2d(seconds));
         // The index of some containers has the times of decoding.
-        const bool arePacketTimesKnown = m_packetTimes.size() == m_frames.size();
-        for (std::size_t i = 0; i < m_frames.size(); ++i)
+        const bool arePacketTimesKnown = m_packetTimes.size() == frames().size();
+        for (std::size_t i = 0; i < frames().size(); ++i)
             m_track.timeStamps.push_back(
                 (arePacketTimesKnown ? m_packetTimes[i]
                                      : FFMS_GetFrameInfo(track, static_cast<int>(i))->PTS) -
@@ -464,11 +435,7 @@ private:
         return image;
     }
 
-    const std::string m_path;
-    std::vector<std::int64_t> m_frames;
-    PictureInfo m_info;
     Turn m_turn;
-    VideoTrack m_track;
     std::vector<std::string> m_notices;
     int m_trackNumber = -1;
     bool m_canJump = true;

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <new>
 #include <system_error>
+#include <type_traits>
 
 #include "host/document/ChainRenderer.h"
 #include "host/document/FilterError.h"
@@ -42,74 +43,59 @@ std::string listText(const ListOptions& options, const document::FilterCatalog& 
                             : filterExplanation(catalog, types.front());
 }
 
-/// Loads the filters, to be run over frames: what is done by then is not lost to a signal.
-template <typename Command, typename Options>
-int runOverFrames(Command command, const Options& options, Messages& messages) {
-    StopSignal::install();
-    if (options.quiet) messages.silence();
-    const PluginSession session(options.plugin);
-    return command(options, session.catalog(), messages);
-}
-
-int runCommand(const CommandLine& commandLine, Messages& messages) {
-    switch (commandLine.command) {
-        case CommandLine::ShowText:
-            return printText(commandLine.text);
-        case CommandLine::List: {
-            const PluginSession session(commandLine.list.plugin);
-            return printText(listText(commandLine.list, session.catalog()));
-        }
-        case CommandLine::Apply:
-            return runOverFrames(runApply, commandLine.apply, messages);
-        case CommandLine::Count:
-            return runOverFrames(runCount, commandLine.count, messages);
-        case CommandLine::Check: {
-            const PluginSession session(commandLine.check.plugin);
-            return runCheck(commandLine.check, session.catalog(), messages);
-        }
-        case CommandLine::Save: {
-            const PluginSession session(commandLine.save.plugin);
-            return runSave(commandLine.save, session.catalog(), messages);
-        }
-        case CommandLine::Verify: {
-            const PluginSession session(commandLine.verify.plugin);
-            return runVerify(commandLine.verify, session.catalog(), messages);
-        }
-        case CommandLine::Sheet: {
-            const PluginSession session(commandLine.sheet.plugin);
-            return runSheet(commandLine.sheet, session.catalog(), messages);
-        }
-        case CommandLine::Compare:
-            return runCompare(commandLine.compare);
-        case CommandLine::Complete:
-            return printText(completionReply(commandLine.typed));
-    }
-    return WrongCommandLine;
-}
-
-/// The library that is not the one of this program; empty: there is none.
-std::string foreignPlugin(const CommandLine& commandLine) {
+/// Calls use(options, the function that runs them) for a command that works with filters; false: it
+/// is another command.
+template <typename Use>
+bool withFilterCommand(const CommandLine& commandLine, Use use) {
+    const auto list = [](const ListOptions& options, const document::FilterCatalog& catalog,
+                         Messages&) { return printText(listText(options, catalog)); };
     switch (commandLine.command) {
         case CommandLine::List:
-            return commandLine.list.plugin;
+            return use(commandLine.list, list), true;
         case CommandLine::Apply:
-            return commandLine.apply.plugin;
+            return use(commandLine.apply, runApply), true;
         case CommandLine::Count:
-            return commandLine.count.plugin;
+            return use(commandLine.count, runCount), true;
         case CommandLine::Check:
-            return commandLine.check.plugin;
+            return use(commandLine.check, runCheck), true;
         case CommandLine::Save:
-            return commandLine.save.plugin;
+            return use(commandLine.save, runSave), true;
         case CommandLine::Verify:
-            return commandLine.verify.plugin;
+            return use(commandLine.verify, runVerify), true;
         case CommandLine::Sheet:
-            return commandLine.sheet.plugin;
+            return use(commandLine.sheet, runSheet), true;
         case CommandLine::ShowText:
         case CommandLine::Compare:
         case CommandLine::Complete:
             break;
     }
-    return {};
+    return false;
+}
+
+int runCommand(const CommandLine& commandLine, Messages& messages) {
+    int code = WrongCommandLine;
+    const auto run = [&](const auto& options, const auto& command) {
+        // What is done of a run over frames is not lost to a signal.
+        if constexpr (std::is_base_of_v<RunOptions, std::decay_t<decltype(options)>>) {
+            StopSignal::install();
+            if (options.quiet) messages.silence();
+        }
+        const PluginSession session(options.plugin);
+        code = command(options, session.catalog(), messages);
+    };
+    if (withFilterCommand(commandLine, run)) return code;
+    if (commandLine.command == CommandLine::Compare) return runCompare(commandLine.compare);
+    return printText(commandLine.command == CommandLine::Complete
+                         ? completionReply(commandLine.typed)
+                         : commandLine.text);
+}
+
+/// The library that is not the one of this program; empty: there is none.
+std::string foreignPlugin(const CommandLine& commandLine) {
+    std::string plugin;
+    withFilterCommand(commandLine,
+                      [&](const auto& options, const auto&) { plugin = options.plugin; });
+    return plugin;
 }
 
 /// Programs that read events get them from the first error on.

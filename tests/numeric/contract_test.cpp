@@ -334,6 +334,23 @@ TEST(KernelContract, KernelsAllocateNothing) {
     }
 }
 
+TEST(KernelContract, EveryFailingAllocationIsReportedAndNothingStays) {
+    for (const Kernel& kernel : preparations()) {
+        Buffers buffers;
+        const int before = heap::blocks;
+        int request = 0;
+        for (KernelStatus status = NoMemory; status != Success; ++request) {
+            heap::reset(request);
+            status = kernel.run(kernel.valid, buffers);
+            heap::reset();
+            ASSERT_TRUE(status == NoMemory || status == Success) << kernel.name;
+            EXPECT_EQ(heap::blocks, before) << kernel.name << ", request " << request << " failed";
+        }
+        const bool isInit = kernel.name != std::string("scratch size");
+        EXPECT_GE(request, isInit ? 8 : 1) << kernel.name << ": a state and what it owns";
+    }
+}
+
 /// The ways of the watershed and the distance transform that a small plane does not take.
 TEST(KernelContract, LargePlanesNeedNoAllocationsEither) {
     constexpr int kSide = 300;

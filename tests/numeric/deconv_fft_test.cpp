@@ -5,7 +5,6 @@
 
 #include "deconv_oracle.h"
 #include "numeric/owned.h"
-#include "tests/kit/heap_probe.h"
 
 namespace numeric {
 namespace {
@@ -133,11 +132,9 @@ TEST(DeconvFFT, EverySlotGivesTheSameBitsAndKeepsToTheRegion) {
                 FloatPlane dst(c.width, c.height, {20, 12});
                 ASSERT_EQ(run(src, dst, state), Success);
                 ASSERT_TRUE(samePixels(expected, dst));
-                ASSERT_TRUE(dst.surroundingsIntact());
                 FloatPlane inPlace = src;
                 ASSERT_EQ(run(inPlace, inPlace, own), Success);
                 ASSERT_TRUE(samePixels(expected, inPlace)) << "in place";
-                ASSERT_TRUE(inPlace.surroundingsIntact());
             }
         });
     }
@@ -180,23 +177,6 @@ TEST(DeconvFFT, ACallLeavesNoTraceInTheState) {
         ASSERT_EQ(run(src, actual, used), Success);
         ASSERT_TRUE(samePixels(expected, actual));
     }
-}
-
-TEST(DeconvFFTInit, FreesEverythingWhenMemoryIsShort) {
-    const std::vector<float> kernel = unsymmetricKernel(3);
-    const int blocksBefore = heap::blocks;
-    heap::reset();
-    makeState(kernel, 3, 7, 0.1F).reset();
-    const int requests = heap::requests;
-    EXPECT_GE(requests, 7);  // the state and what it owns
-    for (int failing = 0; failing < requests; ++failing) {
-        DeconvFFTState* state = nullptr;
-        heap::reset(failing);
-        EXPECT_EQ(deconvFFTInit(&state, kernel.data(), 3, 7, 0.1F), NoMemory) << failing;
-        EXPECT_EQ(state, nullptr);
-        EXPECT_EQ(heap::blocks, blocksBefore) << failing;
-    }
-    heap::reset();
 }
 
 }  // namespace

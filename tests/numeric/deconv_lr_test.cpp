@@ -3,7 +3,6 @@
 
 #include "deconv_oracle.h"
 #include "numeric/owned.h"
-#include "tests/kit/heap_probe.h"
 
 namespace numeric {
 namespace {
@@ -206,24 +205,6 @@ TEST(DeconvLR, ABlurredValueAtTheThresholdGivesNoRatio) {
 TEST(DeconvLR, ZerosStayZerosWithEveryKernel) {
     for (const Kernel& kernel : kernels())
         EXPECT_TRUE(samePixels(FloatPlane(40, 9), run(FloatPlane(40, 9), kernel, 6, 1e-4F)));
-}
-
-TEST(DeconvLRInit, EveryFailingAllocationIsReportedAndNothingStays) {
-    const Kernel kernel = filterKernel();
-    const int before = heap::blocks;
-    int request = 0;
-    for (KernelStatus status = NoMemory; status != Success; ++request) {
-        DeconvLRState* state = nullptr;
-        heap::reset(request);
-        status = deconvLRInit(&state, kernel.data(), 5, 9, 9, 0);
-        heap::reset();
-        ASSERT_EQ(status, state ? Success : NoMemory);
-        if (state) {
-            EXPECT_EQ(deconvLRFree(state), Success);
-        }
-        EXPECT_EQ(heap::blocks, before) << "after request " << request << " failed";
-    }
-    EXPECT_EQ(request, 8);  // the state, two kernels and four planes, then all succeed
 }
 
 }  // namespace

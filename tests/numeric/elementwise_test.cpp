@@ -2,8 +2,10 @@
 
 #include <climits>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <random>
+#include <vector>
 
 #include "planes.h"
 
@@ -41,66 +43,85 @@ void sweep(Check check) {
     });
 }
 
-TEST(Elementwise, ThresholdFloatReplacesWhatLiesBelowOnly) {
-    sweep<float>([](int width, Layout layout) {
-        for (const float level : {2.5F, 0.0F, -0.0F, kInf, kNaN}) {
-            FloatPlane actual = specialFloats(width, 3, layout, width);
-            FloatPlane expected = actual;
-            expected.set([&](int x, int y) {
-                return expected.at(x, y) < level ? -7.0F : expected.at(x, y);
-            });
-            ASSERT_EQ(thresholdFloat(actual.data(), actual.step(), width, 3, level, -7.0F),
-                      Success);
-            ASSERT_TRUE(samePixels(expected, actual)) << "level " << level;
-            ASSERT_TRUE(actual.surroundingsIntact());
+/// What a pixel becomes, and the call that should make it so for a whole plane. A kernel that does
+/// not need it leaves one of the operands alone.
+template <class Pixel>
+struct Operation {
+    const char* name;
+    std::function<Pixel(Pixel source, Pixel target)> expected;
+    std::function<KernelStatus(const TestPlane<Pixel>& source, TestPlane<Pixel>& target)> run;
+};
+
+/// The operation on one plane or from one into another, three rows of a width.
+template <class Pixel>
+void expectOperation(const Operation<Pixel>& operation, const TestPlane<Pixel>& source,
+                     TestPlane<Pixel>& target) {
+    TestPlane<Pixel> expected(target.width(), target.height());
+    expected.set(
+        [&](int x, int y) { return operation.expected(source.at(x, y), target.at(x, y)); });
+    ASSERT_EQ(operation.run(source, target), Success) << operation.name;
+    ASSERT_TRUE(samePixels(expected, target)) << operation.name;
+}
+
+const Operation<float> kSubtractScalar = {
+    "subtract scalar", [](float source, float) { return source - 1.7F; },
+    [](const FloatPlane& s, FloatPlane& t) {
+        return subtractScalar(s.data(), s.step(), 1.7F, t.data(), t.step(), s.width(), s.height());
+    }};
+
+TEST(Elementwise, FloatOperationsEqualTheirFormulaAtEveryWidth) {
+    std::vector<Operation<float>> operations = {
+        kSubtractScalar,
+        {"subtract", [](float source, float target) { return target - source; },
+         [](const FloatPlane& s, FloatPlane& t) {
+             return subtract(s.data(), s.step(), t.data(), t.step(), s.width(), s.height());
+         }}};
+    for (const float level : {2.5F, 0.0F, -0.0F, kInf, kNaN})
+        operations.push_back(
+            {"threshold", [=](float, float target) { return target < level ? -7.0F : target; },
+             [=](const FloatPlane&, FloatPlane& t) {
+                 return thresholdFloat(t.data(), t.step(), t.width(), t.height(), level, -7.0F);
+             }});
+    sweep<float>([&](int width, Layout layout) {
+        for (const Operation<float>& operation : operations) {
+            FloatPlane source = specialFloats(width, 3, layout, width);
+            FloatPlane target = specialFloats(width, 3, {12, 8}, width + 1000);
+            expectOperation(operation, source, target);
+            expectOperation(operation, source, source);
         }
     });
 }
 
-TEST(Elementwise, SubtractScalarIntoAnotherPlaneAndInPlace) {
-    sweep<float>([](int width, Layout layout) {
-        FloatPlane source = specialFloats(width, 3, layout, width);
-        FloatPlane expected(width, 3);
-        expected.set([&](int x, int y) { return source.at(x, y) - 1.7F; });
-        FloatPlane actual(width, 3, {8, 4});
-        ASSERT_EQ(subtractScalar(source.data(), source.step(), 1.7F, actual.data(), actual.step(),
-                                 width, 3),
-                  Success);
-        ASSERT_TRUE(samePixels(expected, actual));
-        ASSERT_TRUE(actual.surroundingsIntact());
-        ASSERT_EQ(subtractScalar(source.data(), source.step(), 1.7F, source.data(), source.step(),
-                                 width, 3),
-                  Success);
-        ASSERT_TRUE(samePixels(expected, source));
-        ASSERT_TRUE(source.surroundingsIntact());
+TEST(Elementwise, ByteOperationsEqualTheirFormulaAtEveryWidth) {
+    using Byte = unsigned char;
+    const Operation<Byte> operations[] = {
+        {"or", [](Byte source, Byte target) { return static_cast<Byte>(source | target); },
+         [](const BytePlane& s, BytePlane& t) {
+             return bitwiseOr(s.data(), s.step(), t.data(), t.step(), s.width(), s.height());
+         }},
+        {"both sides",
+         [](Byte, Byte pixel) { return pixel < 50    ? Byte{1}
+                                       : pixel > 200 ? Byte{2}
+                                                     : pixel; },
+         [](const BytePlane&, BytePlane& t) {
+             return thresholdBothSides(t.data(), t.step(), t.width(), t.height(), 50, 1, 200, 2);
+         }}};
+    sweep<Byte>([&](int width, Layout layout) {
+        for (const Operation<Byte>& operation : operations) {
+            BytePlane source = randomBytes(width, 3, layout, width);
+            BytePlane target = randomBytes(width, 3, {5, 3}, width + 1000);
+            expectOperation(operation, source, target);
+            expectOperation(operation, source, source);
+        }
     });
 }
 
 // So large that the result is written past the caches.
 TEST(Elementwise, SubtractScalarIntoALargePlane) {
     const FloatPlane source = specialFloats(4097, 1031, {4, 0}, 3);
-    FloatPlane expected(4097, 1031);
-    expected.set([&](int x, int y) { return source.at(x, y) - 1.7F; });
     forEachSlot([&] {
-        FloatPlane actual(4097, 1031, {8, 4});
-        ASSERT_EQ(subtractScalar(source.data(), source.step(), 1.7F, actual.data(), actual.step(),
-                                 4097, 1031),
-                  Success);
-        ASSERT_TRUE(samePixels(expected, actual));
-        ASSERT_TRUE(actual.surroundingsIntact());
-    });
-}
-
-TEST(Elementwise, SubtractTakesTheFirstPlaneFromTheSecond) {
-    sweep<float>([](int width, Layout layout) {
-        const FloatPlane source = specialFloats(width, 3, layout, width);
-        FloatPlane actual = specialFloats(width, 3, {12, 8}, width + 1000);
-        FloatPlane expected = actual;
-        expected.set([&](int x, int y) { return expected.at(x, y) - source.at(x, y); });
-        ASSERT_EQ(subtract(source.data(), source.step(), actual.data(), actual.step(), width, 3),
-                  Success);
-        ASSERT_TRUE(samePixels(expected, actual));
-        ASSERT_TRUE(actual.surroundingsIntact());
+        FloatPlane target(4097, 1031, {8, 4});
+        expectOperation(kSubtractScalar, source, target);
     });
 }
 
@@ -138,21 +159,6 @@ TEST(Elementwise, MaximumOfZerosIsPlusZeroAndOfNothingMinusInfinity) {
     });
 }
 
-TEST(Elementwise, BitwiseOr) {
-    sweep<unsigned char>([](int width, Layout layout) {
-        const BytePlane source = randomBytes(width, 3, layout, width);
-        BytePlane actual = randomBytes(width, 3, {5, 3}, width + 1000);
-        BytePlane expected = actual;
-        expected.set([&](int x, int y) {
-            return static_cast<unsigned char>(expected.at(x, y) | source.at(x, y));
-        });
-        ASSERT_EQ(bitwiseOr(source.data(), source.step(), actual.data(), actual.step(), width, 3),
-                  Success);
-        ASSERT_TRUE(samePixels(expected, actual));
-        ASSERT_TRUE(actual.surroundingsIntact());
-    });
-}
-
 TEST(Elementwise, ByteThresholdsForLevelsInsideAndOutsideTheRangeOfAByte) {
     // All 256 pixel values in one row; any integer compares as the number it is.
     const int levels[] = {INT_MIN, -1, 0, 1, 2, 127, 128, 254, 255, 256, INT_MAX};
@@ -179,21 +185,6 @@ TEST(Elementwise, ByteThresholdsForLevelsInsideAndOutsideTheRangeOfAByte) {
                 ASSERT_TRUE(samePixels(expected, both)) << lower << ", " << upper;
             }
         }
-    });
-}
-
-TEST(Elementwise, ByteThresholdsAtEveryWidth) {
-    sweep<unsigned char>([](int width, Layout layout) {
-        BytePlane actual = randomBytes(width, 3, layout, width);
-        BytePlane expected = actual;
-        expected.set([&](int x, int y) -> unsigned char {
-            const int pixel = expected.at(x, y);
-            return static_cast<unsigned char>(pixel < 50 ? 1 : pixel > 200 ? 2 : pixel);
-        });
-        ASSERT_EQ(thresholdBothSides(actual.data(), actual.step(), width, 3, 50, 1, 200, 2),
-                  Success);
-        ASSERT_TRUE(samePixels(expected, actual));
-        ASSERT_TRUE(actual.surroundingsIntact());
     });
 }
 

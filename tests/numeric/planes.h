@@ -118,7 +118,7 @@ using BytePlane = TestPlane<unsigned char>;
 using FloatPlane = TestPlane<float>;
 
 /// Scratch of exactly the size that a kernel reports, so many bytes off a 64-byte boundary, filled
-/// with what nobody expects.
+/// with what nobody expects. At its end it looks whether anything was written beside it.
 class TestScratch : public BytePlane {
 public:
     using SizeRoutine = KernelStatus(int width, int height, int* size);
@@ -126,6 +126,7 @@ public:
         : BytePlane(sizeFor(sizeRoutine, width, height), 1, {0, offsetBytes}) {
         fill(0x7F);
     }
+    ~TestScratch() { EXPECT_TRUE(surroundingsIntact()) << "written beside the scratch"; }
 
 private:
     static int sizeFor(SizeRoutine sizeRoutine, int width, int height) {
@@ -145,12 +146,15 @@ std::string toText(const TestPlane<Pixel>& plane) {
     return text.str();
 }
 
-/// Same size and the same bits in every pixel. Prints the first difference, and small planes whole.
+/// Same size, the same bits in every pixel, and nothing written beside the actual ones. Prints the
+/// first difference, and small planes whole.
 template <class Pixel>
 ::testing::AssertionResult samePixels(const TestPlane<Pixel>& expected,
                                       const TestPlane<Pixel>& actual) {
     if (expected.width() != actual.width() || expected.height() != actual.height())
         return ::testing::AssertionFailure() << "the planes differ in size";
+    if (!actual.surroundingsIntact())
+        return ::testing::AssertionFailure() << "bytes beside the pixels were written";
     for (int y = 0; y < expected.height(); ++y) {
         for (int x = 0; x < expected.width(); ++x) {
             if (std::memcmp(expected.row(y) + x, actual.row(y) + x, sizeof(Pixel)) == 0) continue;

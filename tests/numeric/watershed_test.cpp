@@ -25,7 +25,6 @@ void flood(const BytePlane& relief, BytePlane& marker, int norm, int flags) {
     ASSERT_EQ(watershed(relief.data(), relief.step(), marker.data(), marker.step(), relief.width(),
                         relief.height(), norm, flags, scratch.data()),
               Success);
-    ASSERT_TRUE(scratch.surroundingsIntact());
     ASSERT_TRUE(marker.surroundingsIntact());
 }
 

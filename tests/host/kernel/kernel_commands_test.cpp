@@ -64,15 +64,6 @@ TEST_F(ChangeObject, WritesOnlyWhatWasAssignedAndDiffers) {
     EXPECT_TRUE(state() == expected);
 }
 
-TEST_F(ChangeObject, WithoutChangeLeavesNoStep) {
-    push({{"Size", 1}, {"Smooth", false}});
-    push({});
-    EXPECT_EQ(stack.count(), 0);
-    push({{"Size", 4}});
-    push({{"Size", 4}});
-    EXPECT_EQ(stack.count(), 1);
-}
-
 TEST_F(ChangeObject, WritesKeysOfAnimatedInstances) {
     store.setAnimated(object, true);
     store.setKey(object, TestManipulator::Size, 0, 2);

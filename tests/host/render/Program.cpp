@@ -9,7 +9,9 @@
 #include <QFile>
 #include <QThreadPool>
 #include <algorithm>
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 #include "host/render/Fxrender.h"
 
@@ -48,6 +50,17 @@ bool isOneOfMany([[maybe_unused]] const Arguments& arguments) {
 }
 
 }  // namespace
+
+Arguments operator+(Arguments first, const Arguments& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+Arguments each(const std::string& option, const Arguments& values) {
+    Arguments result;
+    for (const std::string& value : values) result.insert(result.end(), {option, value});
+    return result;
+}
 
 RunningProgram::RunningProgram(const std::function<int()>& main, const QString& workingFolder) {
     std::fflush(nullptr);  // or the child would write it, too
@@ -104,10 +117,15 @@ ProgramResult FxrenderTest::runAs(uid_t user, const Arguments& arguments) {
     return RunningProgram(main, folder()).wait();
 }
 
-ProgramResult FxrenderTest::apply(Arguments arguments, int expectedExitCode) {
-    arguments.insert(arguments.begin(), "apply");
+void FxrenderTest::waitFor(const QString& name) const {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(2);
+    while (!QFile::exists(path(name)) && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+ProgramResult FxrenderTest::run(const Arguments& arguments, int expectedExitCode) {
     const ProgramResult result = fxrender(arguments);
-    EXPECT_EQ(result.exitCode, expectedExitCode) << result.err;
+    EXPECT_EQ(result.exitCode, expectedExitCode) << testing::PrintToString(arguments) << result.err;
     return result;
 }
 

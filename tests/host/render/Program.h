@@ -13,6 +13,11 @@
 
 using Arguments = std::vector<std::string>;
 
+Arguments operator+(Arguments first, const Arguments& second);
+
+/// Each of these behind the option.
+Arguments each(const std::string& option, const Arguments& values);
+
 /// What a program left behind when it ended.
 struct ProgramResult {
     int exitCode = -1;  ///< -1 when a signal killed it
@@ -45,14 +50,20 @@ protected:
     /// The same as a user whom permissions bind, whoever runs the test.
     ProgramResult fxrenderAsUser(const Arguments& arguments);
 
-    /// fxrender apply, which must end with this code.
-    ProgramResult apply(Arguments arguments, int expectedExitCode = 0);
+    /// The program, which must end with this code.
+    ProgramResult run(const Arguments& arguments, int expectedExitCode = 0);
+    ProgramResult apply(const Arguments& arguments, int expectedExitCode = 0) {
+        return run(Arguments{"apply"} + arguments, expectedExitCode);
+    }
 
     /// The test fails unless the program ends with this code and one line on standard error that
     /// holds `message`.
     void expectRefusal(const Arguments& arguments, int exitCode, const std::string& message);
     static void expectRefused(const ProgramResult& result, int exitCode,
                               const std::string& message);
+
+    /// Until the file is there, for minutes at the most.
+    void waitFor(const QString& name) const;
 
     QString path(const QString& name) const { return m_folder.filePath(name); }
     QString folder() const { return m_folder.path(); }

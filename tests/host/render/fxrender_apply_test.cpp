@@ -44,9 +44,7 @@ protected:
     /// What the filters make of the picture.
     QImage applied(const QImage& image, const Arguments& filters) {
         save(image, "in.png");
-        Arguments arguments = {"in.png", "-o", "out.png"};
-        for (const std::string& filter : filters) arguments.insert(arguments.end(), {"-f", filter});
-        apply(arguments);
+        apply(Arguments{"in.png", "-o", "out.png"} + each("-f", filters));
         return load("out.png");
     }
     QImage colours(const QString& name) const {
@@ -188,9 +186,8 @@ TEST_F(FxrenderApply, ADryRunSaysWhatItWouldWriteAndWritesNothing) {
 TEST_F(FxrenderApply, StandardOutputStaysFreeAndProgressObeys) {
     saveSequence(4);
     const auto progress = [this](const Arguments& how) {
-        Arguments arguments = {"shot_####.png", "-o", "out/", "-f", "Channel separation"};
-        arguments.insert(arguments.end(), how.begin(), how.end());
-        const ProgramResult result = apply(arguments);
+        const ProgramResult result =
+            apply(Arguments{"shot_####.png", "-o", "out/", "-f", "Channel separation"} + how);
         EXPECT_EQ(result.out, "");
         return result.err;
     };

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <numeric>
 
 #include "tests/host/render/Program.h"
@@ -18,16 +19,17 @@ protected:
         image.fill(level);
         return image;
     }
-    /// White discs on black; the second pair touches.
-    QImage discs() const {
-        QImage image = grey(160, 60, 0);
-        for (auto [cx, cy] : {std::pair{25, 30}, {80, 30}, {115, 30}})
-            for (int y = 0; y < 60; ++y)
-                for (int x = 0; x < 160; ++x)
-                    if ((x - cx) * (x - cx) + (y - cy) * (y - cy) <= 20 * 20)
-                        image.bits()[y * image.bytesPerLine() + x] = 255;
+    /// Discs around these points of the middle row.
+    QImage discs(QImage image, std::initializer_list<int> centres, int radius, int level) const {
+        for (const int centre : centres)
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x)
+                    if (std::hypot(x - centre, y - image.height() / 2) <= radius)
+                        image.scanLine(y)[x] = static_cast<uchar>(level);
         return image;
     }
+    /// White discs on black; the second pair touches.
+    QImage discs() const { return discs(grey(160, 60, 0), {25, 80, 115}, 20, 255); }
     /// The grey levels of what the filter makes of in.png.
     std::vector<int> applied(const std::string& filter) {
         apply({"in.png", "-o", "out.png", "-q", "-f", filter});
@@ -84,13 +86,7 @@ TEST_F(FxrenderCheck, NamesKeysOutsideAllFrames) {
 }
 
 TEST_F(FxrenderCheck, KnowsAThresholdThatLeavesOneColour) {
-    QImage cells = grey(120, 60, 2);
-    for (auto [cx, cy] : {std::pair{30, 30}, {85, 30}})
-        for (int y = 0; y < 60; ++y)
-            for (int x = 0; x < 120; ++x)
-                if ((x - cx) * (x - cx) + (y - cy) * (y - cy) <= 15 * 15)
-                    cells.bits()[y * cells.bytesPerLine() + x] = 10;
-    save(cells, "in.png");
+    save(discs(grey(120, 60, 2), {30, 85}, 15, 10), "in.png");
     for (const char* settings : {"Size=51", "Size=51,Min=0", "Size=51,Min=5"}) {
         const std::string filter = std::string("Adaptive threshold:") + settings;
         const bool white = mean(applied(filter)) > 0.99 * 255;
@@ -131,9 +127,8 @@ TEST_F(FxrenderCheck, KnowsWhatTheSeparatorNeeds) {
 TEST_F(FxrenderCheck, ReportsHowManyObjectsAreSeparated) {
     save(discs(), "in.png");
     const auto reported = [&](const Arguments& filters) {
-        Arguments arguments = {"in.png", "-o", "out.png", "--report", "r.json", "-q"};
-        for (const std::string& filter : filters) arguments.insert(arguments.end(), {"-f", filter});
-        apply(arguments);
+        apply(Arguments{"in.png", "-o", "out.png", "--report", "r.json", "-q"} +
+              each("-f", filters));
         return jsonIn("r.json")["frames"][0];
     };
     EXPECT_EQ(reported({"Object separator:Det=20"})["objects"], 3) << "the two that touch are two";

@@ -14,11 +14,8 @@ using testing::HasSubstr;
 
 class FxrenderCompare : public FxrenderTest {
 protected:
-    ProgramResult compare(Arguments arguments, int expectedExitCode) {
-        arguments.insert(arguments.begin(), "compare");
-        const ProgramResult result = fxrender(arguments);
-        EXPECT_EQ(result.exitCode, expectedExitCode) << result.err;
-        return result;
+    ProgramResult compare(const Arguments& arguments, int expectedExitCode) {
+        return run(Arguments{"compare"} + arguments, expectedExitCode);
     }
     static cv::Mat matOf(QImage& image) {
         return cv::Mat(image.height(), image.width(), CV_8UC3, image.bits(),

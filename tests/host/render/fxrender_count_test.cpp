@@ -37,11 +37,9 @@ protected:
     }
     /// The filter leaves the rectangles as they are.
     ProgramResult count(const Arguments& others, int expectedExitCode = 0) {
-        Arguments arguments = {"count", "shot_####.png", "-f", "Channel separation:Channel=1"};
-        arguments.insert(arguments.end(), others.begin(), others.end());
-        const ProgramResult result = fxrender(arguments);
-        EXPECT_EQ(result.exitCode, expectedExitCode) << result.err;
-        return result;
+        return run(
+            Arguments{"count", "shot_####.png", "-f", "Channel separation:Channel=1"} + others,
+            expectedExitCode);
     }
 };
 

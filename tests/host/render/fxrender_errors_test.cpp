@@ -18,12 +18,16 @@ protected:
     }
     void TearDown() override { EXPECT_EQ(files(), m_before); }
 
-    /// Applying a filter with one thing changed.
-    void expectApplyRefused(const char* input, const char* output, const char* filter,
-                            const Arguments& others, int exitCode, const std::string& message) {
-        Arguments arguments = {"apply", input, "-o", output, "-f", filter};
-        arguments.insert(arguments.end(), others.begin(), others.end());
-        expectRefusal(arguments, exitCode, message);
+    struct Row {
+        Arguments arguments;
+        int exitCode;
+        const char* message;
+    };
+    void expectRefusals(const std::vector<Row>& rows) {
+        for (const Row& row : rows) expectRefusal(row.arguments, row.exitCode, row.message);
+    }
+    static Arguments applying(const char* input, const char* output, const char* filter) {
+        return {"apply", input, "-o", output, "-f", filter};
     }
 
     static constexpr const char* kSeparate = "Channel separation";
@@ -48,11 +52,7 @@ TEST_F(FxrenderErrors, HelpAndVersionAreResults) {
 }
 
 TEST_F(FxrenderErrors, WrongCommandLines) {
-    const struct {
-        Arguments arguments;
-        int exitCode;
-        const char* message;
-    } rows[] = {
+    expectRefusals({
         {{"aply"}, 2, "did you mean apply?"},
         {{"frobnicate"}, 2, "valid: list, apply"},
         {{"list", "json"}, 2, "there is no filter \"json\""},
@@ -76,39 +76,27 @@ TEST_F(FxrenderErrors, WrongCommandLines) {
         {{"list", "--plugin", "none.so"}, 66, "none.so"},
         {{"list", "--plugin", "in.png"}, 65, "in.png"},
         {{"list", "--plugin", OTHER_LIBRARY}, 65, OTHER_LIBRARY},
-    };
-    for (const auto& row : rows) expectRefusal(row.arguments, row.exitCode, row.message);
+    });
 }
 
 TEST_F(FxrenderErrors, InputsAndOutputsAndFiltersThatCannotBe) {
-    const struct {
-        const char* input;
-        const char* output;
-        const char* filter;
-        int exitCode;
-        const char* message;
-    } rows[] = {
-        {"none.png", "o.png", kSeparate, 66, "none.png"},
-        {"text.png", "o.png", kSeparate, 65, "text.png"},
-        {"in.png", "in.png", kSeparate, 73, "in.png"},
-        {"in.png", "./in.png", kSeparate, 73, "in.png"},
-        {"in.png", "missing/o.png", kSeparate, 73, "missing"},
-        {"in.png", "o.xyz", kSeparate, 73, "o.xyz"},
-        {"in.png", "-", kSeparate, 2, "out_####.png"},
-        {"in.png", "\x1b[31m\xff.xyz", kSeparate, 73, "\\x1b[31m\\xff.xyz"},
-        {"in.png", "o.png", "Chanel separation", 2, "did you mean \"Channel separation\"?"},
-        {"in.png", "o.png", "two\nlines", 2, "\"two\\x0alines\""},
-    };
-    for (const auto& row : rows)
-        expectApplyRefused(row.input, row.output, row.filter, {}, row.exitCode, row.message);
+    expectRefusals({
+        {applying("none.png", "o.png", kSeparate), 66, "none.png"},
+        {applying("text.png", "o.png", kSeparate), 65, "text.png"},
+        {applying("in.png", "in.png", kSeparate), 73, "in.png"},
+        {applying("in.png", "./in.png", kSeparate), 73, "in.png"},
+        {applying("in.png", "missing/o.png", kSeparate), 73, "missing"},
+        {applying("in.png", "o.xyz", kSeparate), 73, "o.xyz"},
+        {applying("in.png", "-", kSeparate), 2, "out_####.png"},
+        {applying("in.png", "\x1b[31m\xff.xyz", kSeparate), 73, "\\x1b[31m\\xff.xyz"},
+        {applying("in.png", "o.png", "Chanel separation"), 2,
+         "did you mean \"Channel separation\"?"},
+        {applying("in.png", "o.png", "two\nlines"), 2, "\"two\\x0alines\""},
+    });
 }
 
 TEST_F(FxrenderErrors, OptionsThatCannotBe) {
-    const struct {
-        Arguments options;
-        int exitCode;
-        const char* message;
-    } rows[] = {
+    const Row rows[] = {
         {{"--keepgoing"}, 2, "did you mean --keep-going?"},
         {{"--jobs", "0"}, 2, "--jobs"},
         {{"--progress", "loud"}, 2, "no \"loud\"; valid: auto, bar, plain, json, none\n"},
@@ -124,8 +112,10 @@ TEST_F(FxrenderErrors, OptionsThatCannotBe) {
         {{"--report", "/dev/null"}, 73, "no regular file"},
     };
     for (const auto& row : rows)
-        expectApplyRefused("in.png", "o.png", kSeparate, row.options, row.exitCode, row.message);
-    expectApplyRefused("in.png", "out/", kSeparate, {"text.png", "-n"}, 65, "text.png");
+        expectRefusal(applying("in.png", "o.png", kSeparate) + row.arguments, row.exitCode,
+                      row.message);
+    expectRefusal(applying("in.png", "out/", kSeparate) + Arguments{"text.png", "-n"}, 65,
+                  "text.png");
 }
 
 TEST_F(FxrenderErrors, AFolderWithoutPermission) {

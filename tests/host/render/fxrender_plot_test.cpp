@@ -28,12 +28,10 @@ protected:
         save(image, shot(frame));
     }
     ProgramResult count(const Arguments& others, int code = 0) {
-        Arguments arguments = {"count", "shot_####.png", "-f",   "Channel separation:Channel=1",
-                               "-q",    "--plot",        "p.svg"};
-        arguments.insert(arguments.end(), others.begin(), others.end());
-        const ProgramResult result = fxrender(arguments);
-        EXPECT_EQ(result.exitCode, code) << result.err;
-        return result;
+        return run(Arguments{"count", "shot_####.png", "-f", "Channel separation:Channel=1", "-q",
+                             "--plot", "p.svg"} +
+                       others,
+                   code);
     }
     Drawing drawing(const QString& name) {
         Drawing found;
@@ -101,9 +99,7 @@ TEST_F(FxrenderPlot, OneFrameNoObjectsAndApply) {
 
     saveDots(1, 6);
     const Arguments chain = {"-q", "-f", "Channel separation:Channel=1", "-f", "Object separator"};
-    Arguments arguments = {"shot_####.png", "-o", "out/", "--plot", "out/q.svg"};
-    arguments.insert(arguments.end(), chain.begin(), chain.end());
-    apply(arguments);
+    apply(Arguments{"shot_####.png", "-o", "out/", "--plot", "out/q.svg"} + chain);
     count({"-f", "Object separator"});
     EXPECT_EQ(contents("out/q.svg"), contents("p.svg"));
 

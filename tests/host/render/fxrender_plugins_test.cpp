@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <QFile>
-#include <chrono>
 
 #include "tests/host/render/Program.h"
 
@@ -146,9 +145,7 @@ TEST_F(FxrenderPlugins, StopWhenTheirStarterIsStopped) {
     const Arguments arguments = {FXRENDER, "apply", "shot_####.png", "-o", "out/",     "-f",
                                  "First",  "-q",    "--jobs",        "1",  "--plugin", plugin};
     RunningProgram program(arguments, folder());
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(2);
-    while (!QFile::exists(path("out/" + shot(1))) && std::chrono::steady_clock::now() < deadline)
-        usleep(1000);
+    waitFor("out/" + shot(1));
     program.send(SIGTERM);
     const ProgramResult result = program.wait();
     EXPECT_EQ(result.exitCode, 143) << result.err;

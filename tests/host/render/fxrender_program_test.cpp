@@ -2,9 +2,7 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 
-#include <chrono>
 #include <filesystem>
-#include <thread>
 
 #include "tests/host/render/Program.h"
 
@@ -95,9 +93,7 @@ TEST_P(FxrenderSignal, EndsAfterTheCurrentFrameAndLeavesNothingHalfDone) {
                            folder());
     // The first result shows that the run is under way.
     const QDir out(path("out"));
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(2);
-    while (!out.exists(shot(0)) && std::chrono::steady_clock::now() < deadline)
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    waitFor("out/" + shot(0));
     program.send(GetParam());
     const ProgramResult result = program.wait();
     EXPECT_EQ(result.exitCode, 128 + GetParam()) << result.err;

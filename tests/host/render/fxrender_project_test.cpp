@@ -24,16 +24,8 @@ protected:
         run({"save", "reel.fxp", "shot_####.png", "-f", kBlur, "-f", "Channel separation"});
     }
 
-    ProgramResult run(const Arguments& arguments, int expectedExitCode = 0) {
-        const ProgramResult result = fxrender(arguments);
-        EXPECT_EQ(result.exitCode, expectedExitCode)
-            << testing::PrintToString(arguments) << result.err;
-        return result;
-    }
     ProgramResult render(const Arguments& others, int expectedExitCode = 0) {
-        Arguments arguments = {"render", "reel.fxp"};
-        arguments.insert(arguments.end(), others.begin(), others.end());
-        return run(arguments, expectedExitCode);
+        return run(Arguments{"render", "reel.fxp"} + others, expectedExitCode);
     }
     void expectSamePictures(const QString& a, const QString& b) const {
         for (int frame = 0; frame < kFrames; ++frame)
@@ -81,11 +73,10 @@ TEST_F(FxrenderProject, RendersWhatTheSameFiltersWouldMake) {
 TEST_F(FxrenderProject, IsCountedAndCheckedLikeItsFilters) {
     EXPECT_EQ(run({"check", "reel.fxp", "--frames", "2-3"}).out,
               "2 frames: nothing to object to\n");
-    const Arguments chain = {"-f", "Adaptive threshold:Size=11,Min=0"};
-    run({"save", "c.fxp", "shot_####.png", "-f", "Channel separation", chain[0], chain[1]});
-    EXPECT_EQ(
-        run({"count", "c.fxp", "-q"}).out,
-        run({"count", "shot_####.png", "-f", "Channel separation", chain[0], chain[1], "-q"}).out);
+    const Arguments chain = each("-f", {"Channel separation", "Adaptive threshold:Size=11,Min=0"});
+    run(Arguments{"save", "c.fxp", "shot_####.png"} + chain);
+    EXPECT_EQ(run({"count", "c.fxp", "-q"}).out,
+              run(Arguments{"count", "shot_####.png", "-q"} + chain).out);
 }
 
 TEST_F(FxrenderProject, NeverReplacesWhatIsNoProjectAndKeepsTheRangeOfSamples) {
@@ -114,13 +105,8 @@ TEST_F(FxrenderProject, ResumeDoesWhatIsMissingStaleOrDamagedAndNothingElse) {
     write("out/" + shot(2), "damaged");
     save(picture(77, 61, 47), shot(4));  // another input
     const Arguments other = {"-o", "out/", "--set", "Blur and enhance:Blur=0=1;6=7;8=8"};
-    Arguments resume = other;
-    resume.push_back("--resume");
-    const std::string dry = [&] {
-        Arguments arguments = resume;
-        arguments.push_back("-n");
-        return render(arguments).out;
-    }();
+    const Arguments resume = other + Arguments{"--resume"};
+    const std::string dry = render(resume + Arguments{"-n"}).out;
     EXPECT_THAT(dry, HasSubstr("4 frames to render\n"));
     EXPECT_FALSE(files().contains("out/" + shot(1))) << "a dry run writes nothing";
     EXPECT_THAT(render(resume).err,
@@ -173,8 +159,7 @@ TEST_F(FxrenderProject, ShardsAndJobsShareOutTheFramesAndChangeNoPixel) {
 TEST_F(FxrenderProject, VerifySaysWhatIsWrongWithWhich) {
     const Arguments chain = {"shot_####.png",     "-o", "out/", "-f", kBlur, "-f",
                              "Channel separation"};
-    run({"apply", chain[0], chain[1], chain[2], chain[3], chain[4], chain[5], chain[6], "--shard",
-         "1/2"});
+    apply(chain + Arguments{"--shard", "1/2"});
     const ProgramResult half = run({"verify", "reel.fxp", "-o", "out/"}, 1);
     EXPECT_THAT(half.out, testing::StartsWith("frame 1: missing\nframe 3: missing\n"));
     EXPECT_THAT(half.out, HasSubstr("5 of 9 frames are there"));
@@ -186,8 +171,7 @@ TEST_F(FxrenderProject, VerifySaysWhatIsWrongWithWhich) {
     write("out/" + shot(6), QByteArray::fromStdString(bytes));
     std::filesystem::last_write_time(path("out/" + shot(6)).toStdString(), time);
     write("out/.fxrender/1-of-2.torn.ledger", contents("reel.fxp").substr(0, 99).c_str());
-    Arguments verify = chain;
-    verify.insert(verify.begin(), "verify");
+    Arguments verify = Arguments{"verify"} + chain;
     EXPECT_EQ(run(verify, 1).out,
               "frame 6: damaged or replaced (its bytes are not those that were written)\n"
               "8 of 9 frames are there, up to date and undamaged\n");

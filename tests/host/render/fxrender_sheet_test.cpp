@@ -8,18 +8,13 @@ using testing::HasSubstr;
 
 class FxrenderSheet : public FxrenderTest {
 protected:
-    QImage sheet(Arguments arguments) {
-        arguments.insert(arguments.begin(), "sheet");
-        arguments.insert(arguments.end(), {"-o", "sheet.png"});
-        const ProgramResult result = fxrender(arguments);
-        EXPECT_EQ(result.exitCode, 0) << result.err;
+    QImage sheet(const Arguments& arguments) {
+        run(Arguments{"sheet"} + arguments + Arguments{"-o", "sheet.png"});
         return load("sheet.png");
     }
     /// What apply makes of a file.
     QImage applied(const QString& input, const Arguments& filters) {
-        Arguments arguments = {input.toStdString(), "-o", "applied.png", "-q"};
-        for (const std::string& filter : filters) arguments.insert(arguments.end(), {"-f", filter});
-        apply(arguments);
+        apply(Arguments{input.toStdString(), "-o", "applied.png", "-q"} + each("-f", filters));
         return load("applied.png");
     }
 };
@@ -89,10 +84,9 @@ TEST_F(FxrenderSheet, AFilterThatRefusesOneValueLeavesTheOthers) {
 TEST_F(FxrenderSheet, SaysWhatCannotBeShown) {
     save(picture(1), "in.png");
     const auto refuse = [this](const Arguments& sweeps, int code, const std::string& message) {
-        Arguments arguments = {"sheet", "in.png", "-o", "n.png", "-f", "Degauss"};
-        for (const std::string& sweep : sweeps)
-            arguments.insert(arguments.end(), {"--over", sweep});
-        expectRefusal(arguments, code, message);
+        expectRefusal(
+            Arguments{"sheet", "in.png", "-o", "n.png", "-f", "Degauss"} + each("--over", sweeps),
+            code, message);
     };
     refuse({"Degauss"}, 2, "KEY:Name=VALUE");
     refuse({"Degauss:Amount=3,99"}, 2, "Threshold=99 is out of range");
