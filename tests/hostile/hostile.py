@@ -5,7 +5,8 @@ Makes damaged and lying files of the seeds in fuzz/seeds and runs fxrender on ea
 (fxrender_forked.cpp).
 Whatever the file, the program must not end by a signal, nor take more than 5 seconds of processor time; it
 succeeds, with its output and nothing else beside it, or gives one line of text, a documented exit code, and
-leaves no file. Before that line may stand the warning that memory will be short. The same number gives the same file. Exit code 1 when any run was otherwise."""
+leaves no file. Before that line may stand the warning that memory will be short. The same number gives the same
+file. Exit code 1 when any run was otherwise."""
 
 import argparse
 import collections
