@@ -12,12 +12,18 @@ namespace {
 
 void (*run)(fuzz::Input) = nullptr;
 
+/// A failed expectation ends the process in the way for which the fuzzer keeps the input.
+class Abort : public testing::EmptyTestEventListener {
+    void OnTestPartResult(const testing::TestPartResult& result) override {
+        if (result.failed()) std::abort();
+    }
+};
+
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int* argumentCount, char*** arguments) {
-    // A failed expectation ends the process, as the fuzzer wants it.
     testing::InitGoogleTest();
-    GTEST_FLAG_SET(break_on_failure, true);
+    testing::UnitTest::GetInstance()->listeners().Append(new Abort);
     const char option[] = "--target=";
     for (int i = 1; i < *argumentCount; ++i)
         for (const fuzz::Target& target : fuzz::targets())

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <vector>
 
 #include "fuzz/targets.h"
 #include "host/media/MediaError.h"
@@ -35,8 +36,16 @@ private:
     int m_descriptor;
 };
 
-/// Larger ones are left to tests/hostile: they take a trial's time for a thousand others.
-constexpr int kMostPixels = 1 << 20;
+/// Larger ones are left to tests/hostile: a trial of those takes the time of a thousand others.
+constexpr int kMostPixels = 1 << 16;
+
+/// What the heap gives next was in use, and is full of this value.
+void soilHeap(int value) {
+    const std::size_t least = 256, most = 1 << 15;
+    std::vector<std::vector<unsigned char>> blocks;
+    for (std::size_t size = least; size <= most; size += size / 2)
+        blocks.emplace_back(size, static_cast<unsigned char>(value));
+}
 
 std::unique_ptr<HkImage> filled(const media::PictureInfo& info, int value) {
     auto image = std::make_unique<HkImage>(info.width, info.height, info.channels, nullptr, 1u);
@@ -51,7 +60,9 @@ void readPage(const std::string& path, int page, const media::SampleRange& range
     if (std::int64_t{info.width} * info.height > kMostPixels) return;
     // Into memory of different contents: nothing of it may be left in the picture.
     media::PictureProperties properties;
+    soilHeap(0x5a);
     const auto image = media::readPicture(path, page, range, &properties, filled(info, 0x5a));
+    soilHeap(0xa5);
     const auto again = media::readPicture(path, page, range, nullptr, filled(info, 0xa5));
     EXPECT_EQ(image->width, info.width);
     EXPECT_EQ(image->height, info.height);

@@ -49,7 +49,9 @@ InstanceState withoutKeys(const InstanceState& state, const FrameSet& frames) {
 
 InstanceState withKeysMoved(const InstanceState& state, const FrameSet& frames, qint64 by) {
     if (frames.empty()) return state;
-    by = std::max(by, -*frames.begin());
+    const qint64 most = std::numeric_limits<qint64>::max();
+    by = std::max(by, -std::max(*frames.begin(), -most));
+    by = std::min(by, most - std::max<qint64>(*frames.rbegin(), 0));
     InstanceState result = state;
     for (InstanceParam& param : result.params) {
         ParamTrack moved;

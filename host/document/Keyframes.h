@@ -25,7 +25,8 @@ InstanceState withKeyAt(const InstanceState& state, const HkKernelObjectDataDesc
 /// all frames, so that nothing jumps.
 InstanceState withoutKeys(const InstanceState& state, const FrameSet& frames);
 
-/// The keys at these frames move `by` frames and replace those they meet; none goes below frame 0.
+/// The keys at these frames move `by` frames and replace those they meet; none goes below frame 0,
+/// nor past the last frame that has a number.
 InstanceState withKeysMoved(const InstanceState& state, const FrameSet& frames, qint64 by);
 
 /// The keys at these frames as a filter text ("Blur and enhance:Blur=0=1;20=13"), which the command

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace {
 
@@ -15,6 +16,7 @@ namespace {
 FX_INITIAL_EXEC thread_local unsigned long g_failed = 0;
 FX_INITIAL_EXEC thread_local unsigned long g_asked = 0;
 FX_INITIAL_EXEC thread_local unsigned long g_failing = 0;
+FX_INITIAL_EXEC thread_local unsigned long g_zeroing = 0;  // how many ZeroedHeap live
 
 }  // namespace
 
@@ -29,10 +31,27 @@ unsigned long failAllocation(unsigned long number) noexcept {
     return asked;
 }
 
+ZeroedHeap::ZeroedHeap() noexcept {
+    ++g_zeroing;
+}
+
+ZeroedHeap::~ZeroedHeap() {
+    --g_zeroing;
+}
+
 #if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 
 // The functions that ask for memory, in the place of the C library's for all of the process: this
 // library is found before it. The blocks are those of the C library, whose free() takes them back.
+
+#pragma GCC visibility push(default)
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* block, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+}
+#pragma GCC visibility pop
 
 namespace {
 
@@ -46,6 +65,12 @@ std::size_t asked(std::size_t size) noexcept {
     return ++g_asked == g_failing ? SIZE_MAX / 2 : size;
 }
 
+void* aligned(std::size_t alignment, std::size_t size) noexcept {
+    void* const block = noted(__libc_memalign(alignment, asked(size)), true);
+    if (block && g_zeroing) std::memset(block, 0, size);
+    return block;
+}
+
 bool isPowerOfTwo(std::size_t number) noexcept {
     return number != 0 && (number & (number - 1)) == 0;
 }
@@ -55,13 +80,8 @@ bool isPowerOfTwo(std::size_t number) noexcept {
 #pragma GCC visibility push(default)
 extern "C" {
 
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* block, std::size_t size);
-void* __libc_memalign(std::size_t alignment, std::size_t size);
-
 void* malloc(std::size_t size) noexcept {
-    return noted(__libc_malloc(asked(size)), true);
+    return noted(g_zeroing ? __libc_calloc(1, asked(size)) : __libc_malloc(asked(size)), true);
 }
 
 void* calloc(std::size_t count, std::size_t size) noexcept {
@@ -73,17 +93,17 @@ void* realloc(void* block, std::size_t size) noexcept {
 }
 
 void* memalign(std::size_t alignment, std::size_t size) noexcept {
-    return noted(__libc_memalign(alignment, asked(size)), true);
+    return aligned(alignment, size);
 }
 
 void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
-    return noted(__libc_memalign(alignment, asked(size)), true);
+    return aligned(alignment, size);
 }
 
 int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept {
     if (alignment % sizeof(void*) != 0 || !isPowerOfTwo(alignment)) return EINVAL;
     const int errorBefore = errno;
-    void* const made = noted(__libc_memalign(alignment, asked(size)), true);
+    void* const made = aligned(alignment, size);
     errno = errorBefore;
     if (!made) return ENOMEM;
     *block = made;

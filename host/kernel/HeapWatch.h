@@ -15,3 +15,13 @@ FXKERNELAPI_EXPORT unsigned long failedAllocations() noexcept;
 /// counted from 1, finds no memory; 0 for none. Returns how many allocations there were since the
 /// last such call.
 FXKERNELAPI_EXPORT unsigned long failAllocation(unsigned long number) noexcept;
+
+/// While one lives, fresh memory of the calling thread is zero: for libraries that give what lay in
+/// memory before where a file has too little. Not where another library takes the heap's place.
+class FXKERNELAPI_EXPORT ZeroedHeap {
+public:
+    ZeroedHeap() noexcept;
+    ~ZeroedHeap();
+    ZeroedHeap(const ZeroedHeap&) = delete;
+    ZeroedHeap& operator=(const ZeroedHeap&) = delete;
+};

@@ -5,7 +5,8 @@ Makes damaged and lying files of the seeds in fuzz/seeds and runs fxrender on ea
 (fxrender_forked.cpp).
 Whatever the file, the program must not end by a signal, nor take more than 5 seconds of processor time; it
 succeeds, with its output and nothing else beside it, or gives one line of text, a documented exit code, and
-leaves no file. The same number gives the same file. Exit code 1 when any run was otherwise."""
+leaves no file. Before that line may stand the warning that memory will be short. The same number gives the same
+file. Exit code 1 when any run was otherwise."""
 
 import argparse
 import collections
@@ -232,8 +233,8 @@ def trial(kind, number):
         text = pathlib.Path(errors).read_bytes()
         os.unlink(errors)
         new = set(os.listdir(folder)) - before
-        lines = text.count(b"\n")
-        refused = [line for line in text.split(b"\n") if line and b": warning: " not in line and b": note: " not in line]
+        lines = [line for line in text.split(b"\n") if line and b" of memory are needed, and " not in line]
+        refused = [line for line in lines if b": warning: " not in line and b": note: " not in line]
         fault = None
         if code < 0:
             fault = f"signal {-code}"
@@ -247,8 +248,8 @@ def trial(kind, number):
             fault = f"exit code {code}"
         elif code != 0 and new - {".fxrender"}:
             fault = f"left {sorted(new)}"
-        elif code != 0 and (len(refused) != 1 or not text.endswith(b"\n") or (kind == "picture" and lines != 1)):
-            fault = f"{lines} lines"
+        elif code != 0 and (len(refused) != 1 or not text.endswith(b"\n") or (kind == "picture" and len(lines) != 1)):
+            fault = f"{len(lines)} lines"
         if fault and options.keep:
             pathlib.Path(options.keep, f"{kind}-{number}{suffix}").write_bytes(data)
         return kind, number, code, seconds, fault, text[:300]

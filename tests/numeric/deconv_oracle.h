@@ -160,6 +160,14 @@ public:
     /// Whether rounding may decide which frequencies of the kernel count: no comparison is fair.
     bool isNearThreshold() const { return m_leastMargin < 1e-5; }
 
+    /// The sizes of all that a pixel is the sum of: its rounding errors follow this, however much
+    /// of it cancels out.
+    double sizeOfTerms() const {
+        double sum = 0;
+        for (const Complex& term : m_product) sum += std::abs(term);
+        return sum / (static_cast<double>(m_size) * m_size);
+    }
+
     /// Column x of the result before the last threshold, for the rows of the region.
     std::vector<double> column(int x) const {
         std::vector<Complex> sums(m_size);

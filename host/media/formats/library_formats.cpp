@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "host/kernel/HeapWatch.h"
 #include "host/media/formats/Format.h"
 
 namespace media::formats {
@@ -35,11 +36,13 @@ constexpr char kPnm[] = "pnm";
 constexpr char kWebp[] = "webp";
 constexpr char kExr[] = "openexr";
 
+/// Some of the readers give what lay in memory where a part of the file is too short. It is zero.
 class LibraryDecoder : public PictureDecoder {
 public:
     LibraryDecoder(const char* reader, const Bytes& file, double mostPerByte)
         : m_memory(file.data, file.size), m_animates(!std::strcmp(reader, kWebp)) {
         keepToOwnThread();
+        const ZeroedHeap zeroed;
         m_input = OIIO::ImageInput::create(reader);
         OIIO::ImageSpec options;
         options.attribute("oiio:UnassociatedAlpha", 1);
@@ -75,6 +78,7 @@ public:
     }
 
     void read(unsigned char* rows, std::size_t step) override {
+        const ZeroedHeap zeroed;
         const OIIO::TypeDesc type = m_head.samples == SampleType::Byte   ? OIIO::TypeUInt8
                                     : m_head.samples == SampleType::Word ? OIIO::TypeUInt16
                                                                          : OIIO::TypeFloat;
