@@ -561,6 +561,11 @@ void MainWindow::sourceChanged() {
     m_timelineDock->setVisible(isSequence);
     m_session.toolBox()->setEnabled(isOpen);
     m_chain->setEnabled(isOpen);
+    if (source && !source->notices().empty()) {
+        QStringList lines;
+        for (const std::string& line : source->notices()) lines << QString::fromStdString(line);
+        statusBar()->showMessage(lines.join(QStringLiteral("   ·   ")), 15000);
+    }
     showStatus();
 }
 

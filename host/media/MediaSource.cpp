@@ -39,7 +39,10 @@ public:
         for (int page = 0; page < count; ++page) m_frames.push_back(page);
     }
 
+    void notice(std::string text) { m_notices.push_back(std::move(text)); }
+
     const std::vector<std::int64_t>& frames() const override { return m_frames; }
+    std::vector<std::string> notices() const override { return m_notices; }
     std::string path(std::int64_t frame) const override { return placeOf(frame).path; }
     std::string frameName(std::int64_t frame) const override {
         const std::string name = stemOf(fileNameOf(placeOf(frame).path));
@@ -102,6 +105,7 @@ private:
 
     std::vector<std::int64_t> m_frames;  // ascending
     std::vector<std::string> m_paths;    // of the same length; one when its pages are the frames
+    std::vector<std::string> m_notices;
     const ReadOptions m_options;
     mutable std::once_flag m_rangeKnown;
     mutable SampleRange m_firstRange;
@@ -125,6 +129,19 @@ std::unique_ptr<PictureFiles> openFolder(const std::string& folder, const ReadOp
     return source;
 }
 
+/// What to say of numbers, ascending, of which some are left out; empty: none are.
+std::string gapsText(const std::vector<std::int64_t>& numbers) {
+    const std::uint64_t missing = static_cast<std::uint64_t>(numbers.back()) -
+                                  static_cast<std::uint64_t>(numbers.front()) + 1 - numbers.size();
+    if (missing == 0) return {};
+    std::int64_t first = numbers.front();
+    for (std::size_t i = 0; numbers[i] == first; ++i) ++first;
+    return std::to_string(missing) + " of the numbers " + std::to_string(numbers.front()) + " to " +
+           std::to_string(numbers.back()) +
+           (missing == 1 ? " has no file: " : " have no file, the first is ") +
+           std::to_string(first);
+}
+
 std::unique_ptr<PictureFiles> openTemplate(const std::string& path, const FrameTemplate& pattern,
                                            const ReadOptions& options) {
     std::vector<std::pair<std::int64_t, std::string>> found;
@@ -137,6 +154,8 @@ std::unique_ptr<PictureFiles> openTemplate(const std::string& path, const FrameT
     std::sort(found.begin(), found.end());
     auto source = std::make_unique<PictureFiles>(options);
     for (const auto& [frame, file] : found) source->add(frame, file);
+    if (const std::string gaps = gapsText(source->frames()); !gaps.empty())
+        source->notice(shown(path) + ": " + gaps);
     return source;
 }
 

@@ -18,6 +18,7 @@ using namespace media::test;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 
 namespace {
 
@@ -200,6 +201,12 @@ TEST_F(Media, SourcesNumberTheirFrames) {
     EXPECT_EQ(pathsOf(*sequence), "-3:s_-003.png 2:s_0002.png 10:s_0010.png ");
     EXPECT_EQ(pathsOf(*open(at + "s_####.png")), pathsOf(*sequence));
     EXPECT_EQ(pathsOf(*open(at + "t#.pgm")), "1:t1.pgm 2:t2.pgm 10:t10.pgm ");
+    EXPECT_THAT(open(at + "t#.pgm")->notices(),
+                ElementsAre(HasSubstr("7 of the numbers 1 to 10 have no file, the first is 3")));
+    EXPECT_THAT(open(at + "s_%04d.png")->notices(), ElementsAre(HasSubstr("11 of the numbers -3 to 10")));
+    fs::remove(in(at + "t10.pgm"));
+    EXPECT_THAT(open(at + "t#.pgm")->notices(), IsEmpty());
+    writeGrey(at + "t10.pgm");
     EXPECT_EQ(sequence->frameName(2), "s_0002");
     EXPECT_EQ(pixels(*sequence->read(10)), Bytes{7});
     EXPECT_THAT(errorOf(kMissing, [&] { sequence->read(3); }),
