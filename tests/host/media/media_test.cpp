@@ -203,7 +203,8 @@ TEST_F(Media, SourcesNumberTheirFrames) {
     EXPECT_EQ(pathsOf(*open(at + "t#.pgm")), "1:t1.pgm 2:t2.pgm 10:t10.pgm ");
     EXPECT_THAT(open(at + "t#.pgm")->notices(),
                 ElementsAre(HasSubstr("7 of the numbers 1 to 10 have no file, the first is 3")));
-    EXPECT_THAT(open(at + "s_%04d.png")->notices(), ElementsAre(HasSubstr("11 of the numbers -3 to 10")));
+    EXPECT_THAT(open(at + "s_%04d.png")->notices(),
+                ElementsAre(HasSubstr("11 of the numbers -3 to 10")));
     fs::remove(in(at + "t10.pgm"));
     EXPECT_THAT(open(at + "t#.pgm")->notices(), IsEmpty());
     writeGrey(at + "t10.pgm");
