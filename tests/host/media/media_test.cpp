@@ -415,6 +415,15 @@ TEST_F(Media, PngOfEveryKindIsReadAsAnotherReaderReadsIt) {
                     Bytes expected(static_cast<std::size_t>(size * size) * other->spec().nchannels);
                     ASSERT_TRUE(other->read_image(0, 0, 0, -1, OIIO::TypeUInt8, expected.data()));
                     EXPECT_EQ(samplesOf("kind.png"), expected);
+                    if (kind != PNG_COLOR_TYPE_PALETTE) continue;
+                    // A colour with a wrong bit still is a colour: only the checksum tells.
+                    Bytes damaged = bytesOf("kind.png");
+                    const std::string chunk = "PLTE";
+                    *(std::search(damaged.begin(), damaged.end(), chunk.begin(), chunk.end()) +
+                      4) ^= 1;
+                    writeBytes("kind.png", damaged);
+                    EXPECT_THAT(errorOf(kInvalid, [&] { samplesOf("kind.png"); }),
+                                HasSubstr("checksum"));
                 }
 }
 
