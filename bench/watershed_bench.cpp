@@ -113,7 +113,8 @@ void runQueue(benchmark::State& state, const Cases& cases, int norm, int flags) 
             const numeric::FloodPlanes planes{{c.relief.data(), width, width, height},
                                               {marker.data(), width, width, height}};
             if (flags == kByDistance)
-                numeric::floodByMarching(planes, rows, scratch.get());
+                numeric::floodByMarching(planes, rows, numeric::kFrontSlots.selected(),
+                                         scratch.get());
             else
                 numeric::floodBySteps(planes, rows, numeric::neighboursOf(norm), scratch.get());
         });

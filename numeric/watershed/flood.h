@@ -4,6 +4,7 @@
 
 #include "numeric/base/neighbours.h"
 #include "numeric/base/views.h"
+#include "numeric/watershed/front_rows.h"
 #include "numeric/watershed/tile_rows.h"
 #include "numeric/watershed/watershed_rows.h"
 
@@ -33,6 +34,7 @@ bool floodByTiles(const FloodPlanes& planes, const WatershedRows& rows, const Ti
 void floodBySteps(const FloodPlanes& planes, const WatershedRows& rows, Neighbours neighbours,
                   unsigned char* scratch);
 /// Order inside a level: the Euclidean distance of arrival.h.
-void floodByMarching(const FloodPlanes& planes, const WatershedRows& rows, unsigned char* scratch);
+void floodByMarching(const FloodPlanes& planes, const WatershedRows& rows,
+                     const FrontRows& frontRows, unsigned char* scratch);
 
 }  // namespace numeric

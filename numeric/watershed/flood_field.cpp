@@ -12,14 +12,14 @@ FloodField::FloodField(const FloodPlanes& planes, const WatershedRows& rows, Dis
       m_keys(layout.take<FloodKey>(
           cells() + (distances == Distances::Kept ? cells() - m_stride : kFloodKeySlack))) {
     m_rooms[0] = layout.take<int>(planes.pixels());
-    makeRoom();
     prepareKeys();
+    makeRoom();
 }
 
 void FloodField::makeRoom() {
     // Pixels beside each other often are of one level: they are counted in different places.
     constexpr int kCounters = 4;
-    std::array<std::array<int, kLevels>, kCounters> counts{};
+    std::array<std::array<int, kReliefLevels>, kCounters> counts{};
     for (int y = 0; y < m_planes.height(); ++y) {
         const unsigned char* row = m_planes.relief.row(y);
         int x = 0;
@@ -27,7 +27,7 @@ void FloodField::makeRoom() {
             for (int i = 0; i < kCounters; ++i) ++counts[i][row[x + i]];
         for (; x < m_planes.width(); ++x) ++counts[0][row[x]];
     }
-    for (int level = 0; level < kLevels; ++level) {
+    for (int level = 0; level < kReliefLevels; ++level) {
         m_listEnds[level] = m_rooms[level];
         m_rooms[level + 1] = m_rooms[level];
         for (const auto& some : counts) m_rooms[level + 1] += some[level];
@@ -47,6 +47,8 @@ void FloodField::prepareKeys() {
 }
 
 void FloodField::listSeeds(int firstLevel, int lastLevel) {
+    // The lists of the levels below are done with, or never begun.
+    m_listEnds[firstLevel] = m_rooms[firstLevel] = m_rooms[0];
     for (int y = 0; y < m_planes.height(); ++y)
         m_rows.listSeeds(m_keys + pixel(0, y), m_stride, m_planes.relief.row(y), m_planes.width(),
                          firstLevel, lastLevel, pixel(0, y), m_listEnds.data());

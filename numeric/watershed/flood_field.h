@@ -19,7 +19,6 @@ namespace numeric {
 /// flooded uses the room of all levels up to its own, which is enough for all pixels it may flood.
 class FloodField {
 public:
-    static constexpr int kLevels = 256;
     static constexpr std::uint16_t kNoDistance = 0xFFFF;
 
     /// The distances, if any are kept, have the rim's last row of keys for their first.
@@ -35,14 +34,22 @@ public:
         return reinterpret_cast<std::uint16_t*>(m_keys) + cells() - m_stride;
     }
 
+    /// The lowest level of a free pixel: where the flood begins, with all seeds up to it.
+    int lowestLevel() const { return m_free.lowest; }
+
     /// Floods level by level and writes the labels into the marker. floodLevel(level) returns how
-    /// many pixels it gave a label.
-    template <class FloodLevel>
-    void flood(FloodLevel floodLevel) {
+    /// many pixels it gave a label. seedsListed() is called once, before any.
+    template <class SeedsListed, class FloodLevel>
+    void flood(SeedsListed seedsListed, FloodLevel floodLevel) {
+        if (m_free.count == 0) return;
         // No free pixel lies higher, so seeds above wait until the others have done what they can.
-        const int highest = m_free.highest;
-        flood(0, highest, floodLevel);
-        if (m_free.count > 0) flood(highest + 1, kLevels - 1, floodLevel);
+        listSeeds(m_free.lowest, m_free.highest);
+        seedsListed();
+        floodLevels(m_free.lowest, m_free.highest, floodLevel);
+        if (m_free.count > 0 && m_free.highest + 1 < kReliefLevels) {
+            listSeeds(m_free.highest + 1, kReliefLevels - 1);
+            floodLevels(m_free.highest + 1, kReliefLevels - 1, floodLevel);
+        }
         readLabels();
     }
 
@@ -65,12 +72,12 @@ private:
     void prepareKeys();
     void makeRoom();
     template <class FloodLevel>
-    void flood(int firstLevel, int lastLevel, FloodLevel floodLevel) {
-        listSeeds(firstLevel, lastLevel);
+    void floodLevels(int firstLevel, int lastLevel, FloodLevel floodLevel) {
         for (int level = firstLevel; m_free.count > 0 && level <= lastLevel; ++level)
             m_free.count -= floodLevel(level);
     }
-    /// Lists the seeds of these levels that have free neighbours.
+    /// Lists the seeds that have free neighbours and lie no higher than lastLevel; those below
+    /// firstLevel as its own.
     void listSeeds(int firstLevel, int lastLevel);
     void readLabels() const;
 
@@ -78,10 +85,10 @@ private:
     const WatershedRows& m_rows;
     std::ptrdiff_t m_stride;
     FloodKey* m_keys;
-    FreePixels m_free{0, -1};
-    std::array<int*, kLevels + 1> m_rooms{};
-    std::array<int*, kLevels> m_listEnds{};
-    std::array<int*, kLevels> m_seedsEnds{};
+    FreePixels m_free{0, kReliefLevels, -1};
+    std::array<int*, kReliefLevels + 1> m_rooms{};
+    std::array<int*, kReliefLevels> m_listEnds{};
+    std::array<int*, kReliefLevels> m_seedsEnds{};
 };
 
 }  // namespace numeric

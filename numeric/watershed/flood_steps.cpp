@@ -21,10 +21,11 @@ public:
         : StepFlood(planes, rows, ScratchLayout(scratch)) {}
 
     void run() {
-        m_field.flood([this](int level) {
-            m_level = level;
-            return floodLevel();
-        });
+        m_field.flood([] {},
+                      [this](int level) {
+                          m_level = level;
+                          return floodLevel();
+                      });
     }
 
 private:

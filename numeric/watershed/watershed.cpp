@@ -12,7 +12,8 @@
 //                   flood_tiles.cpp     tiles of 16 x 16 keys, visited while their keys still fall,
 //                                       row by row and column by column (tile_rows.cpp)
 //   any relief      flood_steps.cpp     a queue for each level (flood_field.cpp), ring by ring of
-//                   flood_marching.cpp  pixels that are a step away, or within a span of distances
+//                   flood_marching.cpp  pixels that are a step away, or within a span of distances,
+//                                       a front of them at once (front_rows.cpp)
 //
 //      planes             tiles of a band, made where pixels are free     lists of the queue
 //   +------------+        +----+----+                                      level 0  seeds|waiting
@@ -26,6 +27,7 @@
 namespace numeric {
 
 const SlotTable<WatershedRows> kWatershedSlots(kWatershedBuilds);
+const SlotTable<FrontRows> kFrontSlots(kFrontBuilds);
 const SlotTable<TileRows> kMarchingTileSlots(kMarchingTileBuilds);
 const SlotTable<TileRows> kTileSlots8(kChessboardTileBuilds);
 const SlotTable<TileRows> kTileSlots4(kCityBlockTileBuilds);
@@ -104,7 +106,7 @@ KernelStatus watershed(const unsigned char* relief, int reliefStep, unsigned cha
                                                                  : kTileSlots4.selected();
     if (!floodByTiles(planes, rows, tileRows, scratch, size)) {
         if (isMarching)
-            floodByMarching(planes, rows, scratch);
+            floodByMarching(planes, rows, kFrontSlots.selected(), scratch);
         else
             floodBySteps(planes, rows, neighbours, scratch);
     }

@@ -88,6 +88,8 @@ void prepare(const unsigned char* relief, const unsigned char* marker, int width
     const HalfBytesTag db;
     const auto freeKey = hn::Set(d, kFreeKey);
     auto highest = hn::Zero(d);
+    const auto noKey = hn::Set(d, kFreeKey + kReliefLevels);
+    auto lowest = noKey;
     int x = 0;
     for (; x + keyLanes() <= width; x += keyLanes()) {
         const auto label = hn::PromoteTo(d, hn::LoadU(db, marker + x));
@@ -96,18 +98,23 @@ void prepare(const unsigned char* relief, const unsigned char* marker, int width
         const auto key = hn::IfThenElse(isFree, hn::Add(level, freeKey), label);
         hn::StoreU(key, d, keys + x);
         highest = hn::Max(highest, key);
+        lowest = hn::Min(lowest, hn::IfThenElse(isFree, key, noKey));
         free->count += static_cast<std::int64_t>(hn::CountTrue(d, isFree));
     }
     FloodKey found[kFloodKeySlack];
     hn::StoreU(highest, d, found);
-    FloodKey highestKey = *std::max_element(found, found + keyLanes());
+    for (int i = 0; i < keyLanes(); ++i)
+        free->highest = std::max(free->highest, found[i] - kFreeKey);
+    hn::StoreU(lowest, d, found);
+    for (int i = 0; i < keyLanes(); ++i) free->lowest = std::min(free->lowest, found[i] - kFreeKey);
     for (; x < width; ++x) {
         const bool isFree = marker[x] == 0;
         keys[x] = static_cast<FloodKey>(isFree ? kFreeKey + relief[x] : marker[x]);
-        highestKey = std::max(highestKey, keys[x]);
-        free->count += isFree ? 1 : 0;
+        if (!isFree) continue;
+        free->highest = std::max(free->highest, int{relief[x]});
+        free->lowest = std::min(free->lowest, int{relief[x]});
+        ++free->count;
     }
-    free->highest = std::max(free->highest, highestKey - kFreeKey);
 }
 
 void listSeeds(const FloodKey* keys, std::ptrdiff_t stride, const unsigned char* relief, int width,
@@ -126,9 +133,8 @@ void listSeeds(const FloodKey* keys, std::ptrdiff_t stride, const unsigned char*
         FloodKey hit[kFloodKeySlack];
         hn::StoreU(hn::VecFromMask(d, isHit), d, hit);
         for (int i = 0; i < std::min(keyLanes(), width - x); ++i) {
-            const int level = relief[x + i];
-            if (hit[i] != 0 && level >= firstLevel && level <= lastLevel)
-                *listEnds[level]++ = pixel + x + i;
+            const int level = std::max(int{relief[x + i]}, firstLevel);
+            if (hit[i] != 0 && level <= lastLevel) *listEnds[level]++ = pixel + x + i;
         }
     }
 }
@@ -137,13 +143,15 @@ void readLabels(const FloodKey* keys, unsigned char* marker, int width) {
     const KeyTag d;
     const HalfBytesTag db;
     const auto freeKey = hn::Set(d, kFreeKey);
+    const auto labelBits = hn::Set(d, kLabelMask);
     int x = 0;
     for (; x + keyLanes() <= width; x += keyLanes()) {
         const auto key = hn::LoadU(d, keys + x);
-        const auto label = hn::IfThenElseZero(hn::Lt(key, freeKey), key);
+        const auto label = hn::IfThenElseZero(hn::Lt(key, freeKey), hn::And(key, labelBits));
         hn::StoreU(hn::DemoteTo(db, label), db, marker + x);
     }
-    for (; x < width; ++x) marker[x] = static_cast<unsigned char>(keys[x] < kFreeKey ? keys[x] : 0);
+    for (; x < width; ++x)
+        marker[x] = static_cast<unsigned char>(keys[x] < kFreeKey ? keys[x] & kLabelMask : 0);
 }
 
 // --- Borders

@@ -9,9 +9,11 @@
 namespace numeric {
 
 /// What the queue knows of a pixel: its label once that is final, kFreeKey + its relief as long as
-/// nothing has reached it, and in between what the flood wants. The rim is no pixel.
+/// nothing has reached it, and otherwise what the flood wants. The rim is no pixel.
 using FloodKey = std::int16_t;
+inline constexpr FloodKey kLabelMask = 0x00FF;
 inline constexpr FloodKey kFreeKey = 0x0400;
+inline constexpr int kReliefLevels = 256;
 inline constexpr FloodKey kRimKey = -1;
 
 /// Keys that may be read past the rim's last one.
@@ -20,7 +22,8 @@ inline constexpr int kFloodKeySlack = 16;
 /// Counts of a plane's free pixels: those without a label.
 struct FreePixels {
     std::int64_t count;
-    int highest;  // the highest level of one, -1 if there is none
+    int lowest;   // the lowest level of one, above all levels if there is none
+    int highest;  // the highest, -1 if there is none
 };
 
 /// What the rows of a flood's planes have in common, if they are of two levels: all free pixels are
@@ -46,12 +49,12 @@ struct WatershedRows {
     /// Makes a row's keys from its relief and its marker, and extends *free.
     void (*prepare)(const unsigned char* relief, const unsigned char* marker, int width,
                     FloodKey* keys, FreePixels* free);
-    /// Adds the seeds of these levels that have a free pixel among their eight neighbours to the
-    /// lists, one for each level. keys is the row's first, among rows at that stride; pixel is its
-    /// number.
+    /// Adds the seeds up to lastLevel that have a free pixel among their eight neighbours to the
+    /// lists, one for each level; those below firstLevel to its own. keys is the row's first, among
+    /// rows at that stride; pixel is its number.
     void (*listSeeds)(const FloodKey* keys, std::ptrdiff_t stride, const unsigned char* relief,
                       int width, int firstLevel, int lastLevel, int pixel, int** listEnds);
-    /// Writes the labels, 0 for pixels that are still free.
+    /// Writes the labels, 0 for pixels that are still free. Other bits below kFreeKey do not count.
     void (*readLabels)(const FloodKey* keys, unsigned char* marker, int width);
 
     /// Writes 255 over the labels of the middle line where one of the four or eight neighbours

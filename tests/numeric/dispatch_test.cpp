@@ -14,6 +14,7 @@
 #include "numeric/elementwise/elementwise_rows.h"
 #include "numeric/labelling/label_rows.h"
 #include "numeric/reconstruction/peak_step_rows.h"
+#include "numeric/watershed/front_rows.h"
 #include "numeric/watershed/tile_rows.h"
 #include "numeric/watershed/watershed_rows.h"
 #include "planes.h"
@@ -111,6 +112,7 @@ TEST(Dispatch, EveryKernelGroupsItsSlotsAsTabled) {
         {"peak step, 8 neighbours", kPeakStepSlots8.grouping(), "0 1 2 3 4 5"},
         {"peak step, 4 neighbours", kPeakStepSlots4.grouping(), "0 1 2 3 4 5"},
         {"watershed", kWatershedSlots.grouping(), "0 1 2 3 4 5"},
+        {"watershed fronts", kFrontSlots.grouping(), "0 1 2 3 4 5"},
         {"watershed by distance", kMarchingTileSlots.grouping(), "0 1 2 3 4 5"},
         {"watershed by steps to 8", kTileSlots8.grouping(), "0 1 2 3 4 5"},
         {"watershed by steps to 4", kTileSlots4.grouping(), "0 1 2 3 4 5"},
