@@ -32,6 +32,7 @@ def main():
     binaries, work = Path(sys.argv[1]), Path(sys.argv[2])
     runs = int(sys.argv[3]) if len(sys.argv) > 3 else 3
     clip = Path(sys.argv[4]) if len(sys.argv) > 4 else work / "clip.mp4"
+    work.mkdir(parents=True, exist_ok=True)
     if not clip.exists():
         subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", SOURCE, *ENCODER, clip], check=True)
     programs = {

@@ -1,6 +1,7 @@
 #include "host/media/formats/deflate.h"
 
 #include <libdeflate.h>
+#include <zlib.h>
 
 #include <array>
 #include <cstdlib>
@@ -71,6 +72,22 @@ void deflateTo(const Bytes& bytes, int level, std::vector<unsigned char>& out) {
     const std::size_t size = libdeflate_zlib_compress(&own, bytes.data, bytes.size, stream, most);
     if (size == 0) throw std::bad_alloc();  // never: the bound is the library's own
     out.insert(out.end(), stream, stream + size);
+}
+
+void deflateRunsTo(const Bytes& bytes, std::vector<unsigned char>& out) {
+    constexpr int kMemory = 8;  // zlib's own choice
+    z_stream stream = {};
+    if (deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, MAX_WBITS, kMemory, Z_RLE) != Z_OK)
+        throw std::bad_alloc();
+    const std::unique_ptr<z_stream, int (*)(z_stream*)> own(&stream, deflateEnd);
+    const std::size_t begin = out.size();
+    out.resize(begin + deflateBound(&stream, bytes.size));
+    stream.next_in = const_cast<Bytef*>(bytes.data);
+    stream.avail_in = static_cast<uInt>(bytes.size);
+    stream.next_out = out.data() + begin;
+    stream.avail_out = static_cast<uInt>(out.size() - begin);
+    if (deflate(&stream, Z_FINISH) != Z_STREAM_END) throw std::bad_alloc();  // never
+    out.resize(begin + stream.total_out);
 }
 
 unsigned crc32Of(const Bytes& bytes) {

@@ -58,6 +58,18 @@ void filterRow(int filter, const unsigned char* row, const unsigned char* up, st
     }
 }
 
+/// Masks: their rows hold long runs, and differ little from those above.
+bool isBlackAndWhite(const PictureRows& rows) {
+    for (int y = 0; y < rows.height; ++y) {
+        const unsigned char* row = rows.row(y);
+        unsigned char other = 0;
+        for (std::size_t i = 0; i < rows.rowBytes(); ++i)
+            other |= static_cast<unsigned char>(row[i] + 1) & 0xFE;
+        if (other != 0) return false;
+    }
+    return true;
+}
+
 /// Small differences compress well: the usual measure, the sum of their sizes.
 unsigned long cost(const unsigned char* filtered, std::size_t size) {
     unsigned long sum = 0;
@@ -66,11 +78,10 @@ unsigned long cost(const unsigned char* filtered, std::size_t size) {
     return sum;
 }
 
-/// The rows, each behind the number of its filter. One filter for sixteen rows, the best one for
-/// the first of them: as small as choosing for each row within 1 %, for little time. Paeth's is
-/// left out: three times the time of the others together, and no smaller with pictures that were
-/// filtered.
-Bytes filtered(const PictureRows& rows, Scratch& scratch) {
+/// The rows, each behind the number of its filter, which is one of the candidates. One filter for
+/// sixteen rows, the best one for the first of them: as small as choosing for each row within 1 %,
+/// for little time.
+Bytes filtered(const PictureRows& rows, std::initializer_list<int> candidates, Scratch& scratch) {
     constexpr int kRowsOfOneFilter = 16;
     const std::size_t size = rows.rowBytes();
     const auto pixel = static_cast<std::size_t>(rows.channels);
@@ -78,16 +89,16 @@ Bytes filtered(const PictureRows& rows, Scratch& scratch) {
         scratch.atLeast((size + 1) * static_cast<std::size_t>(rows.height));
     const std::vector<unsigned char> nothing(size);
     unsigned char* out = begin;
-    int filter = None;
+    int filter = *candidates.begin();
     for (int y = 0; y < rows.height; ++y, out += size + 1) {
         const unsigned char* up = y > 0 ? rows.row(y - 1) : nothing.data();
         // Row 0 has nothing above it and says nothing about the others.
-        if (y % kRowsOfOneFilter == 1 || y == 0) {
+        if (candidates.size() > 1 && (y % kRowsOfOneFilter == 1 || y == 0)) {
             unsigned long least = 0;
-            for (int candidate : {None, Sub, Up, Average}) {
+            for (int candidate : candidates) {
                 filterRow(candidate, rows.row(y), up, pixel, out + 1, size);
                 const unsigned long price = cost(out + 1, size);
-                if (candidate == None || price < least) {
+                if (candidate == *candidates.begin() || price < least) {
                     least = price;
                     filter = candidate;
                 }
@@ -134,7 +145,13 @@ void encodePng(const PictureRows& rows, const PictureProperties& properties,
         putChunk("eXIf", file, [&] { file.insert(file.end(), camera.begin(), camera.end()); });
     putChunk("IDAT", file, [&] {
         thread_local Scratch scratch;
-        deflateTo(filtered(rows, scratch), options.compression, file);
+        // Up to this level, runs alone make masks smaller than the usual search does.
+        constexpr int kLastOfRuns = 4;
+        if (options.compression >= 1 && options.compression <= kLastOfRuns && isBlackAndWhite(rows))
+            return deflateRunsTo(filtered(rows, {Up}, scratch), file);
+        // Paeth's is left out: three times the time of the others together, and no smaller with
+        // pictures that were filtered.
+        deflateTo(filtered(rows, {None, Sub, Up, Average}, scratch), options.compression, file);
     });
     putChunk("IEND", file, [] {});
 }

@@ -91,6 +91,39 @@ TEST_F(Media, RoundTripsEveryFormatOrRefusesItUpFront) {
         }
 }
 
+TEST_F(Media, MasksAreKeptAndTakeLittleRoom) {
+    const auto source = pictures(1);
+    for (int c = 1; c <= 4; ++c) {
+        HkImage mask(300, 200, c, nullptr, 1);
+        std::fill_n(mask.data, 200 * mask.step, static_cast<unsigned char>(0));
+        std::mt19937 random(1);
+        for (int disc = 0; disc < 60; ++disc) {
+            const int left = random() % 300, top = random() % 200, radius = 3 + random() % 12;
+            for (int y = std::max(0, top - radius); y < std::min(200, top + radius); ++y)
+                for (int x = std::max(0, left - radius); x < std::min(300, left + radius); ++x)
+                    if (std::hypot(x - left, y - top) < radius)
+                        std::fill_n(mask.data + y * mask.step + x * c, c,
+                                    static_cast<unsigned char>(255));
+        }
+        std::map<int, std::size_t> sizes;
+        for (const int level : {0, 1, 5, 6, 12}) {
+            const std::string name = std::to_string(level) + "mask" + std::to_string(c) + ".png";
+            WriteOptions options;
+            options.compression = level;
+            MediaSink::open(in(name), *source, {0}, options)->write(0, mask);
+            const auto other = OIIO::ImageInput::open(in(name));
+            Bytes read(static_cast<std::size_t>(300 * 200 * c));
+            ASSERT_TRUE(other && other->spec().nchannels == c &&
+                        other->read_image(0, 0, 0, c, OIIO::TypeUInt8, read.data()));
+            EXPECT_EQ(read, pixels(mask)) << name;
+            sizes[level] = bytesOf(name).size();
+        }
+        EXPECT_LT(sizes[1], sizes[0] / 20);
+        EXPECT_LT(sizes[1], sizes[5] * 11 / 10);  // runs take no more than a better search
+        EXPECT_LT(sizes[12], sizes[6]);
+    }
+}
+
 TEST_F(Media, SamplesAreScaledRoundedAndKeptApartFromAlpha) {
     std::vector<unsigned short> deep(65536);
     for (int i = 0; i < 65536; ++i) deep[i] = static_cast<unsigned short>(i);
