@@ -104,6 +104,13 @@ TEST(DeconvFFT, MatchesDirectSumsForLargerOrders) {
     }
 }
 
+// In one corner of the margin the kernel overlaps the region with 0.3 and this weight: a sum below
+// the threshold counts as one.
+TEST(DeconvFFT, MatchesDirectSumsWhereAnOverlapIsNegligible) {
+    for (const float weight : {-0.3F, 0.19F, 0.21F})
+        expectDeconvolved(noise(2, 2), {1, 2, 3, 4, weight, 0, 5, 0, 0.3F}, 3, 3, 0.5F, {0, 1});
+}
+
 // The kernel and the thresholds with which frames are sharpened: corners dropped, then all but
 // the centre.
 TEST(DeconvFFT, MatchesDirectSumsForTheBinomialKernel) {
