@@ -323,21 +323,6 @@ INSTANTIATE_TEST_SUITE_P(Filters, ManipulatorCalls, testing::ValuesIn(expectedFi
 
 // New images
 
-TEST(NewImages, TakeOverTheRegionOfTheFrame) {
-    for (const char* filter : {kSep, kDistance}) {
-        FilterHost host(filter);
-        auto image = testImage(9, 7, 3);
-        image->roiWidth = 6;
-        image->roiHeight = 5;
-        EXPECT_TRUE(host.process(image)) << filter;
-        EXPECT_EQ(image->channels, 1) << filter;
-        EXPECT_EQ(image->width, 9) << filter;
-        EXPECT_EQ(image->height, 7) << filter;
-        EXPECT_EQ(image->roiWidth, 6) << filter;
-        EXPECT_EQ(image->roiHeight, 5) << filter;
-    }
-}
-
 TEST(NewImages, HoldNothingOfFramesBefore) {
     for (const char* filter : {kDistance, kDegauss}) {
         FilterHost host(filter);
