@@ -103,6 +103,8 @@ TEST_P(HostOperations, AreAskedForInOrder) {
     for (std::size_t i = 0; i < row.values.size(); ++i)
         host.set(static_cast<int>(i) + 1, row.values[i]);
     auto image = testImage(9, 7, row.channels);
+    image->roiWidth = 6;
+    image->roiHeight = 5;  // nothing can be copied into a new picture with another region
 
     recorded::start(image.get());
     recorded::failAt(row.failing);
