@@ -152,12 +152,6 @@ TEST(Watershed, MatchesPlainPriorityFloodWhereSeedsAreDense) {
     expectLikeOracle(picture);
 }
 
-TEST(Watershed, MatchesPlainPriorityFloodWhereTheBackgroundHasSeveralSeeds) {
-    Picture picture = randomPicture(90, 70, {}, 1, 300, 4);
-    picture.relief.set([](int x, int y) { return (x / 9 + y / 7) % 3 == 0 ? 200 : 50; });
-    expectLikeOracle(picture);
-}
-
 /// Also where objects meet at a corner, which are one for eight neighbours, and two for four.
 TEST(Watershed, FillsObjectsWithoutSeedsFromTheirOwnSideOfTheBackground) {
     const std::function<bool(int, int)> scenes[] = {

@@ -186,7 +186,7 @@ TEST_F(Media, OrientationIsAppliedAndPropertiesAreCarried) {
 }
 
 TEST_F(Media, SourcesNumberTheirFrames) {
-    const std::string odd = "50% #d %04d ü\n\xff";
+    const std::string odd = "[50%] #d %04d ü\n\xff";
     fs::create_directory(in(odd));
     const std::string at = odd + '/';
     for (const char* name : {"s_0002.png", "s_0010.png", "s_00011.png", "s_7.png", "s_-003.png",

@@ -103,22 +103,6 @@ TEST_F(FxrenderApply, KeysRunOrJumpAlongASequence) {
                       blurred(picture(frame), row.sizes[static_cast<std::size_t>(frame)]))
                 << row.keys << " at " << frame;
     }
-    apply({"shot_%04d.png", "-o", "out/", "-f", "Channel separation:Channel=2=1;5=3"});
-    for (int frame = 0; frame < 9; ++frame)
-        EXPECT_EQ(samples(load("out/" + shot(frame))),
-                  samples(picture(frame), frame < 5 ? SampleOf(qRed) : SampleOf(qBlue)))
-            << frame;
-}
-
-TEST_F(FxrenderApply, SeveralPicturesAndFoldersInBrackets) {
-    ASSERT_TRUE(QDir(folder()).mkdir("[new]"));
-    save(picture(1), "[new]/a.png");
-    save(picture(2), "[new]/b.png");
-    apply({"[new]/b.png", "[new]/a.png", "-o", "two/", "-f", "Channel separation:Channel=1"});
-    EXPECT_EQ(samples(load("two/a.png")), samples(picture(1), qRed));
-    EXPECT_EQ(samples(load("two/b.png")), samples(picture(2), qRed));
-    apply({"[new]", "-o", "all/", "-f", "Channel separation:Channel=2"});
-    EXPECT_EQ(samples(load("all/b.png")), samples(picture(2), qGreen));
 }
 
 TEST_F(FxrenderApply, ResultsDoNotDependOnTheNumberOfJobs) {

@@ -14,6 +14,7 @@ constexpr const char* kOff = "Blur and enhance:Enabled=0";
 
 class FxrenderVideo : public FxrenderTest {
 protected:
+    void SetUp() override { av_log_set_level(AV_LOG_ERROR); }  // the encoder's own words
     std::string in(const QString& name) const { return path(name).toStdString(); }
     std::unique_ptr<MediaSource> open(const QString& name) const {
         return MediaSource::open({in(name)});
@@ -24,11 +25,8 @@ protected:
 
 // That times, sound and rotation are right is held in tests/host/media.
 TEST_F(FxrenderVideo, FramesAndSoundGoIntoAVideoOrPictures) {
-    VideoRecipe recipe;
-    recipe.container = "mov";
+    VideoRecipe recipe{"mov", evenTimes(kFrames)};
     recipe.hasSound = true;
-    recipe.times = evenTimes(kFrames);
-    av_log_set_level(AV_LOG_ERROR);  // the encoder's own words
     makeVideo(in("clip.mov"), recipe);
     const auto clip = open("clip.mov");
     for (const std::string name : {"lossless.mkv", "lossy.mov"}) {
@@ -47,16 +45,14 @@ TEST_F(FxrenderVideo, FramesAndSoundGoIntoAVideoOrPictures) {
     }
     apply({"clip.mov", "-o", "some/", "--frames", "3,17", "-j", "2", "-f", kOff});
     EXPECT_EQ(files().filter("some/"), (QStringList{"some/clip_0003.png", "some/clip_0017.png"}));
-    for (const char* name : {"some/clip_0003.png", "some/clip_0017.png"})
-        EXPECT_EQ(pixels(*open(name)->read(0)),
-                  pixels(*clip->read(QString(name).mid(10, 4).toInt())));
+    for (const int frame : {3, 17}) {
+        const QString name = QStringLiteral("some/clip_%1.png").arg(frame, 4, 10, QChar('0'));
+        EXPECT_EQ(pixels(*open(name)->read(0)), pixels(*clip->read(frame)));
+    }
 }
 
 TEST_F(FxrenderVideo, DamageEndsTheRunAndLeavesNothing) {
-    VideoRecipe recipe;  // a container that is read on past the damage
-    recipe.container = "matroska";
-    recipe.times = evenTimes(kFrames);
-    makeVideo(in("hit.mkv"), recipe);
+    makeVideo(in("hit.mkv"), {"matroska", evenTimes(kFrames)});  // read on past the damage
     std::string damaged = contents("hit.mkv");
     for (std::size_t i = 0; i < 300; ++i) damaged[damaged.size() / 2 + i] ^= 0x5a;
     write("hit.mkv", QByteArray::fromStdString(damaged));
