@@ -17,6 +17,7 @@
 #include "filters/distance/DistanceParameters.h"
 #include "filters/distance/FxImageFilterDistance.h"
 #include "tests/kit/heap_probe.h"
+#include "tests/kit/pixels.h"
 
 namespace {
 
@@ -72,20 +73,6 @@ ParameterValues valuesOf(const Subject& subject) {
     return ParameterValues(values);
 }
 
-/// Two overlapping discs, white on black.
-std::unique_ptr<HkImage> discs(int width, int height, int channels) {
-    auto image = std::make_unique<HkImage>(width, height, channels, nullptr, 4u);
-    const auto isInside = [=](int x, int y, double centre) {
-        const double dx = x - centre * width, dy = y - 0.5 * height;
-        return dx * dx + dy * dy < 0.04 * width * width;
-    };
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width * channels; ++x)
-            if (isInside(x / channels, y, 0.35) || isInside(x / channels, y, 0.65))
-                image->data[y * image->step + x] = 255;
-    return image;
-}
-
 struct Frame {
     int width, height, channels;
 };
@@ -108,7 +95,7 @@ protected:
 
     /// Renders the frame while the given request finds no memory. Returns the result's bytes.
     std::vector<unsigned char> render(Work& filter, const Frame& frame, int failing = -1) {
-        HkImage* image = discs(frame.width, frame.height, frame.channels).release();
+        HkImage* image = noise(frame.width, frame.height, frame.channels, 1).release();
         heap::reset(failing);
         image = filter.process(image, m_values);
         m_requests = heap::requests;
@@ -132,7 +119,7 @@ TEST_P(FilterMemory, TheFrameAfterOneThatRanOutOfMemoryIsRight) {
     const Frame small{60, 40, GetParam().channels}, large{90, 70, 3};
     for (const Frame& frame : {small, large}) {
         const std::vector<unsigned char> expected = render(*GetParam().make(), frame);
-        ASSERT_NE(expected, bytesOf(*discs(frame.width, frame.height, frame.channels)));
+        ASSERT_NE(expected, bytesOf(*noise(frame.width, frame.height, frame.channels, 1)));
         ASSERT_NE(expected, std::vector<unsigned char>(expected.size(), 0));
 
         // With nothing allocated yet, and with buffers of another size in place.

@@ -18,18 +18,11 @@ using testing::IsEmpty;
 namespace {
 
 /// The numbers that one of the group's signals carried since it was last asked.
-class Numbers {
-public:
-    Numbers(Q3ButtonGroup* group, const char* signal) : m_spy(group, signal) {}
-    std::vector<int> take() {
-        std::vector<int> numbers;
-        while (!m_spy.isEmpty()) numbers.push_back(m_spy.takeFirst().at(0).toInt());
-        return numbers;
-    }
-
-private:
-    QSignalSpy m_spy;
-};
+std::vector<int> take(QSignalSpy& signal) {
+    std::vector<int> numbers;
+    while (!signal.isEmpty()) numbers.push_back(signal.takeFirst().at(0).toInt());
+    return numbers;
+}
 
 }  // namespace
 
@@ -55,24 +48,24 @@ TEST(Q3ButtonGroupTest, NumbersButtonsInOrderOfInsertion) {
 TEST(Q3ButtonGroupTest, ReportsEachStageOfAClickByNumber) {
     Q3ButtonGroup group;
     auto* radio = new QRadioButton(&group);
-    Numbers pressed(&group, SIGNAL(pressed(int))), released(&group, SIGNAL(released(int))),
+    QSignalSpy pressed(&group, SIGNAL(pressed(int))), released(&group, SIGNAL(released(int))),
         clicked(&group, SIGNAL(clicked(int)));
     auto* button = new QPushButton(&group);  // after the connections
     QCoreApplication::processEvents();       // as before any click of a user
 
     QTest::mousePress(button, Qt::LeftButton);
-    EXPECT_THAT(pressed.take(), ElementsAre(1));
-    EXPECT_THAT(clicked.take(), IsEmpty());
+    EXPECT_THAT(take(pressed), ElementsAre(1));
+    EXPECT_THAT(take(clicked), IsEmpty());
     QTest::mouseRelease(button, Qt::LeftButton);
-    EXPECT_THAT(released.take(), ElementsAre(1));
-    EXPECT_THAT(clicked.take(), ElementsAre(1));
-    EXPECT_THAT(pressed.take(), IsEmpty());
+    EXPECT_THAT(take(released), ElementsAre(1));
+    EXPECT_THAT(take(clicked), ElementsAre(1));
+    EXPECT_THAT(take(pressed), IsEmpty());
 
     radio->setChecked(true);  // not by a user
     group.blockSignals(true);
     button->click();
     group.blockSignals(false);
-    EXPECT_THAT(clicked.take(), IsEmpty());
+    EXPECT_THAT(take(clicked), IsEmpty());
 }
 
 TEST(Q3ButtonGroupTest, KeepsTheOtherNumbersWhenAButtonGoes) {
@@ -80,7 +73,7 @@ TEST(Q3ButtonGroupTest, KeepsTheOtherNumbersWhenAButtonGoes) {
     auto* first = new QPushButton(&group);
     auto* second = new QPushButton(&group);
     auto* third = new QPushButton(&group);
-    Numbers clicked(&group, SIGNAL(clicked(int))), otherClicked(&other, SIGNAL(clicked(int)));
+    QSignalSpy clicked(&group, SIGNAL(clicked(int))), otherClicked(&other, SIGNAL(clicked(int)));
 
     delete first;
     second->setParent(&other);
@@ -96,8 +89,8 @@ TEST(Q3ButtonGroupTest, KeepsTheOtherNumbersWhenAButtonGoes) {
     second->click();
     third->click();
     fourth->click();
-    EXPECT_THAT(clicked.take(), ElementsAre(2, 3));
-    EXPECT_THAT(otherClicked.take(), ElementsAre(0));
+    EXPECT_THAT(take(clicked), ElementsAre(2, 3));
+    EXPECT_THAT(take(otherClicked), ElementsAre(0));
 }
 
 TEST(Q3ButtonGroupTest, ExclusiveLetsOneCheckableButtonBeChecked) {

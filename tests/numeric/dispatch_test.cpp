@@ -86,60 +86,42 @@ std::vector<int> numbers(const SlotTable<FakeRows>& table) {
     return result;
 }
 
-TEST(Dispatch, GroupedSlotsNameOneBuild) {
+TEST(Dispatch, SlotsNameTheirBuildOrTheNextLowerOneThereIs) {
     const RowBuilds<FakeRows> all = {kFakes, kFakes + 1, kFakes + 2, kFakes + 3, kFakes + 4};
+    const RowBuilds<FakeRows> some = {kFakes, nullptr, kFakes + 2, nullptr, nullptr};
+    const SlotTable<FakeRows> table(all, kSixBuilds, Avx512);
     using Numbers = std::vector<int>;
-    EXPECT_EQ(numbers(SlotTable<FakeRows>(all, kSixBuilds, Avx512)), (Numbers{4, 0, 1, 2, 3, 4}));
+    EXPECT_EQ(numbers(table), (Numbers{4, 0, 1, 2, 3, 4}));
     EXPECT_EQ(numbers(SlotTable<FakeRows>(all, {0, 1, 1, 3, 4, 4}, Avx512)),
               (Numbers{4, 0, 0, 2, 3, 3}));
     EXPECT_EQ(numbers(SlotTable<FakeRows>(all, kSixBuilds, Sse4)), (Numbers{2, 0, 1, 2, 2, 2}));
+    EXPECT_EQ(numbers(SlotTable<FakeRows>(some, kSixBuilds, Avx512)), (Numbers{2, 0, 0, 2, 2, 2}));
+    Numbers selected;
+    test::forEachSlot([&] { selected.push_back(table.selected().number); });
+    EXPECT_EQ(selected, numbers(table));
 }
 
 TEST(Dispatch, EveryKernelGroupsItsSlotsAsTabled) {
-    const struct {
-        const char* kernel;
-        SlotGrouping found;
-        const char* tabled;  // slots that share one build are joined by '/'
-    } rows[] = {
-        {"float threshold", kThresholdFloatSlots.grouping(), "0 1 2 3 4 5"},
-        {"subtraction of a scalar", kSubtractScalarSlots.grouping(), "0 1 2 3 4/5"},
-        {"subtraction", kSubtractSlots.grouping(), "0 1/2 3 4/5"},
-        {"maximum", kMaximumSlots.grouping(), "0 1 2 3 4 5"},
-        {"bitwise or", kBitwiseOrSlots.grouping(), "0 1 2 3 4 5"},
-        {"byte thresholds", kByteThresholdsSlots.grouping(), "0 1 2 3 4 5"},
-        {"distance transform", kDistanceSlots.grouping(), "0 1 2 3 4 5"},
-        {"labelling", kLabelSlots.grouping(), "0 1 2 3 4 5"},
-        {"peak step, 8 neighbours", kPeakStepSlots8.grouping(), "0 1 2 3 4 5"},
-        {"peak step, 4 neighbours", kPeakStepSlots4.grouping(), "0 1 2 3 4 5"},
-        {"watershed", kWatershedSlots.grouping(), "0 1 2 3 4 5"},
-        {"watershed fronts", kFrontSlots.grouping(), "0 1 2 3 4 5"},
-        {"watershed by distance", kMarchingTileSlots.grouping(), "0 1 2 3 4 5"},
-        {"watershed by steps to 8", kTileSlots8.grouping(), "0 1 2 3 4 5"},
-        {"watershed by steps to 4", kTileSlots4.grouping(), "0 1 2 3 4 5"},
-        {"FFT, rows", kDeconvFFTRowSlots.grouping(), "0 1 2 3 4 5"},
-        {"FFT, columns", kDeconvFFTColumnSlots.grouping(), "0 1 2 3 4 5"},
-        {"Lucy-Richardson", kDeconvLRSlots.grouping(), "0 1 2 3 4 5"},
-    };
-    for (const auto& row : rows) {
-        std::string text = "0";
+    // Slots that share one build are joined by '/'.
+    const auto text = [](const SlotGrouping& found) {
+        std::string all = "0";
         for (int slot = 1; slot < kSlotCount; ++slot)
-            text += (row.found[slot] == row.found[slot - 1] ? "/" : " ") + std::to_string(slot);
-        EXPECT_EQ(text, row.tabled) << row.kernel;
-    }
-}
-
-TEST(Dispatch, MissingBuildsFallBackToTheNextLowerOne) {
-    const RowBuilds<FakeRows> some = {kFakes, nullptr, kFakes + 2, nullptr, nullptr};
-    EXPECT_EQ(numbers(SlotTable<FakeRows>(some, kSixBuilds, Avx512)),
-              (std::vector<int>{2, 0, 0, 2, 2, 2}));
-}
-
-TEST(Dispatch, TheSelectedVariantIsTheSlotThatRuns) {
-    const RowBuilds<FakeRows> all = {kFakes, kFakes + 1, kFakes + 2, kFakes + 3, kFakes + 4};
-    const SlotTable<FakeRows> table(all, kSixBuilds, Avx512);
-    std::vector<int> selected;
-    test::forEachSlot([&] { selected.push_back(table.selected().number); });
-    EXPECT_EQ(selected, numbers(table));
+            all += (found[slot] == found[slot - 1] ? "/" : " ") + std::to_string(slot);
+        return all;
+    };
+    EXPECT_EQ(text(kSubtractScalarSlots.grouping()), "0 1 2 3 4/5");
+    EXPECT_EQ(text(kSubtractSlots.grouping()), "0 1/2 3 4/5");
+    const SlotGrouping others[] = {
+        kThresholdFloatSlots.grouping(),  kMaximumSlots.grouping(),
+        kBitwiseOrSlots.grouping(),       kByteThresholdsSlots.grouping(),
+        kDistanceSlots.grouping(),        kLabelSlots.grouping(),
+        kPeakStepSlots8.grouping(),       kPeakStepSlots4.grouping(),
+        kWatershedSlots.grouping(),       kFrontSlots.grouping(),
+        kMarchingTileSlots.grouping(),    kTileSlots8.grouping(),
+        kTileSlots4.grouping(),           kDeconvFFTRowSlots.grouping(),
+        kDeconvFFTColumnSlots.grouping(), kDeconvLRSlots.grouping()};
+    for (const SlotGrouping& found : others)
+        EXPECT_EQ(text(found), "0 1 2 3 4 5") << "the one at " << &found - others;
 }
 
 }  // namespace

@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <functional>
 #include <limits>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "planes.h"
@@ -13,6 +15,8 @@ namespace numeric {
 namespace {
 
 using namespace test;
+
+using Byte = unsigned char;
 
 constexpr float kInf = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -31,7 +35,7 @@ FloatPlane specialFloats(int width, int height, Layout layout, unsigned seed) {
 BytePlane randomBytes(int width, int height, Layout layout, unsigned seed) {
     std::mt19937 random(seed);
     BytePlane plane(width, height, layout);
-    return plane.set([&](int, int) { return static_cast<unsigned char>(random()); });
+    return plane.set([&](int, int) { return static_cast<Byte>(random()); });
 }
 
 /// Runs check(width, layout) in every slot for all widths and layouts of a pixel type.
@@ -44,75 +48,104 @@ void sweep(Check check) {
 }
 
 /// What a pixel becomes, and the call that should make it so for a whole plane. A kernel that does
-/// not need it leaves one of the operands alone.
+/// not need it leaves the source alone.
 template <class Pixel>
 struct Operation {
-    const char* name;
+    std::string name;
     std::function<Pixel(Pixel source, Pixel target)> expected;
-    std::function<KernelStatus(const TestPlane<Pixel>& source, TestPlane<Pixel>& target)> run;
+    std::function<KernelStatus(const Pixel* source, int sourceStep, Pixel* target, int targetStep,
+                               int width, int height)>
+        run;
 };
 
-/// The operation on one plane or from one into another, three rows of a width.
+/// The operation on one plane or from one into another of the same size.
 template <class Pixel>
 void expectOperation(const Operation<Pixel>& operation, const TestPlane<Pixel>& source,
                      TestPlane<Pixel>& target) {
     TestPlane<Pixel> expected(target.width(), target.height());
     expected.set(
         [&](int x, int y) { return operation.expected(source.at(x, y), target.at(x, y)); });
-    ASSERT_EQ(operation.run(source, target), Success) << operation.name;
+    ASSERT_EQ(operation.run(source.data(), source.step(), target.data(), target.step(),
+                            target.width(), target.height()),
+              Success)
+        << operation.name;
     ASSERT_TRUE(samePixels(expected, target)) << operation.name;
 }
 
-const Operation<float> kSubtractScalar = {
-    "subtract scalar", [](float source, float) { return source - 1.7F; },
-    [](const FloatPlane& s, FloatPlane& t) {
-        return subtractScalar(s.data(), s.step(), 1.7F, t.data(), t.step(), s.width(), s.height());
-    }};
-
-TEST(Elementwise, FloatOperationsEqualTheirFormulaAtEveryWidth) {
-    std::vector<Operation<float>> operations = {
-        kSubtractScalar,
-        {"subtract", [](float source, float target) { return target - source; },
-         [](const FloatPlane& s, FloatPlane& t) {
-             return subtract(s.data(), s.step(), t.data(), t.step(), s.width(), s.height());
-         }}};
-    for (const float level : {2.5F, 0.0F, -0.0F, kInf, kNaN})
-        operations.push_back(
-            {"threshold", [=](float, float target) { return target < level ? -7.0F : target; },
-             [=](const FloatPlane&, FloatPlane& t) {
-                 return thresholdFloat(t.data(), t.step(), t.width(), t.height(), level, -7.0F);
-             }});
-    sweep<float>([&](int width, Layout layout) {
-        for (const Operation<float>& operation : operations) {
-            FloatPlane source = specialFloats(width, 3, layout, width);
-            FloatPlane target = specialFloats(width, 3, {12, 8}, width + 1000);
+/// From one plane into another of another layout, and in place.
+template <class Pixel, class Make>
+void expectOperations(const std::vector<Operation<Pixel>>& operations, Make make) {
+    constexpr int size = sizeof(Pixel);
+    sweep<Pixel>([&](int width, Layout layout) {
+        for (const Operation<Pixel>& operation : operations) {
+            TestPlane<Pixel> source = make(width, 3, layout, width);
+            TestPlane<Pixel> target = make(width, 3, {3 * size, 2 * size}, width + 1000);
             expectOperation(operation, source, target);
             expectOperation(operation, source, source);
         }
     });
 }
 
+const Operation<float> kSubtractScalar = {
+    "subtract scalar", [](float source, float) { return source - 1.7F; },
+    [](const float* source, int sourceStep, auto... target) {
+        return subtractScalar(source, sourceStep, 1.7F, target...);
+    }};
+
+TEST(Elementwise, FloatOperationsEqualTheirFormulaAtEveryWidth) {
+    std::vector<Operation<float>> operations = {
+        kSubtractScalar,
+        {"subtract", [](float source, float target) { return target - source; }, subtract}};
+    for (const float level : {2.5F, 0.0F, -0.0F, kInf, kNaN})
+        operations.push_back({"threshold",
+                              [=](float, float target) { return target < level ? -7.0F : target; },
+                              [=](const float*, int, auto... target) {
+                                  return thresholdFloat(target..., level, -7.0F);
+                              }});
+    expectOperations(operations, specialFloats);
+}
+
+/// The byte thresholds at two levels, which write values that are clamped to those of a byte.
+std::vector<Operation<Byte>> thresholds(int lower, int lowerValue, int upper, int upperValue) {
+    const auto byte = [](int value) { return static_cast<Byte>(std::clamp(value, 0, 255)); };
+    const std::string levels = ' ' + std::to_string(lower) + ", " + std::to_string(upper);
+    return {{"above" + levels, [=](Byte, Byte p) { return p > upper ? byte(upperValue) : p; },
+             [=](const Byte*, int, auto... target) {
+                 return thresholdAbove(target..., upper, upperValue);
+             }},
+            {"below" + levels, [=](Byte, Byte p) { return p < lower ? byte(lowerValue) : p; },
+             [=](const Byte*, int, auto... target) {
+                 return thresholdBelow(target..., lower, lowerValue);
+             }},
+            {"both sides" + levels,
+             [=](Byte, Byte p) {
+                 return p < lower ? byte(lowerValue) : p > upper ? byte(upperValue) : p;
+             },
+             [=](const Byte*, int, auto... target) {
+                 return thresholdBothSides(target..., lower, lowerValue, upper, upperValue);
+             }}};
+}
+
 TEST(Elementwise, ByteOperationsEqualTheirFormulaAtEveryWidth) {
-    using Byte = unsigned char;
-    const Operation<Byte> operations[] = {
+    std::vector<Operation<Byte>> operations = thresholds(50, 1, 200, 2);
+    operations.push_back(
         {"or", [](Byte source, Byte target) { return static_cast<Byte>(source | target); },
-         [](const BytePlane& s, BytePlane& t) {
-             return bitwiseOr(s.data(), s.step(), t.data(), t.step(), s.width(), s.height());
-         }},
-        {"both sides",
-         [](Byte, Byte pixel) { return pixel < 50    ? Byte{1}
-                                       : pixel > 200 ? Byte{2}
-                                                     : pixel; },
-         [](const BytePlane&, BytePlane& t) {
-             return thresholdBothSides(t.data(), t.step(), t.width(), t.height(), 50, 1, 200, 2);
-         }}};
-    sweep<Byte>([&](int width, Layout layout) {
-        for (const Operation<Byte>& operation : operations) {
-            BytePlane source = randomBytes(width, 3, layout, width);
-            BytePlane target = randomBytes(width, 3, {5, 3}, width + 1000);
-            expectOperation(operation, source, target);
-            expectOperation(operation, source, source);
-        }
+         bitwiseOr});
+    expectOperations(operations, randomBytes);
+}
+
+TEST(Elementwise, ByteThresholdsForLevelsInsideAndOutsideTheRangeOfAByte) {
+    // All 256 pixel values in one row; any integer compares as the number it is.
+    const int levels[] = {INT_MIN, -1, 0, 1, 2, 127, 128, 254, 255, 256, INT_MAX};
+    forEachSlot([&] {
+        for (const int lower : levels)
+            for (const int upper : levels)
+                for (const int value : {-5, 77, 300})
+                    for (const auto& operation : thresholds(lower, value, upper, 255 - value)) {
+                        BytePlane all(256, 1, {0, 1});
+                        all.set([](int x, int) { return static_cast<Byte>(x); });
+                        expectOperation(operation, all, all);
+                    }
     });
 }
 
@@ -125,66 +158,32 @@ TEST(Elementwise, SubtractScalarIntoALargePlane) {
     });
 }
 
+float maximumOf(const FloatPlane& plane) {
+    float largest = kNaN;
+    EXPECT_EQ(maximum(plane.data(), plane.step(), plane.width(), plane.height(), &largest),
+              Success);
+    return largest;
+}
+
 TEST(Elementwise, MaximumFindsEveryPositionAndPassesOverNaN) {
     sweep<float>([](int width, Layout layout) {
         FloatPlane plane(width, 2, layout);
         plane.fill(-3.0F);
-        float largest = kNaN;
-        for (int y = 0; y < 2; ++y) {
+        for (int y = 0; y < 2; ++y)
             for (int x = 0; x < width; ++x) {
                 plane.at(x, y) = -1.5F;
                 plane.at((x + 1) % width, 1 - y) = kNaN;
-                ASSERT_EQ(maximum(plane.data(), plane.step(), width, 2, &largest), Success);
-                ASSERT_EQ(largest, -1.5F) << x << ", " << y;
+                ASSERT_EQ(maximumOf(plane), -1.5F) << x << ", " << y;
                 plane.at(x, y) = plane.at((x + 1) % width, 1 - y) = -3.0F;
             }
-        }
-    });
-}
-
-TEST(Elementwise, MaximumOfZerosIsPlusZeroAndOfNothingMinusInfinity) {
-    sweep<float>([](int width, Layout layout) {
-        FloatPlane plane(width, 2, layout);
+        // Of zeros it is plus zero, and of nothing minus infinity.
         plane.set([](int x, int) { return x % 3 == 1 ? 0.0F : -0.0F; });
-        float largest = kNaN;
-        ASSERT_EQ(maximum(plane.data(), plane.step(), width, 2, &largest), Success);
-        ASSERT_EQ(largest, 0.0F);
-        ASSERT_FALSE(std::signbit(largest));
+        ASSERT_EQ(maximumOf(plane), 0.0F);
+        ASSERT_FALSE(std::signbit(maximumOf(plane)));
         plane.fill(kNaN);
-        ASSERT_EQ(maximum(plane.data(), plane.step(), width, 2, &largest), Success);
-        ASSERT_EQ(largest, -kInf);
+        ASSERT_EQ(maximumOf(plane), -kInf);
         plane.at(width - 1, 1) = kInf;
-        ASSERT_EQ(maximum(plane.data(), plane.step(), width, 2, &largest), Success);
-        ASSERT_EQ(largest, kInf);
-    });
-}
-
-TEST(Elementwise, ByteThresholdsForLevelsInsideAndOutsideTheRangeOfAByte) {
-    // All 256 pixel values in one row; any integer compares as the number it is.
-    const int levels[] = {INT_MIN, -1, 0, 1, 2, 127, 128, 254, 255, 256, INT_MAX};
-    const auto byte = [](int value) {
-        return static_cast<unsigned char>(std::clamp(value, 0, 255));
-    };
-    forEachSlot([&] {
-        BytePlane all(256, 1, {0, 1});
-        all.set([](int x, int) { return static_cast<unsigned char>(x); });
-        for (const int lower : levels) {
-            for (const int value : {-5, 77, 300}) {
-                BytePlane above = all, below = all, expectedAbove = all, expectedBelow = all;
-                expectedAbove.set([&](int x, int) { return x > lower ? byte(value) : byte(x); });
-                expectedBelow.set([&](int x, int) { return x < lower ? byte(value) : byte(x); });
-                thresholdAbove(above.data(), above.step(), 256, 1, lower, value);
-                thresholdBelow(below.data(), below.step(), 256, 1, lower, value);
-                ASSERT_TRUE(samePixels(expectedAbove, above)) << "level " << lower;
-                ASSERT_TRUE(samePixels(expectedBelow, below)) << "level " << lower;
-            }
-            for (const int upper : levels) {
-                BytePlane both = all, expected = all;
-                expected.set([&](int x, int) { return byte(x < lower ? 11 : x > upper ? 22 : x); });
-                thresholdBothSides(both.data(), both.step(), 256, 1, lower, 11, upper, 22);
-                ASSERT_TRUE(samePixels(expected, both)) << lower << ", " << upper;
-            }
-        }
+        ASSERT_EQ(maximumOf(plane), kInf);
     });
 }
 

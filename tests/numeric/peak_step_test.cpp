@@ -174,16 +174,6 @@ void bothWays(const Planes& planes, Check check) {
     check(turned(bound), turned(start));
 }
 
-TEST(PeakStep, FollowsMazesAndCombsToTheirEnd) {
-    for (const auto& [name, planes] :
-         {std::pair("spiral", scenes::floodFromFirstPixel(scenes::spiral(45, 37))),
-          {"serpentine", scenes::floodFromFirstPixel(scenes::serpentine(50, 33))},
-          {"comb", scenes::combInflows(90, 44)}}) {
-        SCOPED_TRACE(name);
-        bothWays(planes, expectReconstruction);
-    }
-}
-
 /// A corridor up and down across the plane that turns at any row.
 scenes::Scene raggedSerpentine(int width, int height) {
     scenes::Scene scene = scenes::noise(width, height, 1, 0);

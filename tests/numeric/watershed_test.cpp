@@ -10,12 +10,13 @@
 
 #include "drawings.h"
 #include "flood_oracle.h"
-#include "planes.h"
+#include "oracles.h"
 
 namespace numeric {
 namespace {
 
 using namespace test;
+using Byte = unsigned char;
 
 constexpr int kBySteps = 1, kByDistance = 2, kSideBorders = 64, kAllBorders = 128;
 
@@ -148,12 +149,6 @@ TEST(Watershed, MatchesPlainPriorityFloodWhereSeedsAreDense) {
             picture.relief.at(freeX, freeY) = static_cast<unsigned char>(10 + turn);
             picture.marker.at(x, y) = static_cast<unsigned char>(128 + random() % 128);
         }
-    expectLikeOracle(picture);
-}
-
-TEST(Watershed, MatchesPlainPriorityFloodWhereTheBackgroundHasSeveralSeeds) {
-    Picture picture = randomPicture(90, 70, {}, 1, 300, 4);
-    picture.relief.set([](int x, int y) { return (x / 9 + y / 7) % 3 == 0 ? 200 : 50; });
     expectLikeOracle(picture);
 }
 
@@ -392,25 +387,6 @@ TEST(Watershed, DividesOverlappingDiscsAtTheBisector) {
     }
 }
 
-/// Sets the pixels to 0 that have this pixel's label and are connected with it.
-void clearArea(BytePlane& marker, int startX, int startY) {
-    const int label = marker.at(startX, startY);
-    std::vector<std::pair<int, int>> open;
-    const auto visit = [&](int x, int y) {
-        if (x < 0 || y < 0 || x >= marker.width() || y >= marker.height()) return;
-        if (marker.at(x, y) != label) return;
-        marker.at(x, y) = 0;
-        open.emplace_back(x, y);
-    };
-    visit(startX, startY);
-    while (!open.empty()) {
-        const auto [x, y] = open.back();
-        open.pop_back();
-        for (int dy = -1; dy <= 1; ++dy)
-            for (int dx = -1; dx <= 1; ++dx) visit(x + dx, y + dy);
-    }
-}
-
 TEST(Watershed, TouchingDiscsKeepApartThoughTheirLabelsRepeat) {
     constexpr int kWidth = 3840, kHeight = 2160, kDiscs = 5000, kPerRow = 96;
     BytePlane relief(kWidth, kHeight), marker(kWidth, kHeight);
@@ -430,27 +406,21 @@ TEST(Watershed, TouchingDiscsKeepApartThoughTheirLabelsRepeat) {
                 if (distance <= 4) marker.at(x, y) = 255;
             }
     }
-    int size = 0, count = 0;
-    ASSERT_EQ(labelSeedsScratchSize(kWidth, kHeight, &size), Success);
-    std::vector<unsigned char> scratch(size);
+    TestScratch scratch(labelSeedsScratchSize, kWidth, kHeight);
+    int count = 0;
     ASSERT_EQ(labelSeeds(marker.data(), marker.step(), kWidth, kHeight, 2, 254, 1, &count,
                          scratch.data()),
               Success);
     ASSERT_EQ(count, kDiscs);
-    marker.set([&](int x, int y) {
-        return relief.at(x, y) != 0 ? static_cast<unsigned char>(1) : marker.at(x, y);
-    });
-    flood(relief, marker, 3, kByDistance);
+    marker.set([&](int x, int y) { return relief.at(x, y) != 0 ? Byte{1} : marker.at(x, y); });
+    flood(relief, marker, 3, kByDistance | kAllBorders);
 
-    // If two regions that meet had one label, they would be one area of that label.
-    int areas = 0;
-    for (int y = 0; y < kHeight; ++y)
-        for (int x = 0; x < kWidth; ++x)
-            if (marker.at(x, y) > 1) {
-                clearArea(marker, x, y);
-                ++areas;
-            }
-    EXPECT_EQ(areas, kDiscs);
+    // No border is drawn between regions that meet and have one label: they would be one area.
+    marker.set([&](int x, int y) {
+        return marker.at(x, y) == 1 || marker.at(x, y) == 255 ? Byte{0} : marker.at(x, y);
+    });
+    TestPlane<int> areas(kWidth, kHeight);
+    EXPECT_EQ(floodFill(marker, 0, areas), kDiscs);
 }
 
 }  // namespace

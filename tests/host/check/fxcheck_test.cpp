@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 
 #include <QFile>
-#include <sstream>
 
 #include "tests/host/render/Program.h"
 
@@ -26,8 +25,7 @@ protected:
 /// The rows of a table that hold `text`.
 std::vector<std::string> rowsWith(const std::string& text, const std::string& table) {
     std::vector<std::string> rows;
-    std::istringstream lines(table);
-    for (std::string line; std::getline(lines, line);)
+    for (const std::string& line : linesOf(table))
         if (line.find(text) != std::string::npos) rows.push_back(line);
     return rows;
 }

@@ -2,85 +2,53 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
+#include <algorithm>
+#include <numeric>
+
+#include "tests/kit/pixels.h"
 
 namespace {
 
-/// A picture whose rows are longer than its pixels.
-std::unique_ptr<HkImage> noise(int width, int height, int percentWhite, unsigned seed) {
-    auto image = std::make_unique<HkImage>(width + 3, height + 1, 1, nullptr, 4u);
+/// Black and white noise; rows are longer than the region.
+std::unique_ptr<HkImage> speckles(int width, int height, int percentWhite, unsigned seed) {
+    auto image = noise(width + 3, height + 1, 1, seed);
     image->roiWidth = width;
     image->roiHeight = height;
-    std::mt19937 random(seed);
-    for (int y = 0; y <= height; ++y)
-        for (int x = 0; x < width + 3; ++x)
-            image->data[y * image->step + x] =
-                static_cast<int>(random() % 100) < percentWhite ? 255 : 0;
+    for (int i = 0; i < image->step * image->height; ++i)
+        image->data[i] = image->data[i] % 100 < percentWhite ? 255 : 0;
     return image;
 }
 
-/// Area by area, found by walking from neighbour to neighbour.
-class WalkedAreas {
-public:
-    WalkedAreas(const HkImage& image, const AreaRules& rules)
-        : m_image(image), m_width(image.roiWidth), m_height(image.roiHeight) {
-        std::vector<bool> seen(std::size_t(m_width * m_height));
-        labels.resize(seen.size());
-        for (int start = 0; start < m_width * m_height; ++start) {
-            if (seen[start] || !isWhite(start)) continue;
-            std::vector<int> members = {start};
-            seen[start] = true;
-            for (std::size_t i = 0; i < members.size(); ++i)
-                for (int other : neighbours(members[i]))
-                    if (isWhite(other) && !seen[other]) {
-                        seen[other] = true;
-                        members.push_back(other);
-                    }
-            keep(members, rules);
-        }
+/// The pixels of each area, found by walking from neighbour to neighbour.
+std::vector<std::vector<int>> walkedAreas(const HkImage& image) {
+    const int width = image.roiWidth, height = image.roiHeight;
+    std::vector<bool> seen(std::size_t(width * height));
+    std::vector<std::vector<int>> areas;
+    for (int start = 0; start < width * height; ++start) {
+        std::vector<int> pixels;
+        const auto visit = [&](int x, int y) {
+            if (x < 0 || y < 0 || x >= width || y >= height || sample(image, x, y) != 255) return;
+            if (!seen[y * width + x]) pixels.push_back(y * width + x);
+            seen[y * width + x] = true;
+        };
+        visit(start % width, start / width);
+        for (std::size_t i = 0; i < pixels.size(); ++i)
+            for (const int dy : {-1, 0, 1})
+                for (const int dx : {-1, 0, 1})
+                    visit(pixels[i] % width + dx, pixels[i] / width + dy);
+        if (!pixels.empty()) areas.push_back(pixels);
     }
+    return areas;
+}
 
-    std::vector<Area> areas;
-    std::vector<std::int32_t> labels;
-    int leftOut = 0;
-
-private:
-    bool isWhite(int pixel) const {
-        return m_image.data[pixel / m_width * m_image.step + pixel % m_width] == 255;
-    }
-    std::vector<int> neighbours(int pixel) const {
-        std::vector<int> result;
-        for (int y = pixel / m_width - 1; y <= pixel / m_width + 1; ++y)
-            for (int x = pixel % m_width - 1; x <= pixel % m_width + 1; ++x)
-                if (x >= 0 && y >= 0 && x < m_width && y < m_height)
-                    result.push_back(y * m_width + x);
-        return result;
-    }
-    void keep(const std::vector<int>& members, const AreaRules& rules) {
-        int left = m_width, top = m_height, right = 0, bottom = 0;
-        Area area;
-        for (int pixel : members) {
-            const int x = pixel % m_width, y = pixel / m_width;
-            left = std::min(left, x), right = std::max(right, x);
-            top = std::min(top, y), bottom = std::max(bottom, y);
-            area.centroidX += double(x) / members.size();
-            area.centroidY += double(y) / members.size();
-        }
-        area.pixels = static_cast<int>(members.size());
-        area.left = left, area.top = top;
-        area.width = right - left + 1, area.height = bottom - top + 1;
-        const bool reachesBorder =
-            left == 0 || top == 0 || right == m_width - 1 || bottom == m_height - 1;
-        if (area.pixels < rules.fewestPixels || (rules.withoutBorder && reachesBorder)) {
-            ++leftOut;
-            return;
-        }
-        areas.push_back(area);
-        for (int pixel : members) labels[pixel] = static_cast<std::int32_t>(areas.size());
-    }
-
-    const HkImage& m_image;
-    int m_width, m_height;
+/// The places of these pixels along an axis: what is measured of an area.
+struct Extent {
+    explicit Extent(const std::vector<int>& places)
+        : first(*std::min_element(places.begin(), places.end())),
+          last(*std::max_element(places.begin(), places.end())),
+          mean(std::accumulate(places.begin(), places.end(), 0.0) / double(places.size())) {}
+    int first, last;
+    double mean;
 };
 
 TEST(Areas, AreThoseAWalkFromNeighbourToNeighbourFinds) {
@@ -88,26 +56,39 @@ TEST(Areas, AreThoseAWalkFromNeighbourToNeighbourFinds) {
     for (auto [width, height] : {std::pair{1, 1}, {1, 9}, {8, 1}, {33, 20}, {64, 64}, {101, 57}})
         for (int percent : {0, 5, 20, 35, 60, 100})
             for (const AreaRules& rules : everyRule) {
-                const auto image = noise(width, height, percent, unsigned(width + percent));
-                const WalkedAreas walked(*image, rules);
-                AreaMap map;
-                ASSERT_EQ(mapAreas(*image, rules, map), AreaStatus::Success);
                 SCOPED_TRACE(testing::Message() << width << " x " << height << ", " << percent
                                                 << " %, " << rules.fewestPixels);
-                ASSERT_EQ(map.areas.size(), walked.areas.size());
-                EXPECT_EQ(map.labels, walked.labels);
-                EXPECT_EQ(map.leftOut, walked.leftOut);
-                EXPECT_EQ(countWhiteAreas(*image), map.leftOut + int(map.areas.size()));
-                for (std::size_t i = 0; i < map.areas.size(); ++i) {
-                    const Area &area = map.areas[i], &expected = walked.areas[i];
-                    ASSERT_EQ(area.pixels, expected.pixels);
-                    ASSERT_NEAR(area.centroidX, expected.centroidX, 1e-9);
-                    ASSERT_NEAR(area.centroidY, expected.centroidY, 1e-9);
-                    ASSERT_EQ(area.left, expected.left);
-                    ASSERT_EQ(area.top, expected.top);
-                    ASSERT_EQ(area.width, expected.width);
-                    ASSERT_EQ(area.height, expected.height);
+                const auto image = speckles(width, height, percent, unsigned(width + percent));
+                const auto walked = walkedAreas(*image);
+                AreaMap map;
+                ASSERT_EQ(mapAreas(*image, rules, map), AreaStatus::Success);
+                std::vector<std::int32_t> labels(std::size_t(width * height));
+                std::size_t kept = 0;
+                for (const std::vector<int>& pixels : walked) {
+                    std::vector<int> columns, rows;
+                    for (const int pixel : pixels)
+                        columns.push_back(pixel % width), rows.push_back(pixel / width);
+                    const Extent x(columns), y(rows);
+                    const bool reachesBorder =
+                        x.first == 0 || x.last == width - 1 || y.first == 0 || y.last == height - 1;
+                    if (int(pixels.size()) < rules.fewestPixels ||
+                        (rules.withoutBorder && reachesBorder))
+                        continue;
+                    ASSERT_LT(kept, map.areas.size());
+                    const Area& area = map.areas[kept++];
+                    for (const int pixel : pixels) labels[pixel] = std::int32_t(kept);
+                    ASSERT_EQ(area.pixels, int(pixels.size()));
+                    ASSERT_NEAR(area.centroidX, x.mean, 1e-9);
+                    ASSERT_NEAR(area.centroidY, y.mean, 1e-9);
+                    ASSERT_EQ(std::pair(area.left, area.width),
+                              std::pair(x.first, x.last - x.first + 1));
+                    ASSERT_EQ(std::pair(area.top, area.height),
+                              std::pair(y.first, y.last - y.first + 1));
                 }
+                EXPECT_EQ(map.areas.size(), kept);
+                EXPECT_EQ(map.labels, labels);
+                EXPECT_EQ(map.leftOut, int(walked.size() - kept));
+                EXPECT_EQ(countWhiteAreas(*image), int(walked.size()));
             }
 }
 
@@ -115,10 +96,10 @@ TEST(Areas, AreRefusedWhereTheyAreNotKnown) {
     AreaMap map;
     EXPECT_EQ(mapAreas(HkImage(), {}, map), AreaStatus::NotOneChannel);
     EXPECT_EQ(mapAreas(HkImage(4, 4, 3, nullptr, 4), {}, map), AreaStatus::NotOneChannel);
-    const auto image = noise(9, 9, 50, 1);
+    const auto image = speckles(9, 9, 50, 1);
     image->data[image->step * 8 + 8] = 254;
     EXPECT_EQ(mapAreas(*image, {}, map), AreaStatus::NotBlackAndWhite);
-    const auto white = noise(4, 4, 100, 1);
+    const auto white = speckles(4, 4, 100, 1);
     ASSERT_EQ(mapAreas(*white, {}, map), AreaStatus::Success);
     EXPECT_EQ(withOutlines(*image, map), nullptr) << "of another size";
 }

@@ -1,32 +1,24 @@
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "host/imaging/PictureDifference.h"
 #include "host/imaging/PictureViews.h"
+#include "tests/kit/pixels.h"
 
 // The oracle walks the samples one by one in another order and adds up in floating point.
 
 namespace {
 
 /// A picture whose region is smaller than what is allocated, with noise everywhere.
-std::unique_ptr<HkImage> noise(int channels, unsigned seed, int roiWidth = 31, int roiHeight = 17) {
-    auto image = std::make_unique<HkImage>(40, 20, channels, nullptr, 16);
-    std::mt19937 random(seed);
-    for (int i = 0; i < image->step * image->height; ++i)
-        image->data[i] = static_cast<unsigned char>(random());
+std::unique_ptr<HkImage> part(int channels, unsigned seed, int roiWidth = 31, int roiHeight = 17) {
+    auto image = noise(40, 20, channels, seed);
     image->roiWidth = roiWidth;
     image->roiHeight = roiHeight;
     return image;
 }
 
-unsigned char& sample(const HkImage& image, int x, int y, int c) {
-    return image.data[image.step * y + x * image.channels + c];
-}
-
 TEST(PictureDifference, AgreesWithAnotherWayOfCounting) {
     for (int channels = 1; channels <= 4; ++channels) {
-        const auto a = noise(channels, 1), b = noise(channels, 2);
+        const auto a = part(channels, 1), b = part(channels, 2);
         for (int x = 0; x < 31; x += 3)  // some pixels are equal, and some in one channel only
             for (int y = 0; y < 17; ++y)
                 for (int c = y % 2; c < channels; ++c) sample(*b, x, y, c) = sample(*a, x, y, c);
@@ -68,7 +60,7 @@ TEST(PictureDifference, AgreesWithAnotherWayOfCounting) {
 }
 
 TEST(PictureDifference, EqualRegionsAreInfinitelyAlikeAndOthersAreRefused) {
-    const auto a = noise(3, 1), b = noise(3, 1);
+    const auto a = part(3, 1), b = part(3, 1);
     sample(*b, 31, 5, 0) ^= 255;  // outside the region
     EXPECT_TRUE(differenceOf(*a, *b)->isNone());
     EXPECT_EQ(differenceOf(*a, *b)->psnr(), std::numeric_limits<double>::infinity());
@@ -77,8 +69,8 @@ TEST(PictureDifference, EqualRegionsAreInfinitelyAlikeAndOthersAreRefused) {
     EXPECT_NEAR(differenceOf(*a, *b)->psnr(), 10 * std::log10(255. * 255 * 31 * 17 * 3), 1e-9);
 
     const HkImage none;
-    for (const HkImage* other : {noise(4, 1).release(), noise(3, 1, 30).release(),
-                                 noise(3, 1, 31, 16).release(), new HkImage}) {
+    for (const HkImage* other : {part(4, 1).release(), part(3, 1, 30).release(),
+                                 part(3, 1, 31, 16).release(), new HkImage}) {
         const std::unique_ptr<const HkImage> owned(other);
         EXPECT_FALSE(differenceOf(*a, *other));
         EXPECT_EQ(differencePicture(*a, *other, 1) != nullptr, other->channels == 4)

@@ -5,24 +5,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <memory>
 #include <set>
 
+#include "tests/kit/pixels.h"
+
 namespace {
-
-unsigned char& sample(const HkImage& image, int x, int y, int channel = 0) {
-    return image.data[static_cast<std::ptrdiff_t>(y) * image.step + x * image.channels + channel];
-}
-
-std::unique_ptr<HkImage> noise(int width, int height, int channels, unsigned seed) {
-    auto image = std::make_unique<HkImage>(width, height, channels, nullptr, 4);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width * channels; ++x) {
-            seed = seed * 1664525 + 1013904223;
-            image->data[y * image->step + x] = static_cast<unsigned char>(seed >> 24);
-        }
-    return image;
-}
 
 TEST(PictureViews, AreWhatTheirFormulasSay) {
     const auto a = noise(31, 18, 3, 1), b = noise(31, 18, 1, 2);

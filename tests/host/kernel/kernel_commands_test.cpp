@@ -253,7 +253,8 @@ TEST_F(ChangeObject, MergesWhatIsOneGesture) {
                     g_now += 1001, model.endGesture();
                     break;
                 case 5:
-                    g_now += 900, scene.drag(), g_now += 900, scene.turnWheel();
+                    g_now += 900, scene.drag(), g_now += 900, scene.turnWheel(), g_now += 900;
+                    scene.drag();
                     break;
                 case 6:
                     stack.setClean(), model.save();

@@ -28,7 +28,8 @@ struct Reader {
                 if (auto* object = HkFXKernelData::getInstance()->getObject(id.typeId, id.objectId))
                     objects.push_back(object);
             std::this_thread::yield();  // time for the editor to remove some of them
-            for (const HkKernelObjectData* object : objects) {
+            for (std::size_t round = 0; round < 20 * objects.size(); ++round) {
+                const HkKernelObjectData* object = objects[round % objects.size()];
                 const HkParamKeyframeVector values = object->getKeyframesAt(frame % 50);
                 const QVariant size = values.at(TestManipulator::Size).getValue();
                 torn += size.toDouble() != values.at(TestManipulator::Gain).getValue().toDouble();
@@ -67,9 +68,12 @@ TEST(KernelThreads, ReadersSeeWholeEditsOfLivingObjects) {
     for (int round = 0; round < 5000 || framesDone < 1000; ++round) {
         const std::vector<InstanceId> ids = store.instances();
         const InstanceId id = ids[static_cast<std::size_t>(round) % ids.size()];
-        editBoth(id.objectId, round, std::nullopt);
-        editBoth(id.objectId, round + 1, round % 50);
-        store.setAnimated(id.objectId, round % 2 == 0);
+        for (int edit = round; edit < round + 6; ++edit) {
+            editBoth(id.objectId, edit, std::nullopt);
+            editBoth(id.objectId, edit + 1, round % 50);
+            for (const bool animated : {true, false, edit % 2 == 0})
+                store.setAnimated(id.objectId, animated);
+        }
         store.move(id.objectId, round % 3);
         const InstanceState state = *store.state(id.objectId);
         store.remove(id.objectId);

@@ -12,7 +12,6 @@
 #include <QToolButton>
 #include <QUndoStack>
 #include <QVBoxLayout>
-#include <QWheelEvent>
 
 #include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
 #include "host/kernel/KernelNotifier.h"
@@ -158,34 +157,6 @@ TEST_F(Manipulator, ThePageIsTheEntrysOwnChildAndFillsIt) {
         EXPECT_EQ(made->childAt(page->geometry().center())->window(), &window);
         EXPECT_NE(made->childAt(page->geometry().center()), made->childAt(1, 1));
     }
-}
-
-TEST_F(Manipulator, EditsOfOneHandAreOneStep) {
-    const int object = filter.addFilter();
-    QSlider* slider = filter.page(object)->size;
-    slider->setFocus();
-    QApplication::processEvents();
-    int steps = stack.count();
-    const auto turnWheel = [slider](int notches) {
-        QWheelEvent turn(QPointF(5, 5), QPointF(slider->mapToGlobal(QPoint(5, 5))), QPoint(),
-                         QPoint(0, 120 * notches), Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
-                         false);
-        QApplication::sendEvent(slider, &turn);
-    };
-    for (int i = 0; i < 3; ++i) QTest::keyClick(slider, Qt::Key_Right);
-    EXPECT_EQ(slider->value(), 4);
-    EXPECT_EQ(stack.count(), ++steps) << "keys in a row";
-    QTest::mousePress(slider, Qt::LeftButton, Qt::NoModifier, QPoint(slider->width() - 2, 5));
-    QTest::mouseRelease(slider, Qt::LeftButton);
-    EXPECT_EQ(stack.count(), ++steps) << "a click after them";
-    QApplication::processEvents();
-    QTest::keyClick(slider, Qt::Key_Left);
-    EXPECT_EQ(stack.count(), ++steps) << "a key after the click";
-    filter.page(object)->setFocus();
-    slider->setFocus();
-    turnWheel(-1);
-    turnWheel(-1);
-    EXPECT_EQ(stack.count(), ++steps) << "the wheel after another control had the focus";
 }
 
 TEST_F(Manipulator, EnablingIsShownAndUndone) {

@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,14 +41,6 @@ std::string errorOf(MediaErrorKind kind, Action action) {
     }
     ADD_FAILURE() << "nothing was thrown";
     return {};
-}
-
-inline std::unique_ptr<HkImage> noise(int width, int height, int channels, unsigned seed) {
-    auto image = std::make_unique<HkImage>(width, height, channels, nullptr, 4);
-    std::minstd_rand random(seed);
-    for (int i = 0; i < image->step * height; ++i)
-        image->data[i] = static_cast<unsigned char>(random() >> 8);
-    return image;
 }
 
 /// Files end at so many bytes, as on a full disk.

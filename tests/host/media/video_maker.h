@@ -17,20 +17,20 @@ extern "C" {
 /// A video made by the encoding library itself, for tests of the reader.
 struct VideoRecipe {
     const char* container = "mp4";
+    std::vector<std::int64_t> times;  ///< one frame each
     const char* encoder = "libx264";
     const char* x264Options = "";
     AVPixelFormat format = AV_PIX_FMT_YUV420P;
     int width = 160;
     int height = 96;
     AVRational timeBase = {1, 25};
-    std::vector<std::int64_t> times;  ///< one frame each
-    int displayMatrix[9] = {};        ///< all 0: none
+    int displayMatrix[9] = {};  ///< all 0: none
     AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
     AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
     bool hasSound = false;  ///< PCM, one packet for each frame's time
     bool hasVideo = true;
     /// Draws a frame; if none, its number is drawn.
-    std::function<void(AVFrame&, int number)> draw;
+    std::function<void(AVFrame&, int number)> draw = nullptr;
 };
 
 void makeVideo(const std::string& path, const VideoRecipe& recipe);

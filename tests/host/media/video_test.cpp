@@ -57,13 +57,8 @@ TEST_F(Video, AFrameReadAloneIsTheOneOfAFullDecode) {
                  {"old.avi", "avi", "mpeg4", evenTimes(kFrames)}};
     for (const auto& [name, container, encoder, times, x264Options] : clips) {
         SCOPED_TRACE(name);
-        VideoRecipe recipe;
-        recipe.container = container;
-        recipe.encoder = encoder;
-        recipe.times = times;
-        recipe.x264Options = x264Options;
         testing::internal::CaptureStderr();  // an encoder's own words
-        makeVideo(in(name), recipe);
+        makeVideo(in(name), {container, times, encoder, x264Options});
         testing::internal::GetCapturedStderr();
         const auto source = open(name);
         ASSERT_EQ(source->frames().size(), static_cast<std::size_t>(kFrames));
@@ -98,18 +93,12 @@ TEST_F(Video, AFrameReadAloneIsTheOneOfAFullDecode) {
 }
 
 TEST_F(Video, AnimatedPicturesAreFramesAndAVideoTakesNoRange) {
-    VideoRecipe recipe;
-    recipe.container = "webp";
-    recipe.encoder = "libwebp_anim";
-    recipe.times = evenTimes(12);
-    makeVideo(in("a.webp"), recipe);
+    makeVideo(in("a.webp"), {"webp", evenTimes(12), "libwebp_anim"});
     const auto source = open("a.webp");
     ASSERT_EQ(source->frames().size(), 12u);
     for (const std::int64_t frame : {3, 11, 0, 7}) EXPECT_EQ(numberOn(*source->read(frame)), frame);
 
-    recipe = VideoRecipe();
-    recipe.times = evenTimes(2);
-    makeVideo(in("v.mp4"), recipe);
+    makeVideo(in("v.mp4"), {"mp4", evenTimes(2)});
     ReadOptions options;
     options.range = {SampleRange::Given, 0, 100};
     EXPECT_THAT(errorOf(kInvalid, [&] { open("v.mp4", options); }),
@@ -367,9 +356,7 @@ TEST_F(AnimatedPicture, DamageIsSaidAndCostsNothing) {
 
 TEST_F(Video, TimesAndSoundSurviveARender) {
     constexpr int kFrames = 60;
-    VideoRecipe recipe;
-    recipe.container = "matroska";
-    recipe.times = unevenTimes(kFrames);
+    VideoRecipe recipe{"matroska", unevenTimes(kFrames)};
     recipe.hasSound = true;
     makeVideo(in("clip.mkv"), recipe);
     const auto source = open("clip.mkv");
@@ -426,8 +413,7 @@ TEST_F(Video, IsSeenUpright) {
     // Four grey quarters; the matrix says where a pixel of the file is seen.
     for (const bool mirrored : {false, true})
         for (const int degrees : {0, 90, 180, 270}) {
-            VideoRecipe recipe;
-            recipe.times = {0};
+            VideoRecipe recipe{"mp4", {0}};
             av_display_rotation_set(recipe.displayMatrix, degrees);
             if (mirrored) av_display_matrix_flip(recipe.displayMatrix, 1, 0);
             const auto level = [](bool right, bool below) { return 60 + 40 * right + 80 * below; };
@@ -481,13 +467,12 @@ TEST_F(Video, ColoursFollowTheTagsOrTheSize) {
     for (const AVPixelFormat format : {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV444P})
         for (const auto& [tag, range, width, height, weights] : rows) {
             const std::array<int, 3> yuv = {110, 90, 170};
-            VideoRecipe recipe;
+            VideoRecipe recipe{"mp4", {0}};
             recipe.format = format;
             recipe.matrix = tag;
             recipe.range = range;
             recipe.width = width;
             recipe.height = height;
-            recipe.times = {0};
             recipe.draw = [&yuv](AVFrame& frame, int) {
                 for (std::size_t plane = 0; plane < 3; ++plane)
                     std::fill_n(
@@ -579,8 +564,7 @@ TEST_F(Video, Ffv1IsLossless) {
 }
 
 TEST_F(Video, DamagedFilesAreNamedAndNothingElseIsSaid) {
-    VideoRecipe recipe;
-    recipe.times = evenTimes(100);
+    VideoRecipe recipe{"mp4", evenTimes(100)};
     recipe.width = 320;
     recipe.height = 240;
     const std::pair<const char*, const char*> containers[] = {
@@ -610,9 +594,7 @@ TEST_F(Video, DamagedFilesAreNamedAndNothingElseIsSaid) {
     expectUnreadable("sound.mkv", "no video track");
 
     // Two streams of different sizes, one after the other.
-    recipe = VideoRecipe();
-    recipe.container = "h264";
-    recipe.times = evenTimes(20);
+    recipe = {"h264", evenTimes(20)};
     makeVideo(in("first.h264"), recipe);
     recipe.width = 80;
     makeVideo(in("second.h264"), recipe);

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <sstream>
 #include <thread>
 
 #include "host/render/Fxrender.h"
@@ -188,6 +189,14 @@ QImage FxrenderTest::picture(int number, int width, int height) {
 
 void FxrenderTest::saveSequence(int count, int width, int height) const {
     for (int frame = 0; frame < count; ++frame) save(picture(frame, width, height), shot(frame));
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        if (!line.empty()) lines.push_back(line);
+    return lines;
 }
 
 QString shot(int frame) {

@@ -89,6 +89,9 @@ private:
     QTemporaryDir m_folder;
 };
 
+/// Without the empty ones.
+std::vector<std::string> linesOf(const std::string& text);
+
 /// "shot_0007.png" for frame 7.
 QString shot(int frame);
 

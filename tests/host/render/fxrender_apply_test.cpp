@@ -5,7 +5,6 @@
 #include <cstring>
 #include <filesystem>
 #include <opencv2/imgproc.hpp>
-#include <sstream>
 
 #include "tests/host/render/Program.h"
 
@@ -104,22 +103,6 @@ TEST_F(FxrenderApply, KeysRunOrJumpAlongASequence) {
                       blurred(picture(frame), row.sizes[static_cast<std::size_t>(frame)]))
                 << row.keys << " at " << frame;
     }
-    apply({"shot_%04d.png", "-o", "out/", "-f", "Channel separation:Channel=2=1;5=3"});
-    for (int frame = 0; frame < 9; ++frame)
-        EXPECT_EQ(samples(load("out/" + shot(frame))),
-                  samples(picture(frame), frame < 5 ? SampleOf(qRed) : SampleOf(qBlue)))
-            << frame;
-}
-
-TEST_F(FxrenderApply, SeveralPicturesAndFoldersInBrackets) {
-    ASSERT_TRUE(QDir(folder()).mkdir("[new]"));
-    save(picture(1), "[new]/a.png");
-    save(picture(2), "[new]/b.png");
-    apply({"[new]/b.png", "[new]/a.png", "-o", "two/", "-f", "Channel separation:Channel=1"});
-    EXPECT_EQ(samples(load("two/a.png")), samples(picture(1), qRed));
-    EXPECT_EQ(samples(load("two/b.png")), samples(picture(2), qRed));
-    apply({"[new]", "-o", "all/", "-f", "Channel separation:Channel=2"});
-    EXPECT_EQ(samples(load("all/b.png")), samples(picture(2), qGreen));
 }
 
 TEST_F(FxrenderApply, ResultsDoNotDependOnTheNumberOfJobs) {
@@ -156,19 +139,6 @@ TEST_F(FxrenderApply, KeepGoingRendersAllButTheBadFrame) {
     }
 }
 
-TEST_F(FxrenderApply, ABadFrameEndsTheRunWithItsError) {
-    saveSequence(6);
-    write(shot(2), "This is no picture.\n");
-    expectRefusal({"apply", "shot_####.png", "-o", "out/", "-f", "Channel separation", "-j", "1",
-                   "--report", "report.json"},
-                  65, "shot_0002.png");
-    std::vector<std::string> statuses;
-    const json report = jsonIn("report.json");
-    for (const json& frame : report["frames"]) statuses.push_back(frame["status"]);
-    EXPECT_THAT(statuses,
-                ElementsAre("done", "done", "failed", "not started", "not started", "not started"));
-}
-
 TEST_F(FxrenderApply, ADryRunSaysWhatItWouldWriteAndWritesNothing) {
     saveSequence(3);
     const QStringList before = files();
@@ -199,15 +169,15 @@ TEST_F(FxrenderApply, StandardOutputStaysFreeAndProgressObeys) {
     EXPECT_EQ(progress({"--frames", "2"}).find("1 frame done"), std::strlen("fxrender: "));
 }
 
-TEST_F(FxrenderApply, EventsTellEverythingAsJson) {
-    saveSequence(4);
+TEST_F(FxrenderApply, ABadFrameEndsTheRunAndEventsTellItAsJson) {
+    saveSequence(6);
     write(shot(3), "no\tpicture");
-    std::istringstream lines(apply({"shot_####.png", "-o", "out/", "-j", "1", "-f",
-                                    "Object separator", "--progress", "json"},
-                                   65)
-                                 .err);
+    const ProgramResult result =
+        apply({"shot_####.png", "-o", "out/", "-j", "1", "-f", "Object separator", "--progress",
+               "json", "--report", "report.json"},
+              65);
     std::vector<json> events;
-    for (std::string line; std::getline(lines, line);) events.push_back(json::parse(line));
+    for (const std::string& line : linesOf(result.err)) events.push_back(json::parse(line));
     ASSERT_EQ(events.size(), 6u);
     EXPECT_EQ(events[0]["event"], "warning");
     EXPECT_THAT(events[0]["message"], HasSubstr("black and white"));
@@ -220,7 +190,13 @@ TEST_F(FxrenderApply, EventsTellEverythingAsJson) {
     }
     EXPECT_EQ(events[5]["event"], "error");
     EXPECT_EQ(events[5]["exitCode"], 65);
+    EXPECT_THAT(events[5]["message"], HasSubstr("shot_0003.png"));
     EXPECT_EQ(events[5]["message"], failed["error"]);
+    std::vector<std::string> statuses;
+    const json report = jsonIn("report.json");
+    for (const json& frame : report["frames"]) statuses.push_back(frame["status"]);
+    EXPECT_THAT(statuses,
+                ElementsAre("done", "done", "done", "failed", "not started", "not started"));
 }
 
 TEST_F(FxrenderApply, ReportsGoWhereTheyAreWantedAndNowhereElse) {

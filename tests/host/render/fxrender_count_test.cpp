@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <sstream>
-
 #include "tests/host/render/Program.h"
 
 // How areas are found is held against a search of its own in tests/host/imaging.
@@ -14,13 +12,6 @@ using testing::HasSubstr;
 constexpr const char* kObjectHead = "frame,object,area,centroid_x,centroid_y,left,top,width,height";
 constexpr const char* kFrameHead =
     "frame,objects,mean_area,smallest_area,largest_area,left_out,input";
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) lines.push_back(line);
-    return lines;
-}
 
 /// White rectangles on black; frame n has n + 2 of them, the first at the border.
 class FxrenderCount : public FxrenderTest {

@@ -3,7 +3,6 @@
 
 #include <regex>
 #include <set>
-#include <sstream>
 
 #include "tests/host/render/Program.h"
 
@@ -16,14 +15,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 using Words = std::vector<std::string>;
-
-Words linesOf(const std::string& text) {
-    Words lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        if (!line.empty()) lines.push_back(line);
-    return lines;
-}
 
 class FxrenderShell : public FxrenderTest {
 protected:
