@@ -37,7 +37,6 @@ struct Diary {
 
 constexpr const char* kDiaryVariable = "FX_PLUGIN_GUARD";
 constexpr const char* kSecondsVariable = "FX_PLUGIN_SECONDS";
-constexpr int kUsualSeconds = 30;
 
 Diary* g_diary = nullptr;  ///< null: this process is not guarded
 
@@ -71,7 +70,7 @@ void endAtOnce(int code, void*) {
 /// How long one step of the plug-in may take.
 int limitInSeconds() {
     const int given = qEnvironmentVariableIntValue(kSecondsVariable);
-    return given > 0 ? given : kUsualSeconds;
+    return given > 0 ? given : kUsualPluginSeconds;
 }
 
 Diary* mapDiary(int file) {

@@ -22,13 +22,16 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// How long a step of loading, or a PluginQuestion, may take, unless FX_PLUGIN_SECONDS in the
+/// environment says otherwise.
+constexpr int kUsualPluginSeconds = 30;
+
 /// Starts this program anew, with the same arguments, as a child process, in which the same call
 /// runs `program` and returns its number; here the call returns what the child ended with.
 /// `program` must not throw. Signals that ask this process to stop go on to the child, which does
 /// not outlive it. Throws PluginEndedProgram when the child ended by itself after `program` has
-/// begun to load the library, or a step of loading or a PluginQuestion took longer than 30 s or
-/// than FX_PLUGIN_SECONDS in the environment says; and NoPluginProcess. To be called first of all
-/// in a program, which must do before it only what can be done twice.
+/// begun to load the library, or a step took too long; and NoPluginProcess.
+/// To be called first of all in a program, which must do before it only what can be done twice.
 FXKERNELAPI_EXPORT int runGuarded(const QString& pluginFile, const std::function<int()>& program);
 
 /// For the loader: what the library is being asked to do from now on. Nothing happens in a process

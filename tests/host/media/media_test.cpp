@@ -479,6 +479,9 @@ TEST_F(Media, PngOfWrongPartsIsRefused) {
         }
     }
 
+    writeBytes("bit.png", withByte(file, 16, 0x40));  // before its size is believed
+    expectUnreadable("bit.png", "checksum");
+
     const auto grey = [&head](int bits, int kind) {
         return withByte(withByte(head, 12, bits), 13, kind);
     };
