@@ -75,9 +75,9 @@ void ChainCheck::lookAtSettings(std::int64_t frame, int width, int height) {
     }
 }
 
-bool ChainCheck::wantsPicture() const {
-    return std::any_of(m_instances.begin(), m_instances.end(), [](const Instance& instance) {
-        return looksAtInput(instance.key) || looksAtResult(instance.key);
+bool ChainCheck::wantsPicture(int channels) const {
+    return std::any_of(m_instances.begin(), m_instances.end(), [=](const Instance& instance) {
+        return looksAtInput(instance.key, channels) || looksAtResult(instance.key);
     });
 }
 

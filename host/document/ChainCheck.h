@@ -26,7 +26,7 @@ public:
     /// Runs the filters on a picture, as far as one is interested in what reaches it or what it
     /// makes.
     void lookAtPicture(std::int64_t frame, std::unique_ptr<HkImage> picture);
-    bool wantsPicture() const;
+    bool wantsPicture(int channels) const;
 
     /// Anything else that was found about a frame.
     void object(std::int64_t frame, const std::string& objection);

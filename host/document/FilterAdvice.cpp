@@ -93,6 +93,12 @@ std::string percent(double share) {
     return text;
 }
 
+/// Two filters work on grey or on colours, and grey with alpha is neither for them.
+bool leavesAsItIs(const QString& key, int channels) {
+    return channels == 2 &&
+           (key == QLatin1String(kThreshold) || key == QLatin1String(kDeconvolution));
+}
+
 /// "99.8 % white" where hardly any background is left, "all black" where nothing else is. A few
 /// small objects on black are a good result, the reverse is none.
 std::optional<std::string> oneColour(const Levels& levels) {
@@ -138,8 +144,8 @@ std::vector<std::string> adviceOnSettings(const QString& key, const FilterValues
     return {};
 }
 
-bool looksAtInput(const QString& key) {
-    return key == QLatin1String(kSeparator);
+bool looksAtInput(const QString& key, int channels) {
+    return key == QLatin1String(kSeparator) || leavesAsItIs(key, channels);
 }
 
 bool looksAtResult(const QString& key) {
@@ -147,7 +153,10 @@ bool looksAtResult(const QString& key) {
 }
 
 std::vector<std::string> adviceOnInput(const QString& key, const HkImage& input) {
-    if (!looksAtInput(key)) return {};
+    if (leavesAsItIs(key, input.channels))
+        return {
+            "it leaves grey pictures with alpha as they are; put \"Channel separation\" before it"};
+    if (key != QLatin1String(kSeparator)) return {};
     const Levels levels(input);
     std::vector<std::string> advice;
     if (levels.between > 0)

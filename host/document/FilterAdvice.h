@@ -44,8 +44,9 @@ std::vector<std::string> adviceOnSettings(const QString& key, const FilterValues
 std::vector<std::string> adviceOnInput(const QString& key, const HkImage& input);
 std::vector<std::string> adviceOnResult(const QString& key, const HkImage& result);
 
-/// Whether these have anything to say about this filter.
-bool looksAtInput(const QString& key);
+/// Whether these have anything to say about this filter, when pictures of so many channels go into
+/// the chain.
+bool looksAtInput(const QString& key, int channels);
 bool looksAtResult(const QString& key);
 
 /// Whether the white areas of the filter's result are objects that a user counts.

@@ -11,6 +11,7 @@
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "host/document/PageLabels.h"
 #include "host/kernel/KernelStore.h"
+#include "host/kernel/PluginGuard.h"
 
 namespace document {
 
@@ -178,6 +179,8 @@ const std::vector<ParameterFacts>& pageFacts(int typeId) {
     HkFilterManipulator* manipulator = KernelStore::instance().manipulator(typeId);
     auto found = known.find(manipulator);
     if (found == known.end()) {
+        const PluginQuestion question(QStringLiteral("ask the page of the filter \"%1\"")
+                                          .arg(KernelStore::instance().filterKey(typeId)));
         found = known.emplace(manipulator, askPage(typeId)).first;
         QObject::connect(manipulator, &QObject::destroyed,
                          [manipulator] { known.erase(manipulator); });

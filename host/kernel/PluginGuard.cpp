@@ -19,7 +19,6 @@
 #include <cstring>
 #include <fstream>
 #include <string>
-#include <system_error>
 #include <vector>
 
 namespace {
@@ -29,11 +28,15 @@ namespace {
 struct Diary {
     enum State : int { NotTouched, Loading, Loaded, Finished };
     std::atomic<int> state{NotTouched};
-    int code = 0;  ///< of the program, once it has finished
+    std::atomic<int> steps{0};           ///< that have begun
+    std::atomic<bool> isLimited{false};  ///< the step must come to an end soon
+    std::atomic<int> execError{0};       ///< why the program could not be started; 0: it was
+    int code = 0;                        ///< of the program, once it has finished
     char step[300] = "";
 };
 
 constexpr const char* kDiaryVariable = "FX_PLUGIN_GUARD";
+constexpr const char* kSecondsVariable = "FX_PLUGIN_SECONDS";
 
 Diary* g_diary = nullptr;  ///< null: this process is not guarded
 
@@ -58,8 +61,16 @@ void endAtOnce(int code, void*) {
 }
 
 [[noreturn]] void fail(int error) {
-    throw std::system_error(error, std::generic_category(),
-                            "no process for the plug-in can be started");
+    throw NoPluginProcess(tr("no process for the plug-in can be started: %1; close other programs "
+                             "and try again")
+                              .arg(QString::fromLocal8Bit(std::strerror(error)))
+                              .toStdString());
+}
+
+/// How long one step of the plug-in may take.
+int limitInSeconds() {
+    const int given = qEnvironmentVariableIntValue(kSecondsVariable);
+    return given > 0 ? given : kUsualPluginSeconds;
 }
 
 Diary* mapDiary(int file) {
@@ -126,19 +137,25 @@ void forwardSignals() {
     }
 }
 
-int waitFor(pid_t child) {
-    int status = 0;
-    // Signals are forwarded at once here, but only afterwards in waitpid() under the thread
-    // sanitizer.
-    const int handle = static_cast<int>(syscall(SYS_pidfd_open, child, 0));
-    if (handle >= 0) {
-        pollfd ended = {handle, POLLIN, 0};
-        while (poll(&ended, 1, -1) == -1 && errno == EINTR) {
+/// How the child ended; it is killed when a step takes longer than `limit`, and `isLate` says so.
+int waitFor(pid_t child, const Diary& diary, int limit, bool& isLate) {
+    int status = 0, step = 0, seconds = 0;
+    // Signals are forwarded at once in poll(), but only afterwards in a waitpid() that waits under
+    // the thread sanitizer. Without a handle poll() does nothing but wait.
+    pollfd ended = {static_cast<int>(syscall(SYS_pidfd_open, child, 0)), POLLIN, 0};
+    while (waitpid(child, &status, WNOHANG) == 0) {
+        if (poll(&ended, 1, 1000) != 0) continue;
+        // Seconds are counted, not measured: those while both processes are stopped are none.
+        const bool isLimited = diary.isLimited || diary.state == Diary::Finished;
+        if (!isLimited || step != diary.steps) {
+            step = diary.steps;
+            seconds = 0;
+        } else if (++seconds == limit) {
+            kill(child, SIGKILL);
+            isLate = true;
         }
-        close(handle);
     }
-    while (waitpid(child, &status, 0) == -1 && errno == EINTR) {
-    }
+    if (ended.fd >= 0) close(ended.fd);
     return status;
 }
 
@@ -156,20 +173,21 @@ QString endingText(int status) {
         .arg(QString::number(number), QString::fromLocal8Bit(strsignal(number)));
 }
 
-[[noreturn]] void reportEnding(const QString& file, const QString& step, bool isLoading,
-                               int status) {
-    const QString advice = tr("report it to the maker of the plug-in");
+[[noreturn]] void reportEnding(const QString& file, const Diary& diary, const QString& ending,
+                               const QString& remedy) {
+    const QString step = diary.step;
+    const QString advice = tr("report it to the maker of the plug-in") + remedy;
     const QString text =
-        isLoading
-            ? tr("cannot load plug-in %1: %2: %3; %4").arg(file, step, endingText(status), advice)
-        : !step.isEmpty() ? tr("plug-in %1: %2: %3; %4").arg(file, step, endingText(status), advice)
-                          : tr("plug-in %1: %2 while its filters were in use; %3")
-                                .arg(file, endingText(status), advice);
+        diary.state == Diary::Loading
+            ? tr("cannot load plug-in %1: %2: %3; %4").arg(file, step, ending, advice)
+        : !step.isEmpty()
+            ? tr("plug-in %1: %2: %3; %4").arg(file, step, ending, advice)
+            : tr("plug-in %1: %2 while its filters were in use; %3").arg(file, ending, advice);
     throw PluginEndedProgram(text.toStdString());
 }
 
 /// The child, with the signals blocked as in `mask` once it runs the program; -1 with errno.
-pid_t startChild(int diaryFile, const sigset_t& mask) {
+pid_t startChild(Diary& diary, int diaryFile, const sigset_t& mask) {
     // All that takes memory comes before fork(): in the child only exec() is left to do.
     std::vector<std::string> words = ownArguments();
     std::vector<std::string> environment =
@@ -184,6 +202,7 @@ pid_t startChild(int diaryFile, const sigset_t& mask) {
     if (getppid() == parent) {  // else it was gone before that
         sigprocmask(SIG_SETMASK, &mask, nullptr);
         execve(file.c_str(), argv.data(), envp.data());
+        diary.execError = errno;
     }
     _exit(EXIT_FAILURE);
 }
@@ -199,13 +218,13 @@ int runGuarded(const QString& pluginFile, const std::function<int()>& program) {
 
     const int file = memfd_create("plug-in diary", 0);
     if (file < 0 || ftruncate(file, sizeof(Diary)) != 0) fail(errno);
-    const Diary& diary = *new (mapDiary(file)) Diary;
+    Diary& diary = *new (mapDiary(file)) Diary;
     signal(SIGCHLD, SIG_DFL);
     sigset_t forwarded, before;
     sigemptyset(&forwarded);
     for (const int number : kForwarded) sigaddset(&forwarded, number);
     sigprocmask(SIG_BLOCK, &forwarded, &before);
-    const pid_t child = startChild(file, before);
+    const pid_t child = startChild(diary, file, before);
     const int error = errno;
     if (child > 0) {
         g_child = child;
@@ -215,20 +234,29 @@ int runGuarded(const QString& pluginFile, const std::function<int()>& program) {
     close(file);
     if (child < 0) fail(error);
 
-    const int status = waitFor(child);
+    const int limit = limitInSeconds();
+    bool isLate = false;
+    const int status = waitFor(child, diary, limit, isLate);
     const int state = diary.state;
+    if (diary.execError != 0) fail(diary.execError);
     if (WIFSIGNALED(status) &&
         (state == Diary::NotTouched || (g_received & 1 << WTERMSIG(status)) != 0))
         endBySignal(WTERMSIG(status));
     // What a library does when all is done, and while it is unloaded, spoils nothing.
     if (state == Diary::Finished && WIFSIGNALED(status)) return diary.code;
     if (state == Diary::NotTouched || state == Diary::Finished) return WEXITSTATUS(status);
-    reportEnding(pluginFile, diary.step, state == Diary::Loading, status);
+    if (isLate)
+        reportEnding(pluginFile, diary, tr("it did not return within %1 s").arg(limit),
+                     tr(", or set %1 to more seconds").arg(QLatin1String(kSecondsVariable)));
+    reportEnding(pluginFile, diary, endingText(status), QString());
 }
 
 void notePluginStep(const QString& step) {
+    if (!g_diary) return;
     notePluginUse(step);
-    if (g_diary) g_diary->state = Diary::Loading;
+    ++g_diary->steps;
+    g_diary->isLimited = true;
+    g_diary->state = Diary::Loading;
 }
 
 void notePluginUse(const QString& use) {
@@ -237,7 +265,21 @@ void notePluginUse(const QString& use) {
 
 void notePluginLoaded() {
     if (!g_diary) return;
-    g_diary->step[0] = '\0';
+    notePluginUse(QString());
     on_exit(endAtOnce, nullptr);  // before what the library has registered since
+    g_diary->isLimited = false;
     g_diary->state = Diary::Loaded;
+}
+
+PluginQuestion::PluginQuestion(const QString& question) {
+    if (!g_diary) return;
+    notePluginUse(question);
+    ++g_diary->steps;
+    g_diary->isLimited = true;
+}
+
+PluginQuestion::~PluginQuestion() {
+    if (!g_diary) return;
+    g_diary->isLimited = false;
+    notePluginUse(QString());
 }

@@ -80,11 +80,10 @@ private:
     void makeFolder() const {
         std::error_code error;
         std::filesystem::create_directories(m_newFolder, error);
-        if (error == std::errc::no_space_on_device)
+        if (error.value() == ENOSPC || error.value() == EDQUOT)
             throw MediaError(MediaErrorKind::ReadWrite,
                              shown(m_newFolder) + ": the folder cannot be made (" +
-                                 reasonOf(error.value()) +
-                                 "); make room on the disk or choose another folder");
+                                 reasonOf(error.value()) + "); " + adviceOnWriting(error.value()));
         if (error)
             failCreate(m_newFolder, "the folder cannot be made (" + reasonOf(error.value()) +
                                         "); choose another name or make it yourself");

@@ -39,15 +39,12 @@ const std::string& namePrefix() {
     switch (errorNumber) {
         case ENOSPC:
         case EDQUOT:
-            throw MediaError(MediaErrorKind::ReadWrite,
-                             shown(path) + ": writing failed (" + reason +
-                                 "); make room on the disk (space and number of files) or choose "
-                                 "another folder");
         case EIO:
         case EFBIG:
         case ESTALE:
-            throw MediaError(MediaErrorKind::ReadWrite,
-                             shown(path) + ": writing failed (" + reason + "); check the disk");
+            throw MediaError(
+                MediaErrorKind::ReadWrite,
+                shown(path) + ": writing failed (" + reason + "); " + adviceOnWriting(errorNumber));
         case ENOMEM:
             throw MediaError(MediaErrorKind::NoMemory,
                              shown(path) + ": writing failed (" + reason + "); try again later");

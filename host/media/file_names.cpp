@@ -138,4 +138,16 @@ std::string reasonOf(int errorNumber) {
     return reason;
 }
 
+std::string adviceOnWriting(int errorNumber) {
+    switch (errorNumber) {
+        case ENOSPC:
+        case EDQUOT:
+            return "make room on the disk (space and number of files) or choose another folder";
+        case EFBIG:
+            return "raise the limit of file sizes (ulimit -f) or choose another folder";
+        default:
+            return "check the disk";
+    }
+}
+
 }  // namespace media

@@ -31,4 +31,7 @@ bool identityOf(const std::string& path, FileIdentity& identity);
 /// The system's words for an error number, in lower case: "permission denied".
 std::string reasonOf(int errorNumber);
 
+/// What to do when writing failed so, without a full stop.
+std::string adviceOnWriting(int errorNumber);
+
 }  // namespace media

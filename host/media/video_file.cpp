@@ -67,11 +67,9 @@ VideoFile::~VideoFile() {
 }
 
 void VideoFile::failWrite(int error) const {
-    const bool full = error == AVERROR(ENOSPC) || error == AVERROR(EDQUOT);
-    throw MediaError(
-        MediaErrorKind::ReadWrite,
-        shown(m_path) + ": writing failed (" + videoReason(error) + "); " +
-            (full ? "make room on the disk or choose another folder" : "check the disk"));
+    throw MediaError(MediaErrorKind::ReadWrite, shown(m_path) + ": writing failed (" +
+                                                    videoReason(error) + "); " +
+                                                    adviceOnWriting(AVUNERROR(error)));
 }
 
 void VideoFile::openEncoder(int width, int height, int channels) {

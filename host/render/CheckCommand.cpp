@@ -17,7 +17,8 @@ ExitCode runCheck(const Selection& selection, const document::FilterCatalog& cat
         try {
             const media::PictureInfo info = chosen.source->info(frame);
             check.lookAtSettings(frame, info.width, info.height);
-            if (check.wantsPicture()) check.lookAtPicture(frame, chosen.source->read(frame));
+            if (check.wantsPicture(info.channels))
+                check.lookAtPicture(frame, chosen.source->read(frame));
         } catch (const media::MediaError& error) {
             check.object(frame, error.what());
         }
@@ -38,7 +39,8 @@ document::ChainCheck checkBeforehand(const media::MediaSource& source,
         // Frames of one sequence are of one size: the others are not opened before their turn.
         const media::PictureInfo info = source.info(frames.front());
         for (std::int64_t frame : frames) check.lookAtSettings(frame, info.width, info.height);
-        if (check.wantsPicture()) check.lookAtPicture(frames.front(), source.read(frames.front()));
+        if (check.wantsPicture(info.channels))
+            check.lookAtPicture(frames.front(), source.read(frames.front()));
     } catch (const media::MediaError&) {
         // Rendering the frame will say so.
     }

@@ -137,6 +137,8 @@ int reportErrors(Messages messages, const std::function<int(Messages&)>& work) {
         return fail(error.what(), exitCodeOf(error.kind()));
     } catch (const PluginEndedProgram& error) {
         return fail(error.what(), InvalidData);
+    } catch (const NoPluginProcess& error) {
+        return fail(error.what(), TryAgainLater);
     } catch (const std::bad_alloc&) {
         return fail(kNoMemoryText, TryAgainLater);
     } catch (const std::system_error& error) {

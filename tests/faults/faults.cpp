@@ -2,7 +2,7 @@
 //
 //   FX_FAULT  CALL NUMBER [ERRNO]: the call, counted from 1, that fails. CALL is "memory" (every
 //             function that allocates) or one of write, fsync, rename, open, linkat, ftruncate,
-//             which stand for their kin too. A number of 0 fails none.
+//             fork, execve, which stand for their kin too. A number of 0 fails none.
 //   FX_COUNT  a file that gets how many such calls there were between the beginning and the end of
 //             main.
 //
@@ -88,6 +88,7 @@ void readPlan() {
     g_isMemory = std::strcmp(g_plan.call, "memory") == 0;
     g_plan.error = std::strcmp(error, "ENOSPC") == 0   ? ENOSPC
                    : std::strcmp(error, "EDQUOT") == 0 ? EDQUOT
+                   : std::strcmp(error, "ENOMEM") == 0 ? ENOMEM
                                                        : EIO;
 }
 
@@ -179,6 +180,14 @@ int linkat(int fromFolder, const char* from, int toFolder, const char* to, int f
 int ftruncate(int file, off_t length) noexcept {
     static const auto real = next<int (*)(int, off_t)>("ftruncate");
     return failsCall("ftruncate", __builtin_return_address(0)) ? -1 : real(file, length);
+}
+pid_t fork() noexcept {
+    static const auto real = next<pid_t (*)()>("fork");
+    return failsCall("fork", __builtin_return_address(0)) ? -1 : real();
+}
+int execve(const char* path, char* const* argv, char* const* envp) noexcept {
+    static const auto real = next<int (*)(const char*, char* const*, char* const*)>("execve");
+    return failsCall("execve", __builtin_return_address(0)) ? -1 : real(path, argv, envp);
 }
 int open(const char* path, int flags, ...) {
     static const auto real = next<int (*)(const char*, int, ...)>("open");

@@ -32,7 +32,8 @@ fail() {
 # attempt FAULT RESULT COMMAND...: one run.
 attempt() {
     fault="$1 ($what)"
-    local result=$2 code=0
+    local result=$2
+    code=0
     cp "old-$result" "$result"
     FX_FAULT=$1 FX_COUNT=count LD_PRELOAD=$library "$fxrender" "${@:3}" >out 2>err || code=$?
     runs=$((runs + 1))
@@ -107,5 +108,13 @@ sweep "save" project.fxp save project.fxp in.png -f "Blur and enhance:Blur=5"
 what=report
 apply_report=(apply cells.png -o out.tif -q --jobs 1 --report report.json -f "Object separator")
 sweep "report" out.tif "${apply_report[@]}"
+# A plug-in that is tried in a process of its own, which the system does not grant.
+what=plug-in
+plugin=$(dirname "$fxrender")/../plugins/libBasicFiltersPlugin.so
+for call in memory fork execve; do
+    attempt "$call 1 ENOMEM" out.tif apply cells.png -o out.tif -q --plugin "$plugin" -f "Object separator"
+    [ "$code" = 75 ] || fail "ends with $code: $(cat err)"
+done
+grep -q "no process for the plug-in" err || fail "says: $(cat err)"
 echo "$runs runs, $failures failures"
 [ "$failures" = 0 ]

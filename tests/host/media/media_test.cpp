@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <zlib.h>
 
 #include <cmath>
 #include <cstdio>
@@ -35,6 +36,36 @@ protected:
     /// The samples of a picture that is the only one of its file.
     Bytes samplesOf(const std::string& name) const { return pixels(*readOnly(name)); }
 };
+
+/// A chunk of a PNG file from its name and contents, with its true length and checksum.
+std::string pngChunk(const std::string& named) {
+    const auto number = [](uLong value) {
+        std::string bytes;
+        for (const int shift : {24, 16, 8, 0}) bytes += static_cast<char>(value >> shift);
+        return bytes;
+    };
+    const auto* bytes = reinterpret_cast<const Bytef*>(named.data());
+    return number(named.size() - 4) + named + number(crc32(0, bytes, uInt(named.size())));
+}
+
+std::string pngPixels(const std::string& rows) {
+    std::string stream(compressBound(rows.size()), 0);
+    uLongf size = stream.size();
+    EXPECT_EQ(Z_OK, compress(reinterpret_cast<Bytef*>(stream.data()), &size,
+                             reinterpret_cast<const Bytef*>(rows.data()), rows.size()));
+    return "IDAT" + stream.substr(0, size);
+}
+
+std::string pngOf(const std::vector<std::string>& named) {
+    std::string file = "\x89PNG\r\n\x1a\n";
+    for (const std::string& chunk : named) file += pngChunk(chunk);
+    return file + pngChunk("IEND");
+}
+
+std::string withByte(std::string text, std::size_t at, int byte) {
+    text[at] = static_cast<char>(byte);
+    return text;
+}
 
 std::string pathsOf(const MediaSource& source) {
     std::string list;
@@ -369,7 +400,7 @@ TEST_F(Media, WritingLeavesAWholeFileOrNone) {
         const FullDisk disk(20000);  // part of a file fits
         for (const char* name : {"out.bmp", "link.bmp", "fresh.bmp"})
             EXPECT_THAT(errorOf(MediaErrorKind::ReadWrite, [&] { write(name, *image); }),
-                        HasSubstr(".bmp: writing failed"));
+                        AllOf(HasSubstr(".bmp: writing failed"), HasSubstr("ulimit -f")));
     }
     EXPECT_THAT(names(), ElementsAre("link.bmp", "out.bmp"));
     EXPECT_THAT(bytesOf("out.bmp"), ElementsAre('o', 'l', 'd'));
@@ -447,16 +478,86 @@ TEST_F(Media, PngOfEveryKindIsReadAsAnotherReaderReadsIt) {
                     Bytes expected(static_cast<std::size_t>(size * size) * other->spec().nchannels);
                     ASSERT_TRUE(other->read_image(0, 0, 0, -1, OIIO::TypeUInt8, expected.data()));
                     EXPECT_EQ(samplesOf("kind.png"), expected);
-                    if (kind != PNG_COLOR_TYPE_PALETTE) continue;
-                    // A colour with a wrong bit still is a colour: only the checksum tells.
-                    Bytes damaged = bytesOf("kind.png");
-                    const std::string chunk = "PLTE";
-                    *(std::search(damaged.begin(), damaged.end(), chunk.begin(), chunk.end()) +
-                      4) ^= 1;
-                    writeBytes("kind.png", damaged);
-                    EXPECT_THAT(errorOf(kInvalid, [&] { samplesOf("kind.png"); }),
-                                HasSubstr("checksum"));
                 }
+}
+
+TEST_F(Media, PngOfWrongPartsIsRefused) {
+    using namespace std::string_literals;
+    const std::string head = "IHDR\0\0\0\2\0\0\0\2\x08\3\0\0\0"s, palette = "PLTEabcdef";
+    const std::string pixels = pngPixels("\0\0\1\0\1\0"s);
+    const std::vector<std::string> good = {head,
+                                           palette,
+                                           "tRNS\x80",
+                                           "pHYs\0\0\0\1\0\0\0\2\0"s,
+                                           "tEXt",
+                                           "iCCPname\0\0x"s,
+                                           "eXIfII*\0\x08\0\0\0"s,
+                                           pixels};
+    writeBytes("good.png", pngOf(good));
+    const std::string expected =
+        "abc\x80"
+        "def\xff"
+        "def\xff"
+        "abc\x80";
+    EXPECT_EQ(samplesOf("good.png"), Bytes(expected.begin(), expected.end()));
+    // In a checksum alone, of any part, wherever a bit is wrong.
+    const std::string file = pngOf(good);
+    std::size_t end = 8;
+    for (std::size_t i = 0; i <= good.size(); ++i) {
+        end += 12 + (i < good.size() ? good[i].size() - 4 : 0);
+        for (const std::size_t at : {end - 4, end - 1}) {
+            writeBytes("bit.png", withByte(file, at, file[at] ^ 1));
+            expectUnreadable("bit.png", "checksum");
+        }
+    }
+
+    writeBytes("bit.png", withByte(file, 16, 0x40));  // before its size is believed
+    expectUnreadable("bit.png", "checksum");
+
+    const auto grey = [&head](int bits, int kind) {
+        return withByte(withByte(head, 12, bits), 13, kind);
+    };
+    const std::string other = pngPixels(std::string(34, 0));
+    const char *impossible = "says what cannot be", *place = "not where it belongs";
+    const std::pair<const char*, std::vector<std::string>> rows[] = {
+        {"no pixels", {head, palette}},
+        {"palette is missing", {head, pixels}},
+        {"not of its palette", {head, "PLTEabcde", pixels}},
+        {"filter is unknown", {head, palette, pngPixels("\5\0\1\0\1\0"s)}},
+        {"compressed pixels", {head, palette, pngPixels("\0\0\1\0\1"s)}},
+        {"compressed pixels", {head, palette, pngPixels("\0\0\1\0\1\0\0"s)}},
+        {"wrong length", {head + '\0', palette, pixels}},
+        {"wrong length", {head.substr(0, 16), palette, pixels}},
+        {place, {palette, head, pixels}},
+        {place, {head, head, palette, pixels}},
+        {impossible, {withByte(head, 7, 0), palette, pixels}},
+        {impossible, {withByte(head, 11, 0), palette, pixels}},
+        {impossible, {withByte(head, 4, 0x80), palette, pixels}},
+        {impossible, {withByte(head, 8, 0x80), palette, pixels}},
+        {impossible, {withByte(head, 14, 1), palette, pixels}},
+        {impossible, {withByte(head, 15, 1), palette, pixels}},
+        {impossible, {withByte(head, 16, 2), palette, pixels}},
+        {impossible, {grey(3, 0), other}},
+        {impossible, {grey(16, 3), palette, other}},
+        {impossible, {grey(4, 2), other}},
+        {impossible, {grey(8, 1), other}},
+        {impossible, {grey(8, 5), other}},
+        {"too short for the 16384 x 16384",
+         {withByte(withByte(withByte(withByte(head, 6, 64), 7, 0), 10, 64), 11, 0), palette,
+          pixels}}};
+    for (const auto& [reason, chunks] : rows) {
+        writeBytes("wrong.png", pngOf(chunks));
+        expectUnreadable("wrong.png", reason);
+    }
+    // What is said about the pixels and has a wrong length counts for nothing, nor does the
+    // transparent colour of a picture with alpha.
+    PictureProperties properties;
+    writeBytes("idle.png", pngOf({grey(8, 4), "tRNS\0\0\0\0"s, "pHYs\0\0\1\1"s, "iCCPx\0"s,
+                                  pngPixels("\0abcd\0efgh"s)}));
+    EXPECT_EQ(::pixels(*readOnly("idle.png", &properties)),
+              Bytes({'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h'}));
+    EXPECT_EQ(properties.xResolution, 0);
+    EXPECT_THAT(properties.iccProfile, IsEmpty());
 }
 
 TEST_F(Media, OneWrongBitIsNoticedWhereThereAreChecksums) {

@@ -657,7 +657,7 @@ TEST_F(Video, LeavesAWholeFileOrNone) {
                 sink->finish();
             };
             EXPECT_THAT(errorOf(MediaErrorKind::ReadWrite, writeAll),
-                        HasSubstr(in(name) + ": writing failed"));
+                        AllOf(HasSubstr(in(name) + ": writing failed"), HasSubstr("ulimit -f")));
         }
         EXPECT_EQ(names(), before);
         EXPECT_THAT(bytesOf("old.mkv"), ElementsAre('o', 'l', 'd'));

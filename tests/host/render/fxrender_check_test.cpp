@@ -124,6 +124,17 @@ TEST_F(FxrenderCheck, KnowsWhatTheSeparatorNeeds) {
     EXPECT_EQ(chain.exitCode, 0) << chain.out << "the threshold before it makes two levels";
 }
 
+TEST_F(FxrenderCheck, SaysWhichFiltersLeaveGreyWithAlphaAsItIs) {
+    ASSERT_TRUE(
+        QFile::copy(FX_SOURCE_FOLDER "/fuzz/seeds/picture/png_greyalpha8.png", path("in.png")));
+    for (const char* filter : {"Adaptive threshold:Size=11", "Degauss", "Blur and enhance:Blur=9",
+                               "Dilate_Erode:Dilate=3", "Open_Close:Dilate=3"})
+        EXPECT_EQ(objects(filter, "leaves grey pictures with alpha as they are"),
+                  applied(filter) == samples(load("in.png")))
+            << filter;
+    EXPECT_FALSE(objects("Degauss:Enabled=0", "as they are"));
+}
+
 TEST_F(FxrenderCheck, ReportsHowManyObjectsAreSeparated) {
     save(discs(), "in.png");
     const auto reported = [&](const Arguments& filters) {

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "host/document/Project.h"
+#include "host/kernel/PluginGuard.h"
 #include "host/media/FrameTemplate.h"
 #include "host/media/PictureLimits.h"
 #include "host/media/formats/Format.h"
@@ -101,10 +102,14 @@ TEST(LimitsDocument, HasEveryLimitAsItIs) {
         {"attributes of one element of a project", project.attributes, ""},
         {"elements of a project, keys among them", project.elements, ""},
         {"filters of a project", project.filters, ""},
-        {"digits of the number in a file pattern", media::kMostFrameDigits, ""},
+        {"digits of the number in a file pattern; a name with more is that of one file",
+         media::kMostFrameDigits, ""},
         {"frames worked on at once, `--jobs`", render::kMostJobs, ""},
         {"pictures of a sheet", render::kMostSheetPictures, ""},
         {"objects of a label picture", std::numeric_limits<std::uint16_t>::max(), ""},
+        {"a step of loading a library named with `--plugin`, asking for a filter's page, unloading "
+         "it",
+         kUsualPluginSeconds, " seconds"},
     };
     const auto line = [](const std::string& name, std::int64_t most, const char* unit) {
         const QString number = QLocale(QLocale::English).toString(static_cast<qlonglong>(most));

@@ -96,6 +96,29 @@ TEST_F(FxrenderPlugins, EndTheirOwnProcessOnly) {
         }
 }
 
+TEST_F(FxrenderPlugins, AreNotWaitedForWithoutEnd) {
+    qputenv("FX_PLUGIN_SECONDS", "1");
+    const struct {
+        const char* name;
+        const char* step;
+    } rows[] = {{"sleep-initialiser", "load the library"},
+                {"loop-object", "make the root object"},
+                {"sleep-create", "make the filter \"First\""},
+                {"loop-register", "register the filter \"First\""},
+                {"sleep-page", "ask the page of the filter \"First\""}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        expectBlamed(
+            listing(library(row.name)),
+            {std::string(row.step) + ": it did not return within 1 s", "FX_PLUGIN_SECONDS"});
+    }
+    // All is done by then.
+    const ProgramResult result = fxrender(applying(library("sleep-finaliser")));
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(load("out.png"), load("in.png"));
+    qunsetenv("FX_PLUGIN_SECONDS");
+}
+
 TEST_F(FxrenderPlugins, GivePicturesThatCannotBe) {
     const struct {
         const char* library;

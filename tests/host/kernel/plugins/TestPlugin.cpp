@@ -44,6 +44,11 @@ void act(const char* place) {
     if (deed == "crash") raise(SIGSEGV);
     if (deed == "kill") raise(SIGKILL);
     if (deed == "stopped") raise(SIGTERM);
+    if (deed == "sleep")
+        for (;;) pause();
+    if (deed == "loop")
+        for (volatile int turn = 0;; turn = turn + 1) {
+        }
     if (deed == "recurse") {
         volatile char block[1 << 16];
         for (volatile char& byte : block) byte = 1;
