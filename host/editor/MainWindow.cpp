@@ -171,7 +171,7 @@ void MainWindow::buildDocks() {
     m_timeline = new TimelinePanel(m_document, m_state, m_preview);
     m_timelineDock =
         addDock(this, Qt::BottomDockWidgetArea, "timelineDock", tr("Timeline"), m_timeline);
-    connect(m_timeline, &TimelinePanel::noticed, this,
+    connect(&m_timeline->keys(), &TimelineKeys::noticed, this,
             [this](const QString& message) { statusBar()->showMessage(message, 8000); });
     setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
     setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
@@ -270,15 +270,15 @@ void MainWindow::buildFrameMenu() {
     add(tr("&Next frame"), ".", "actNextFrame", [this] { m_state.stepFrames(1); });
     add(tr("P&revious frame"), ",", "actPreviousFrame", [this] { m_state.stepFrames(-1); });
     menu->addSeparator();
-    add(tr("Ne&xt key"), "Ctrl+.", "actNextKey", [this] { m_timeline->view().goToKey(1); });
+    add(tr("Ne&xt key"), "Ctrl+.", "actNextKey", [this] { m_timeline->keys().goToKey(1); });
     add(tr("Pre&vious key"), "Ctrl+,", "actPreviousKey",
-        [this] { m_timeline->view().goToKey(-1); });
-    add(tr("&Make a key here"), "K", "actAddKey", [this] { m_timeline->view().addKeyHere(); });
+        [this] { m_timeline->keys().goToKey(-1); });
+    add(tr("&Make a key here"), "K", "actAddKey", [this] { m_timeline->keys().addHere(); });
     add(tr("&Delete selected keys"), "", "actDeleteKeys",
-        [this] { m_timeline->view().deleteSelected(); });
+        [this] { m_timeline->keys().deleteSelected(); });
     add(tr("&Copy selected keys"), "", "actCopyKeys",
-        [this] { m_timeline->view().copySelected(); });
-    add(tr("Pas&te keys here"), "", "actPasteKeys", [this] { m_timeline->view().paste(); });
+        [this] { m_timeline->keys().copySelected(); });
+    add(tr("Pas&te keys here"), "", "actPasteKeys", [this] { m_timeline->keys().paste(); });
 }
 
 void MainWindow::buildViewMenu() {

@@ -30,9 +30,9 @@ TimelinePanel::TimelinePanel(EditorDocument& document, EditorState& state,
           m_counted.post({job, frame, objects});
       }) {
     setObjectName(QStringLiteral("timelinePanel"));
-    m_view =
-        new TimelineView(state, document.session().undoStack(), document.session().catalog(), this);
-    connect(m_view, &TimelineView::noticed, this, &TimelinePanel::noticed);
+    m_keys =
+        new TimelineKeys(state, document.session().undoStack(), document.session().catalog(), this);
+    m_view = new TimelineView(state, *m_keys, this);
     auto* bar = new QHBoxLayout;
     bar->setSpacing(2);
     const auto add = [&](Glyph glyph, const char* name, const QString& toolTip,
@@ -67,12 +67,12 @@ TimelinePanel::TimelinePanel(EditorDocument& document, EditorState& state,
     bar->addWidget(m_frame);
     bar->addSpacing(8);
     add(Glyph::PreviousKey, "timelinePreviousKey", tr("Previous key (Ctrl+,)"),
-        [this] { m_view->goToKey(-1); });
-    add(Glyph::NextKey, "timelineNextKey", tr("Next key (Ctrl+.)"), [this] { m_view->goToKey(1); });
+        [this] { m_keys->goToKey(-1); });
+    add(Glyph::NextKey, "timelineNextKey", tr("Next key (Ctrl+.)"), [this] { m_keys->goToKey(1); });
     add(Glyph::AddKey, "timelineAddKey", tr("Make a key of the values here (K)"),
-        [this] { m_view->addKeyHere(); });
+        [this] { m_keys->addHere(); });
     add(Glyph::RemoveKey, "timelineDeleteKey", tr("Delete the selected keys (Delete)"),
-        [this] { m_view->deleteSelected(); });
+        [this] { m_keys->deleteSelected(); });
     bar->addStretch(1);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(4, 2, 4, 4);

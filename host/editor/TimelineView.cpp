@@ -1,7 +1,6 @@
 #include "host/editor/TimelineView.h"
 
 #include <QApplication>
-#include <QClipboard>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -10,15 +9,10 @@
 #include <QToolTip>
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <optional>
+#include <utility>
 
-#include "framework/contract/FxKernelApi/HkFilterManipulator.h"
-#include "host/document/FilterError.h"
-#include "host/document/FilterSettings.h"
 #include "host/editor/Texts.h"
-#include "host/kernel/CmdSetChain.h"
-#include "host/kernel/KernelNotifier.h"
 
 namespace editor {
 
@@ -41,37 +35,20 @@ qint64 labelStep(double framesPerLabel) {
 
 }  // namespace
 
-TimelineView::TimelineView(EditorState& state, QUndoStack& undoStack,
-                           const document::FilterCatalog& catalog, QWidget* parent)
-    : QWidget(parent), m_state(state), m_undoStack(undoStack), m_catalog(catalog) {
+TimelineView::TimelineView(EditorState& state, TimelineKeys& keys, QWidget* parent)
+    : QWidget(parent), m_state(state), m_keys(keys) {
     setObjectName(QStringLiteral("timelineView"));
     setAccessibleName(tr("Timeline"));
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
-    KernelNotifier* const store = KernelNotifier::instance();
-    connect(store, &KernelNotifier::objectChanged, this, &TimelineView::readStore);
-    connect(store, &KernelNotifier::orderChanged, this, &TimelineView::readStore);
-    connect(&state, &EditorState::framesChanged, this, &TimelineView::readStore);
+    connect(&keys, &TimelineKeys::changed, this, &TimelineView::fit);
+    connect(&state, &EditorState::framesChanged, this, &TimelineView::fit);
     connect(&state, &EditorState::currentFrameChanged, this, [this] { update(); });
-    readStore();
+    fit();
 }
 
-void TimelineView::readStore() {
-    const KernelStore& store = KernelStore::instance();
-    m_lanes.clear();
-    std::set<Key> present;
-    for (const InstanceId& id : store.instances()) {
-        const auto state = store.state(id.objectId);
-        if (!state->animated) continue;
-        const document::FrameSet frames = document::keyFrames(*state);
-        for (const qint64 frame : frames) present.insert({id.objectId, frame});
-        m_lanes.push_back({id, store.nameOf(id.objectId), frames});
-    }
-    std::set<Key> stillThere;
-    std::set_intersection(m_selected.begin(), m_selected.end(), present.begin(), present.end(),
-                          std::inserter(stillThere, stillThere.end()));
-    m_selected = stillThere;
-    setMinimumHeight(kRuler + std::max(1, static_cast<int>(m_lanes.size())) * kLane +
+void TimelineView::fit() {
+    setMinimumHeight(kRuler + std::max(1, static_cast<int>(lanes().size())) * kLane +
                      (m_counts.empty() ? 0 : kCurve) + 4);
     updateGeometry();
     update();
@@ -79,13 +56,13 @@ void TimelineView::readStore() {
 
 void TimelineView::clearCounts() {
     m_counts.clear();
-    readStore();
+    fit();
 }
 
 void TimelineView::setCount(qint64 frame, int count) {
     const bool isFirst = m_counts.empty();
     m_counts[frame] = count;
-    if (isFirst) readStore();
+    if (isFirst) fit();
     update();
 }
 
@@ -119,12 +96,12 @@ QRectF TimelineView::laneRect(int lane) const {
 }
 
 int TimelineView::lanesBottom() const {
-    return kRuler + static_cast<int>(m_lanes.size()) * kLane;
+    return kRuler + static_cast<int>(lanes().size()) * kLane;
 }
 
 int TimelineView::laneAt(double y) const {
     const int lane = static_cast<int>(std::floor((y - kRuler) / kLane));
-    return y >= kRuler && lane < static_cast<int>(m_lanes.size()) ? lane : -1;
+    return y >= kRuler && lane < static_cast<int>(lanes().size()) ? lane : -1;
 }
 
 QRectF TimelineView::curveRect() const {
@@ -133,8 +110,8 @@ QRectF TimelineView::curveRect() const {
 }
 
 QPoint TimelineView::placeOf(int objectId, qint64 frame) const {
-    for (std::size_t lane = 0; lane < m_lanes.size(); ++lane)
-        if (m_lanes[lane].id.objectId == objectId)
+    for (std::size_t lane = 0; lane < lanes().size(); ++lane)
+        if (lanes()[lane].id.objectId == objectId)
             return QPointF(xOf(static_cast<double>(frame)),
                            laneRect(static_cast<int>(lane)).center().y())
                 .toPoint();
@@ -144,7 +121,7 @@ QPoint TimelineView::placeOf(int objectId, qint64 frame) const {
 bool TimelineView::keyAt(QPoint position, Key& key) const {
     const int lane = laneAt(position.y());
     if (lane < 0) return false;
-    const Lane& shown = m_lanes[static_cast<std::size_t>(lane)];
+    const TimelineKeys::Lane& shown = lanes()[static_cast<std::size_t>(lane)];
     double nearest = kKeyRadius + 3;
     bool found = false;
     for (const qint64 frame : shown.frames) {
@@ -190,8 +167,8 @@ void TimelineView::drawKey(QPainter& painter, QPointF middle, bool isSelected) c
 }
 
 void TimelineView::drawLanes(QPainter& painter) {
-    for (std::size_t index = 0; index < m_lanes.size(); ++index) {
-        const Lane& lane = m_lanes[index];
+    for (std::size_t index = 0; index < lanes().size(); ++index) {
+        const TimelineKeys::Lane& lane = lanes()[index];
         const QRectF area = laneRect(static_cast<int>(index));
         painter.setRenderHint(QPainter::Antialiasing, false);
         painter.fillRect(area, index % 2 ? palette().color(QPalette::AlternateBase)
@@ -207,12 +184,12 @@ void TimelineView::drawLanes(QPainter& painter) {
                 QPointF(xOf(static_cast<double>(*lane.frames.rbegin())), area.center().y()));
         }
         for (const qint64 frame : lane.frames) {
-            const bool isSelected = m_selected.count({lane.id.objectId, frame}) > 0;
+            const bool isSelected = m_keys.selected().count({lane.id.objectId, frame}) > 0;
             const qint64 shown = isSelected && m_drag == Drag::Keys ? frame + m_moveBy : frame;
             drawKey(painter, {xOf(static_cast<double>(shown)), area.center().y()}, isSelected);
         }
     }
-    if (m_lanes.empty()) {
+    if (lanes().empty()) {
         painter.setPen(palette().color(QPalette::PlaceholderText));
         painter.drawText(
             QRectF(kHeader + kMargin, kRuler, width() - kHeader - 2 * kMargin, kLane),
@@ -305,18 +282,20 @@ void TimelineView::mousePressEvent(QMouseEvent* event) {
     m_hasMoved = false;
     m_moveBy = 0;
     const bool adds = event->modifiers() & Qt::ControlModifier;
+    std::set<Key> selected = m_keys.selected();
     Key key;
     if (keyAt(m_pressed, key)) {
         m_drag = Drag::Keys;
-        if (!m_selected.count(key)) {
-            if (!adds) m_selected.clear();
-            m_selected.insert(key);
+        if (!selected.count(key)) {
+            if (!adds) selected.clear();
+            selected.insert(key);
         } else if (adds) {
-            m_selected.erase(key);
+            selected.erase(key);
         }
+        m_keys.setSelected(selected);
     } else if (laneAt(m_pressed.y()) >= 0) {
         m_drag = Drag::Rubber;
-        if (!adds) m_selected.clear();
+        if (!adds) m_keys.setSelected({});
     } else {
         m_drag = Drag::Scrub;
         m_state.setCurrentFrame(frameAt(m_pressed.x()));
@@ -329,9 +308,9 @@ void TimelineView::mouseMoveEvent(QMouseEvent* event) {
     if ((m_pointer - m_pressed).manhattanLength() >= QApplication::startDragDistance() / 2)
         m_hasMoved = true;
     if (m_drag == Drag::Scrub) m_state.setCurrentFrame(frameAt(m_pointer.x()));
-    if (m_drag == Drag::Keys && !m_selected.empty()) {
-        qint64 earliest = m_selected.begin()->second;
-        for (const Key& key : m_selected) earliest = std::min(earliest, key.second);
+    if (m_drag == Drag::Keys && !m_keys.selected().empty()) {
+        qint64 earliest = m_keys.selected().begin()->second;
+        for (const Key& key : m_keys.selected()) earliest = std::min(earliest, key.second);
         m_moveBy = std::max(frameAt(m_pointer.x()) - frameAt(m_pressed.x()), -earliest);
     }
     if (m_drag != Drag::None) update();
@@ -340,66 +319,48 @@ void TimelineView::mouseMoveEvent(QMouseEvent* event) {
 void TimelineView::mouseReleaseEvent(QMouseEvent* event) {
     m_pointer = event->pos();
     const Drag drag = std::exchange(m_drag, Drag::None);
-    if (drag == Drag::Rubber && !m_hasMoved) m_state.setCurrentFrame(frameAt(m_pressed.x()));
-    if (drag == Drag::Rubber && m_hasMoved) {
+    const qint64 moveBy = std::exchange(m_moveBy, 0);
+    if (drag == Drag::Rubber && !m_hasMoved) {
+        m_state.setCurrentFrame(frameAt(m_pressed.x()));
+    } else if (drag == Drag::Rubber) {
         const QRect area = QRect(m_pressed, m_pointer).normalized();
-        for (const Lane& lane : m_lanes)
+        std::set<Key> selected = m_keys.selected();
+        for (const TimelineKeys::Lane& lane : lanes())
             for (const qint64 frame : lane.frames)
                 if (area.contains(placeOf(lane.id.objectId, frame)))
-                    m_selected.insert({lane.id.objectId, frame});
+                    selected.insert({lane.id.objectId, frame});
+        m_keys.setSelected(selected);
+    } else if (drag == Drag::Keys && m_hasMoved) {
+        m_keys.moveSelected(moveBy);
+    } else if (drag == Drag::Keys && m_keys.selected().size() == 1) {
+        m_state.setCurrentFrame(m_keys.selected().begin()->second);
     }
-    if (drag == Drag::Keys && m_hasMoved && m_moveBy != 0) {
-        std::map<int, InstanceState> states;
-        std::set<Key> moved;
-        for (const Lane& lane : m_lanes) {
-            document::FrameSet frames;
-            for (const Key& key : m_selected)
-                if (key.first == lane.id.objectId) frames.insert(key.second);
-            if (frames.empty()) continue;
-            const auto state = KernelStore::instance().state(lane.id.objectId);
-            states[lane.id.objectId] = document::withKeysMoved(*state, frames, m_moveBy);
-            for (const qint64 frame : frames) moved.insert({lane.id.objectId, frame + m_moveBy});
-        }
-        const auto count = static_cast<int>(m_selected.size());
-        m_selected.clear();
-        apply(states, count == 1 ? tr("Move a key by %1 frames").arg(m_moveBy)
-                                 : tr("Move %1 keys by %2 frames").arg(count).arg(m_moveBy));
-        m_selected = moved;
-        readStore();
-    } else if (drag == Drag::Keys && !m_hasMoved && m_selected.size() == 1) {
-        m_state.setCurrentFrame(m_selected.begin()->second);
-    }
-    m_moveBy = 0;
     update();
 }
 
 void TimelineView::mouseDoubleClickEvent(QMouseEvent* event) {
     const int lane = laneAt(event->pos().y());
     Key key;
-    if (event->button() != Qt::LeftButton || lane < 0 || keyAt(event->pos(), key)) return;
-    const Lane& shown = m_lanes[static_cast<std::size_t>(lane)];
-    const qint64 frame = frameAt(event->pos().x());
-    const auto state = KernelStore::instance().state(shown.id.objectId);
-    apply({{shown.id.objectId,
-            document::withKeyAt(*state, m_catalog.descriptor(shown.id.typeId), frame)}},
-          tr("%1: add a key (frame %2)").arg(shown.title).arg(frame));
+    if (event->button() == Qt::LeftButton && lane >= 0 && !keyAt(event->pos(), key))
+        m_keys.addAt(lane, frameAt(event->pos().x()));
 }
 
 void TimelineView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
-        deleteSelected();
+        m_keys.deleteSelected();
     } else if (event->matches(QKeySequence::Copy)) {
-        copySelected();
+        m_keys.copySelected();
     } else if (event->matches(QKeySequence::Paste)) {
-        paste();
+        m_keys.paste();
     } else if (event->matches(QKeySequence::SelectAll)) {
-        for (const Lane& lane : m_lanes)
-            for (const qint64 frame : lane.frames) m_selected.insert({lane.id.objectId, frame});
-        update();
+        std::set<Key> all;
+        for (const TimelineKeys::Lane& lane : lanes())
+            for (const qint64 frame : lane.frames) all.insert({lane.id.objectId, frame});
+        m_keys.setSelected(all);
     } else if (event->key() == Qt::Key_Left || event->key() == Qt::Key_Right) {
         const int direction = event->key() == Qt::Key_Right ? 1 : -1;
         if (event->modifiers() & Qt::ControlModifier)
-            goToKey(direction);
+            m_keys.goToKey(direction);
         else
             m_state.stepFrames(direction);
     } else if (event->key() == Qt::Key_Home && !m_state.frames().empty()) {
@@ -417,13 +378,9 @@ bool TimelineView::event(QEvent* event) {
     Key key;
     QString text;
     if (keyAt(help->pos(), key)) {
-        for (const Lane& lane : m_lanes)
-            if (lane.id.objectId == key.first)
-                text =
-                    document::textOfKeys(lane.id.typeId, *KernelStore::instance().state(key.first),
-                                         {key.second}, m_catalog)
-                        .replace(QLatin1Char(','), QLatin1Char('\n'))
-                        .replace(QLatin1Char(':'), QLatin1Char('\n'));
+        text = m_keys.textOf(key)
+                   .replace(QLatin1Char(','), QLatin1Char('\n'))
+                   .replace(QLatin1Char(':'), QLatin1Char('\n'));
     } else if (!m_counts.empty() && curveRect().contains(help->pos())) {
         const auto count = m_counts.find(frameAt(help->pos().x()));
         if (count != m_counts.end())
@@ -431,124 +388,6 @@ bool TimelineView::event(QEvent* event) {
     }
     QToolTip::showText(help->globalPos(), text, this);
     return true;
-}
-
-// --- Edits ---
-
-void TimelineView::apply(const std::map<int, InstanceState>& states, const QString& text) {
-    std::vector<ChainItem> chain = currentChain();
-    for (ChainItem& item : chain) {
-        const auto changed = states.find(item.id.objectId);
-        if (changed != states.end()) item.state = changed->second;
-    }
-    m_undoStack.push(new CmdSetChain(text, chain));
-}
-
-std::vector<int> TimelineView::targetLanes() const {
-    std::vector<int> lanes;
-    for (std::size_t lane = 0; lane < m_lanes.size(); ++lane) {
-        const bool holdsSelected =
-            std::any_of(m_selected.begin(), m_selected.end(),
-                        [&](const Key& key) { return key.first == m_lanes[lane].id.objectId; });
-        if (m_selected.empty() || holdsSelected) lanes.push_back(static_cast<int>(lane));
-    }
-    return lanes;
-}
-
-void TimelineView::addKeyHere() {
-    std::map<int, InstanceState> states;
-    for (const int index : targetLanes()) {
-        const Lane& lane = m_lanes[static_cast<std::size_t>(index)];
-        states[lane.id.objectId] =
-            document::withKeyAt(*KernelStore::instance().state(lane.id.objectId),
-                                m_catalog.descriptor(lane.id.typeId), m_state.currentFrame());
-    }
-    if (states.empty()) {
-        emit noticed(tr("No filter is animated: press ◇ on one first"));
-        return;
-    }
-    apply(states, tr("Add a key (frame %1)").arg(m_state.currentFrame()));
-}
-
-void TimelineView::deleteSelected() {
-    std::map<int, InstanceState> states;
-    const KernelStore& store = KernelStore::instance();
-    for (const Lane& lane : m_lanes) {
-        document::FrameSet frames;
-        for (const Key& key : m_selected)
-            if (key.first == lane.id.objectId) frames.insert(key.second);
-        if (!frames.empty())
-            states[lane.id.objectId] =
-                document::withoutKeys(*store.state(lane.id.objectId), frames);
-    }
-    if (states.empty()) {
-        emit noticed(tr("No key is selected: click one, or draw a rectangle around several"));
-        return;
-    }
-    const auto count = static_cast<int>(m_selected.size());
-    m_selected.clear();
-    apply(states, count == 1 ? tr("Delete a key") : tr("Delete %1 keys").arg(count));
-}
-
-void TimelineView::copySelected() {
-    QStringList lines;
-    for (const Lane& lane : m_lanes) {
-        document::FrameSet frames;
-        for (const Key& key : m_selected)
-            if (key.first == lane.id.objectId) frames.insert(key.second);
-        const QString line = document::textOfKeys(
-            lane.id.typeId, *KernelStore::instance().state(lane.id.objectId), frames, m_catalog);
-        if (!line.isEmpty()) lines << line;
-    }
-    if (lines.isEmpty())
-        emit noticed(tr("No key is selected: click one, or draw a rectangle around several"));
-    else
-        QApplication::clipboard()->setText(lines.join(QLatin1Char('\n')));
-}
-
-void TimelineView::paste() {
-    const QStringList lines =
-        QApplication::clipboard()->text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    std::map<int, InstanceState> states;
-    QStringList leftOut;
-    try {
-        // One text goes into every target lane; of several, each goes into the lane of its filter.
-        for (const int index : targetLanes()) {
-            const Lane& lane = m_lanes[static_cast<std::size_t>(index)];
-            const QString key = KernelStore::instance().filterKey(lane.id.typeId);
-            for (const QString& line : lines) {
-                if (lines.size() > 1 && !line.startsWith(key + QLatin1Char(':'))) continue;
-                states[lane.id.objectId] = document::withKeysFromText(
-                    lane.id.typeId, *KernelStore::instance().state(lane.id.objectId), line,
-                    m_state.currentFrame(), m_catalog, leftOut);
-            }
-        }
-    } catch (const document::FilterError& error) {
-        emit noticed(QString::fromUtf8(error.what()));
-        return;
-    }
-    if (states.empty()) {
-        emit noticed(tr("There is no lane for these keys: animate a filter first"));
-        return;
-    }
-    apply(states, tr("Paste keys (frame %1)").arg(m_state.currentFrame()));
-    leftOut.removeDuplicates();
-    if (!leftOut.isEmpty())
-        emit noticed(tr("Left out, for this filter has no such parameter: %1")
-                         .arg(leftOut.join(QStringLiteral(", "))));
-}
-
-void TimelineView::goToKey(int direction) {
-    const qint64 here = m_state.currentFrame();
-    std::set<qint64> all;
-    for (const Lane& lane : m_lanes) all.insert(lane.frames.begin(), lane.frames.end());
-    if (direction > 0) {
-        const auto next = all.upper_bound(here);
-        if (next != all.end()) m_state.setCurrentFrame(*next);
-    } else {
-        auto previous = all.lower_bound(here);
-        if (previous != all.begin()) m_state.setCurrentFrame(*--previous);
-    }
 }
 
 }  // namespace editor

@@ -853,6 +853,53 @@
     </message>
 </context>
 <context>
+    <name>editor::TimelineKeys</name>
+    <message>
+        <source>%1: add a key (frame %2)</source>
+        <translation>%1: Schlüssel setzen (Bild %2)</translation>
+    </message>
+    <message>
+        <source>No filter is animated: press ◇ on one first</source>
+        <translation>Kein Filter ist animiert: zuerst ◇ an einem drücken</translation>
+    </message>
+    <message>
+        <source>Add a key (frame %1)</source>
+        <translation>Schlüssel setzen (Bild %1)</translation>
+    </message>
+    <message>
+        <source>No key is selected: click one, or draw a rectangle around several</source>
+        <translation>Kein Schlüssel ist gewählt: einen anklicken oder ein Rechteck um mehrere ziehen</translation>
+    </message>
+    <message>
+        <source>Delete a key</source>
+        <translation>Einen Schlüssel löschen</translation>
+    </message>
+    <message>
+        <source>Delete %1 keys</source>
+        <translation>%1 Schlüssel löschen</translation>
+    </message>
+    <message>
+        <source>Move a key by %1 frames</source>
+        <translation>Einen Schlüssel um %1 Bilder verschieben</translation>
+    </message>
+    <message>
+        <source>Move %1 keys by %2 frames</source>
+        <translation>%1 Schlüssel um %2 Bilder verschieben</translation>
+    </message>
+    <message>
+        <source>There is no lane for these keys: animate a filter first</source>
+        <translation>Es gibt keine Spur für diese Schlüssel: zuerst einen Filter animieren</translation>
+    </message>
+    <message>
+        <source>Paste keys (frame %1)</source>
+        <translation>Schlüssel einfügen (Bild %1)</translation>
+    </message>
+    <message>
+        <source>Left out, for this filter has no such parameter: %1</source>
+        <translation>Ausgelassen, weil dieser Filter den Parameter nicht hat: %1</translation>
+    </message>
+</context>
+<context>
     <name>editor::TimelinePanel</name>
     <message>
         <source>First frame (Home)</source>
@@ -918,52 +965,8 @@
         <translation>%1 hier, höchstens %2</translation>
     </message>
     <message>
-        <source>Move a key by %1 frames</source>
-        <translation>Einen Schlüssel um %1 Bilder verschieben</translation>
-    </message>
-    <message>
-        <source>Move %1 keys by %2 frames</source>
-        <translation>%1 Schlüssel um %2 Bilder verschieben</translation>
-    </message>
-    <message>
-        <source>%1: add a key (frame %2)</source>
-        <translation>%1: Schlüssel setzen (Bild %2)</translation>
-    </message>
-    <message>
         <source>Frame %1: %2</source>
         <translation>Bild %1: %2</translation>
-    </message>
-    <message>
-        <source>No filter is animated: press ◇ on one first</source>
-        <translation>Kein Filter ist animiert: zuerst ◇ an einem drücken</translation>
-    </message>
-    <message>
-        <source>Add a key (frame %1)</source>
-        <translation>Schlüssel setzen (Bild %1)</translation>
-    </message>
-    <message>
-        <source>No key is selected: click one, or draw a rectangle around several</source>
-        <translation>Kein Schlüssel ist gewählt: einen anklicken oder ein Rechteck um mehrere ziehen</translation>
-    </message>
-    <message>
-        <source>Delete a key</source>
-        <translation>Einen Schlüssel löschen</translation>
-    </message>
-    <message>
-        <source>Delete %1 keys</source>
-        <translation>%1 Schlüssel löschen</translation>
-    </message>
-    <message>
-        <source>There is no lane for these keys: animate a filter first</source>
-        <translation>Es gibt keine Spur für diese Schlüssel: zuerst einen Filter animieren</translation>
-    </message>
-    <message>
-        <source>Paste keys (frame %1)</source>
-        <translation>Schlüssel einfügen (Bild %1)</translation>
-    </message>
-    <message>
-        <source>Left out, for this filter has no such parameter: %1</source>
-        <translation>Ausgelassen, weil dieser Filter den Parameter nicht hat: %1</translation>
     </message>
 </context>
 <context>

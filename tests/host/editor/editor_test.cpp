@@ -284,8 +284,8 @@ TEST_F(Editor, KeysAreMovedSelectedDeletedAndPastedInTheTimeline) {
     driver->click(driver->control<QToolButton>(threshold, "theTbAnimate"));
     const InstanceState untouched = state(threshold);
     QString notice;
-    QObject::connect(&timeline, &editor::TimelineView::noticed, &timeline,
-                     [&](const QString& message) { notice = message; });
+    QObject::connect(window->findChild<editor::TimelineKeys*>(), &editor::TimelineKeys::noticed,
+                     &timeline, [&](const QString& message) { notice = message; });
     QTest::mouseClick(&timeline, Qt::LeftButton, {}, timeline.placeOf(threshold, 1));
     QTest::keyClick(&timeline, Qt::Key_V, Qt::ControlModifier);
     EXPECT_TRUE(notice.contains(QStringLiteral("none of the copied keys"))) << notice.toStdString();
