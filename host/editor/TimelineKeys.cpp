@@ -4,6 +4,7 @@
 #include <QClipboard>
 #include <algorithm>
 #include <iterator>
+#include <optional>
 
 #include "host/document/FilterError.h"
 #include "host/kernel/CmdSetChain.h"
@@ -67,6 +68,15 @@ void TimelineKeys::apply(const std::map<int, InstanceState>& states, const QStri
     m_undoStack.push(new CmdSetChain(text, chain));
 }
 
+void TimelineKeys::toggleSelected(int lane) {
+    const Key key{m_lanes.at(static_cast<std::size_t>(lane)).id.objectId, m_state.currentFrame()};
+    std::set<Key> selected = m_selected;
+    if (!selected.erase(key)) selected.insert(key);
+    setSelected(selected);
+    if (m_selected.empty() && !selected.empty())
+        emit noticed(tr("There is no key at this frame: Insert makes one"));
+}
+
 void TimelineKeys::addAt(int lane, qint64 frame) {
     const Lane shown = m_lanes.at(static_cast<std::size_t>(lane));
     const auto state = KernelStore::instance().state(shown.id.objectId);
@@ -100,7 +110,9 @@ void TimelineKeys::deleteSelected() {
                 document::withoutKeys(*store.state(lane.id.objectId), frames);
     }
     if (states.empty()) {
-        emit noticed(tr("No key is selected: click one, or draw a rectangle around several"));
+        emit noticed(
+            tr("No key is selected: click one, draw a rectangle around several, or go to one and "
+               "press Return"));
         return;
     }
     const auto count = static_cast<int>(m_selected.size());
@@ -108,7 +120,21 @@ void TimelineKeys::deleteSelected() {
     apply(states, count == 1 ? tr("Delete a key") : tr("Delete %1 keys").arg(count));
 }
 
+/// Keys that went out of the frames could be neither seen nor taken hold of.
+qint64 TimelineKeys::withinFrames(qint64 by) const {
+    const auto& frames = m_state.frames();
+    if (frames.empty() || m_selected.empty()) return 0;
+    qint64 earliest = m_selected.begin()->second, latest = earliest;
+    for (const Key& key : m_selected) {
+        earliest = std::min(earliest, key.second);
+        latest = std::max(latest, key.second);
+    }
+    return std::clamp<qint64>(by, std::min<qint64>(0, frames.front() - earliest),
+                              std::max<qint64>(0, frames.back() - latest));
+}
+
 void TimelineKeys::moveSelected(qint64 by) {
+    by = withinFrames(by);
     if (m_selected.empty() || by == 0) return;
     std::map<int, InstanceState> states;
     std::set<Key> moved;
@@ -135,7 +161,9 @@ void TimelineKeys::copySelected() {
         if (!line.isEmpty()) lines << line;
     }
     if (lines.isEmpty())
-        emit noticed(tr("No key is selected: click one, or draw a rectangle around several"));
+        emit noticed(
+            tr("No key is selected: click one, draw a rectangle around several, or go to one and "
+               "press Return"));
     else
         QApplication::clipboard()->setText(lines.join(QLatin1Char('\n')));
 }
@@ -146,16 +174,18 @@ void TimelineKeys::paste() {
     std::map<int, InstanceState> states;
     QStringList leftOut;
     try {
-        // One text goes into every target lane; of several, each goes into the lane of its filter.
-        for (const int index : targetLanes()) {
+        const std::map<int, QString> texts = textsForLanes(lines);
+        // What was copied together keeps its distances.
+        std::optional<qint64> earliest;
+        for (const auto& [index, text] : texts)
+            if (const auto first = document::earliestKey(text))
+                earliest = std::min(earliest.value_or(*first), *first);
+        const qint64 by = m_state.currentFrame() - earliest.value_or(0);
+        for (const auto& [index, text] : texts) {
             const Lane& lane = m_lanes[static_cast<std::size_t>(index)];
-            const QString key = KernelStore::instance().filterKey(lane.id.typeId);
-            for (const QString& line : lines) {
-                if (lines.size() > 1 && !line.startsWith(key + QLatin1Char(':'))) continue;
-                states[lane.id.objectId] = document::withKeysFromText(
-                    lane.id.typeId, *KernelStore::instance().state(lane.id.objectId), line,
-                    m_state.currentFrame(), m_catalog, leftOut);
-            }
+            states[lane.id.objectId] = document::withKeysFromText(
+                lane.id.typeId, *KernelStore::instance().state(lane.id.objectId), text, by,
+                m_catalog, leftOut);
         }
     } catch (const document::FilterError& error) {
         emit noticed(QString::fromUtf8(error.what()));
@@ -170,6 +200,23 @@ void TimelineKeys::paste() {
     if (!leftOut.isEmpty())
         emit noticed(tr("Left out, for this filter has no such parameter: %1")
                          .arg(leftOut.join(QStringLiteral(", "))));
+}
+
+/// By lane. One text goes into every target lane; of several, each goes into the lanes of its own
+/// filter, in turn where several are of one.
+std::map<int, QString> TimelineKeys::textsForLanes(const QStringList& lines) const {
+    std::map<int, QString> texts;
+    std::map<int, int> lanesOfType;
+    for (const int index : targetLanes()) {
+        const int typeId = m_lanes[static_cast<std::size_t>(index)].id.typeId;
+        const QString key = KernelStore::instance().filterKey(typeId) + QLatin1Char(':');
+        QStringList own;
+        for (const QString& line : lines)
+            if (lines.size() == 1 || line.startsWith(key)) own << line;
+        if (!own.isEmpty())
+            texts[index] = own.at(lanesOfType[typeId]++ % static_cast<int>(own.size()));
+    }
+    return texts;
 }
 
 void TimelineKeys::goToKey(int direction) {

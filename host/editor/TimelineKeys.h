@@ -1,9 +1,9 @@
 #pragma once
 
 #include <QObject>
+#include <QStringList>
 #include <QUndoStack>
 #include <map>
-#include <optional>
 #include <set>
 #include <utility>
 #include <vector>
@@ -37,13 +37,16 @@ public:
 
     const std::set<Key>& selected() const { return m_selected; }
     void setSelected(const std::set<Key>& keys);
+    void toggleSelected(int lane);  ///< the key at the current frame
 
     void addAt(int lane, qint64 frame);
     void addHere();  ///< in the lanes that hold a selected key; in all when none does
     void deleteSelected();
-    void moveSelected(qint64 by);
+    /// The part of a move by so many frames that leaves every selected key among the frames.
+    qint64 withinFrames(qint64 by) const;
+    void moveSelected(qint64 by);  ///< that part of it
     void copySelected();
-    void paste();                 ///< into the lanes as addHere(), the earliest key at this frame
+    void paste();  ///< into the lanes as addHere(), the earliest key at the current frame
     void goToKey(int direction);  ///< the nearest key after (1) or before (-1) the current frame
 
     QString textOf(Key key) const;  ///< as the command line takes it
@@ -55,6 +58,7 @@ signals:
 private:
     void readStore();
     std::vector<int> targetLanes() const;
+    std::map<int, QString> textsForLanes(const QStringList& lines) const;
     document::FrameSet selectedFrames(const Lane& lane) const;
     /// Puts changed states into the store as one step.
     void apply(const std::map<int, InstanceState>& states, const QString& text);

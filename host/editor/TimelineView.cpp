@@ -43,14 +43,32 @@ TimelineView::TimelineView(EditorState& state, TimelineKeys& keys, QWidget* pare
     setMouseTracking(true);
     connect(&keys, &TimelineKeys::changed, this, &TimelineView::fit);
     connect(&state, &EditorState::framesChanged, this, &TimelineView::fit);
-    connect(&state, &EditorState::currentFrameChanged, this, [this] { update(); });
+    connect(&state, &EditorState::currentFrameChanged, this, &TimelineView::showLane);
     fit();
 }
 
 void TimelineView::fit() {
+    m_lane = std::clamp(m_lane, 0, std::max(0, static_cast<int>(lanes().size()) - 1));
+    showLane();
     setMinimumHeight(kRuler + std::max(1, static_cast<int>(lanes().size())) * kLane +
                      (m_counts.empty() ? 0 : kCurve) + 4);
     updateGeometry();
+    update();
+}
+
+/// For those who do not see it as well.
+void TimelineView::showLane() {
+    QString description;
+    if (!lanes().empty()) {
+        const TimelineKeys::Lane& lane = lanes()[static_cast<std::size_t>(m_lane)];
+        const qint64 frame = m_state.currentFrame();
+        description = m_keys.selected().count({lane.id.objectId, frame})
+                          ? tr("%1, frame %2: selected key")
+                      : lane.frames.count(frame) ? tr("%1, frame %2: key")
+                                                 : tr("%1, frame %2: no key");
+        description = description.arg(lane.title).arg(frame);
+    }
+    setAccessibleDescription(description);
     update();
 }
 
@@ -173,6 +191,9 @@ void TimelineView::drawLanes(QPainter& painter) {
         painter.setRenderHint(QPainter::Antialiasing, false);
         painter.fillRect(area, index % 2 ? palette().color(QPalette::AlternateBase)
                                          : palette().color(QPalette::Base));
+        if (hasFocus() && static_cast<int>(index) == m_lane)
+            painter.fillRect(QRectF(area.left(), area.top(), 4, area.height()),
+                             palette().color(QPalette::Highlight));
         painter.setPen(palette().color(QPalette::Text));
         painter.drawText(area.adjusted(8, 0, -(width() - kHeader), 0), Qt::AlignVCenter,
                          fontMetrics().elidedText(lane.title, Qt::ElideRight, kHeader - 12));
@@ -191,10 +212,12 @@ void TimelineView::drawLanes(QPainter& painter) {
     }
     if (lanes().empty()) {
         painter.setPen(palette().color(QPalette::PlaceholderText));
+        const QRectF area(8, kRuler, width() - 16, kLane);
+        const QString hint =
+            tr("Press ◇ on an applied filter to animate it; each edit then makes a key");
         painter.drawText(
-            QRectF(kHeader + kMargin, kRuler, width() - kHeader - 2 * kMargin, kLane),
-            Qt::AlignVCenter,
-            tr("Press ◇ on an applied filter to animate it; each edit then makes a key"));
+            area, Qt::AlignVCenter,
+            fontMetrics().elidedText(hint, Qt::ElideRight, static_cast<int>(area.width())));
     }
 }
 
@@ -281,6 +304,7 @@ void TimelineView::mousePressEvent(QMouseEvent* event) {
     m_pressed = m_pointer = event->pos();
     m_hasMoved = false;
     m_moveBy = 0;
+    if (laneAt(m_pressed.y()) >= 0) m_lane = laneAt(m_pressed.y());
     const bool adds = event->modifiers() & Qt::ControlModifier;
     std::set<Key> selected = m_keys.selected();
     Key key;
@@ -308,11 +332,8 @@ void TimelineView::mouseMoveEvent(QMouseEvent* event) {
     if ((m_pointer - m_pressed).manhattanLength() >= QApplication::startDragDistance() / 2)
         m_hasMoved = true;
     if (m_drag == Drag::Scrub) m_state.setCurrentFrame(frameAt(m_pointer.x()));
-    if (m_drag == Drag::Keys && !m_keys.selected().empty()) {
-        qint64 earliest = m_keys.selected().begin()->second;
-        for (const Key& key : m_keys.selected()) earliest = std::min(earliest, key.second);
-        m_moveBy = std::max(frameAt(m_pointer.x()) - frameAt(m_pressed.x()), -earliest);
-    }
+    if (m_drag == Drag::Keys)
+        m_moveBy = m_keys.withinFrames(frameAt(m_pointer.x()) - frameAt(m_pressed.x()));
     if (m_drag != Drag::None) update();
 }
 
@@ -357,12 +378,25 @@ void TimelineView::keyPressEvent(QKeyEvent* event) {
         for (const TimelineKeys::Lane& lane : lanes())
             for (const qint64 frame : lane.frames) all.insert({lane.id.objectId, frame});
         m_keys.setSelected(all);
+    } else if (event->key() == Qt::Key_Escape && !m_keys.selected().empty()) {
+        m_keys.setSelected({});
     } else if (event->key() == Qt::Key_Left || event->key() == Qt::Key_Right) {
         const int direction = event->key() == Qt::Key_Right ? 1 : -1;
         if (event->modifiers() & Qt::ControlModifier)
             m_keys.goToKey(direction);
+        else if (event->modifiers() & Qt::AltModifier)
+            m_keys.moveSelected(direction);
         else
             m_state.stepFrames(direction);
+    } else if ((event->key() == Qt::Key_Up || event->key() == Qt::Key_Down) && !lanes().empty()) {
+        m_lane = std::clamp(m_lane + (event->key() == Qt::Key_Down ? 1 : -1), 0,
+                            static_cast<int>(lanes().size()) - 1);
+        showLane();
+    } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) &&
+               !lanes().empty()) {
+        m_keys.toggleSelected(m_lane);
+    } else if (event->key() == Qt::Key_Insert && !lanes().empty()) {
+        m_keys.addAt(m_lane, m_state.currentFrame());
     } else if (event->key() == Qt::Key_Home && !m_state.frames().empty()) {
         m_state.setCurrentFrame(m_state.frames().front());
     } else if (event->key() == Qt::Key_End && !m_state.frames().empty()) {

@@ -13,7 +13,11 @@ namespace editor {
 ///
 /// Mouse: a drag on ruler or curve scrubs; a click on a key takes hold of it (Ctrl: adds it), a
 /// drag moves what is held, a drag over empty lanes takes hold of all keys in a rectangle, a double
-/// click in a lane makes a key. Keys: Delete, Ctrl+A, Ctrl+C, Ctrl+V.
+/// click in a lane makes a key.
+///
+/// Keyboard: Left and Right step, with Ctrl from key to key; Up and Down choose a lane, in which
+/// Insert makes a key at the current frame and Return takes hold of the one there. Of what is held:
+/// Alt+Left and Alt+Right move it, Delete, Ctrl+C, Ctrl+V; Ctrl+A holds all, Escape none.
 class TimelineView : public QWidget {
     Q_OBJECT
 
@@ -41,6 +45,7 @@ private:
 
     const std::vector<TimelineKeys::Lane>& lanes() const { return m_keys.lanes(); }
     void fit();
+    void showLane();
     void drawLanes(QPainter& painter);
     void drawCounts(QPainter& painter);
     void drawRuler(QPainter& painter);
@@ -55,6 +60,7 @@ private:
 
     EditorState& m_state;
     TimelineKeys& m_keys;
+    int m_lane = 0;  ///< the one that keys of the keyboard are for
     std::map<qint64, int> m_counts;
 
     enum class Drag { None, Scrub, Keys, Rubber } m_drag = Drag::None;
