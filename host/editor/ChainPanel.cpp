@@ -1,5 +1,6 @@
 #include "host/editor/ChainPanel.h"
 
+#include <QAbstractButton>
 #include <QContextMenuEvent>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -7,6 +8,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QSlider>
+#include <QStringList>
 #include <QStyle>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -16,6 +18,7 @@
 
 #include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
+#include "host/document/PageLabels.h"
 #include "host/editor/Glyphs.h"
 #include "host/editor/Texts.h"
 #include "host/kernel/KernelNotifier.h"
@@ -49,6 +52,28 @@ QToolButton* eyeButton(QWidget* parent, const QString& toolTip) {
 FxGuiImageFilter* entryOf(InstanceId id) {
     HkFilterManipulator* manipulator = KernelStore::instance().manipulator(id.typeId);
     return manipulator ? manipulator->getFilterGui(id.objectId) : nullptr;
+}
+
+void drawFocus(QWidget& row) {
+    if (!row.hasFocus()) return;
+    QPainter painter(&row);
+    painter.setPen(row.palette().color(QPalette::Highlight));
+    painter.drawRect(row.rect().adjusted(0, 0, -1, -1));
+}
+
+/// The controls of a page as the page labels them, for those who do not see it.
+void nameControls(QWidget& page) {
+    for (QWidget* control : page.findChildren<QWidget*>()) {
+        if (control->focusPolicy() == Qt::NoFocus || !control->accessibleName().isEmpty() ||
+            qobject_cast<QAbstractButton*>(control))
+            continue;
+        const document::PageLabels labels = document::labelsOf(control, {});
+        QStringList texts = {labels.before, labels.after};
+        texts.removeAll(QString());
+        control->setAccessibleName(texts.join(QStringLiteral(" – ")));
+        if (control->accessibleDescription().isEmpty())
+            control->setAccessibleDescription(control->toolTip());
+    }
 }
 
 /// Takes hold of a row; the row follows the pointer through dragged().
@@ -95,6 +120,9 @@ private:
 class StageRow : public QWidget {
 public:
     StageRow(const QString& title, const QString& toolTip, QWidget* parent) : QWidget(parent) {
+        setFocusPolicy(Qt::StrongFocus);
+        setAccessibleName(title);
+        setAccessibleDescription(toolTip);
         m_eye = eyeButton(this, toolTip);
         m_label = new QLabel(title, this);
         auto* layout = new QHBoxLayout(this);
@@ -102,7 +130,7 @@ public:
         layout->setSpacing(6);
         layout->addWidget(m_eye);
         layout->addWidget(m_label, 1);
-        setToolTip(toolTip);
+        setToolTip(ChainPanel::tr("%1 (Return)").arg(toolTip));
     }
     QToolButton* eye() const { return m_eye; }
     void setShown(bool shown) {
@@ -116,7 +144,16 @@ public:
     }
 
 protected:
+    void paintEvent(QPaintEvent*) override { drawFocus(*this); }
+    void focusInEvent(QFocusEvent*) override { update(); }
+    void focusOutEvent(QFocusEvent*) override { update(); }
     void mousePressEvent(QMouseEvent*) override { m_eye->click(); }
+    void keyPressEvent(QKeyEvent* event) override {
+        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+            m_eye->click();
+        else
+            QWidget::keyPressEvent(event);
+    }
 
 private:
     QToolButton* m_eye;
@@ -132,10 +169,11 @@ public:
         setFocusPolicy(Qt::StrongFocus);
         showName();
         m_eye = eyeButton(this, ChainPanel::tr("Shows the picture after this filter (Return)"));
-        m_fold =
-            smallButton(this, Glyph::Expanded, ChainPanel::tr("Folds or unfolds the settings"));
+        m_fold = smallButton(this, Glyph::Expanded,
+                             ChainPanel::tr("Folds or unfolds the settings (Left, Right)"));
         m_fold->setObjectName(QStringLiteral("theTbFold"));
-        auto* more = smallButton(this, Glyph::More, ChainPanel::tr("More for this filter"));
+        auto* more =
+            smallButton(this, Glyph::More, ChainPanel::tr("More for this filter (menu key)"));
         more->setObjectName(QStringLiteral("theTbMore"));
         QObject::connect(more, &QToolButton::clicked, this, [this, more] {
             emit m_panel.menuRequested(m_objectId, more->mapToGlobal(more->rect().bottomLeft()));
@@ -160,6 +198,7 @@ public:
         entry->show();
         // A page may tell of a drag at its end only, for a host that is slow. This one follows.
         for (QSlider* slider : entry->findChildren<QSlider*>()) slider->setTracking(true);
+        nameControls(*entry);
 
         QObject::connect(m_eye, &QToolButton::clicked, this, [this] { toggleShown(); });
         QObject::connect(m_fold, &QToolButton::clicked, this, [this] { setFolded(!m_isFolded); });
@@ -178,6 +217,7 @@ public:
         m_warning->setVisible(!texts.isEmpty());
         m_warning->setToolTip(texts.join(QLatin1Char('\n')));
         m_warning->setAccessibleName(texts.join(QLatin1Char('\n')));
+        setAccessibleDescription(m_warning->accessibleName());
     }
     void showName() { setAccessibleName(KernelStore::instance().nameOf(m_objectId)); }
     void setFolded(bool folded) {
@@ -188,13 +228,9 @@ public:
 
 protected:
     void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        const QColor accent = palette().color(QPalette::Highlight);
-        if (m_isShown) painter.fillRect(0, 0, 3, height(), accent);
-        if (hasFocus()) {
-            painter.setPen(accent);
-            painter.drawRect(rect().adjusted(0, 0, -1, -1));
-        }
+        if (m_isShown)
+            QPainter(this).fillRect(0, 0, 3, height(), palette().color(QPalette::Highlight));
+        drawFocus(*this);
     }
     void focusInEvent(QFocusEvent*) override { update(); }
     void focusOutEvent(QFocusEvent*) override { update(); }
@@ -214,6 +250,8 @@ protected:
             m_panel.moveBy(m_objectId, 1);
         else if (hasFocus() && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter))
             toggleShown();
+        else if ((event->key() == Qt::Key_Left || event->key() == Qt::Key_Right) && hasFocus())
+            setFolded(event->key() == Qt::Key_Left);
         else if (event->key() == Qt::Key_F2)
             emit m_panel.renameRequested(m_objectId);
         else if (event->key() == Qt::Key_D && event->modifiers() == Qt::ControlModifier)

@@ -18,7 +18,8 @@ class StageRow;
 
 /// The applied filters in their order, between the source and the result: each one's entry widget
 /// with a bar beside it that shows the picture after it, takes hold of it for dragging, and folds
-/// it. Keys: Delete removes, Alt+Up and Alt+Down move, Ctrl+D duplicates, Return shows.
+/// it. Keys: Delete removes, Alt+Up and Alt+Down move, Ctrl+D duplicates, Return shows, Left and
+/// Right fold and unfold.
 class ChainPanel : public QScrollArea {
     Q_OBJECT
 

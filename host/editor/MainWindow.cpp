@@ -149,6 +149,8 @@ QWidget* MainWindow::buildCentre() {
 void MainWindow::buildDocks() {
     QToolBox* toolBox = m_session.toolBox();
     toolBox->setMinimumWidth(190);
+    for (QScrollArea* page : toolBox->findChildren<QScrollArea*>())
+        page->setFocusPolicy(Qt::NoFocus);  // there is nothing to scroll
     addDock(this, Qt::LeftDockWidgetArea, "filtersDock", tr("Filters"), toolBox);
 
     m_chain = new ChainPanel(m_state);
@@ -207,7 +209,7 @@ void MainWindow::buildFileMenu() {
     menu->addSeparator();
     m_needsPicture << addAction(menu, tr("&Save project"), QKeySequence::Save, "actSave",
                                 [this] { save(); });
-    m_needsPicture << addAction(menu, tr("Save project &as…"), QKeySequence::SaveAs, "actSaveAs",
+    m_needsPicture << addAction(menu, tr("Save project &as…"), tr("Ctrl+Shift+S"), "actSaveAs",
                                 [this] { askAndSave(); });
     menu->addSeparator();
     m_needsPicture << addAction(menu, tr("&Export…"), tr("Ctrl+E"), "actExport",
@@ -215,10 +217,10 @@ void MainWindow::buildFileMenu() {
     m_needsPicture << addAction(menu, tr("&Copy as command line"), tr("Ctrl+Shift+C"),
                                 "actCopyCommand", [this] { copyCommandLine(); });
     menu->addSeparator();
-    m_needsPicture << addAction(menu, tr("C&lose"), QKeySequence::Close, "actClose", [this] {
+    m_needsPicture << addAction(menu, tr("C&lose"), tr("Ctrl+W"), "actClose", [this] {
         if (confirmDiscard()) m_document.newEmpty();
     });
-    addAction(menu, tr("&Quit"), QKeySequence::Quit, "actQuit", [this] { close(); });
+    addAction(menu, tr("&Quit"), tr("Ctrl+Q"), "actQuit", [this] { close(); });
 }
 
 void MainWindow::buildEditMenu() {

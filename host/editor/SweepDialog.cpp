@@ -191,7 +191,7 @@ SweepDialog::Axis SweepDialog::makeAxis(int row, const QString& title, bool opti
     for (int index = 1; index < descr.paramCount(); ++index)
         if (descr.param(index).type == QMetaType::Bool || catalog.range(m_instance.typeId, index))
             axis.parameter->addItem(descr.param(index).name, index);
-    axis.parameter->setAccessibleName(title);
+    axis.parameter->setAccessibleName(QString(title).remove(QLatin1Char('&')));
     // Of several parameters the one with the widest range is the one that is hard to set.
     double widest = 0;
     for (int item = 0; !optional && item < axis.parameter->count(); ++item) {

@@ -1,6 +1,8 @@
 // Drives the real window, offscreen, with the events a person makes.
 #include <gtest/gtest.h>
 
+#include <QAbstractSpinBox>
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
@@ -20,6 +22,7 @@
 #include <QUndoStack>
 #include <memory>
 
+#include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "host/document/ChainRenderer.h"
 #include "host/document/PictureImage.h"
 #include "host/editor/EditorSession.h"
@@ -290,6 +293,109 @@ TEST_F(Editor, KeysAreMovedSelectedDeletedAndPastedInTheTimeline) {
     QTest::keyClick(&timeline, Qt::Key_V, Qt::ControlModifier);
     EXPECT_TRUE(notice.contains(QStringLiteral("none of the copied keys"))) << notice.toStdString();
     EXPECT_EQ(state(threshold), untouched);
+}
+
+TEST_F(Editor, KeysThatAreCopiedTogetherStayTogether) {
+    open(QStringLiteral("shots"));
+    const int first = driver->addFilter(QStringLiteral("Blur and enhance"));
+    const int second = driver->addFilter(QStringLiteral("Blur and enhance"));
+    for (const int blur : {first, second})
+        driver->click(driver->control<QToolButton>(blur, "theTbAnimate"));
+    window->state().setCurrentFrame(1);
+    driver->dragSlider(driver->control<QSlider>(second, "theSlBlur"), 7);
+    auto& timeline = driver->child<editor::TimelineView>("timelineView");
+    QTest::mouseClick(&timeline, Qt::LeftButton, {}, timeline.placeOf(first, 0));
+    QTest::mouseClick(&timeline, Qt::LeftButton, Qt::ControlModifier, timeline.placeOf(second, 1));
+    QTest::keyClick(&timeline, Qt::Key_C, Qt::ControlModifier);
+    window->state().setCurrentFrame(3);
+    QTest::keyClick(&timeline, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(document::keyFrames(state(first)), (document::FrameSet{0, 3}));
+    EXPECT_EQ(document::keyFrames(state(second)), (document::FrameSet{0, 1, 4}))
+        << "one frame later than in the first, as it was";
+    EXPECT_EQ(state(second).params[2].keys.at(4).value, 7);
+}
+
+TEST_F(Editor, EverythingGoesWithoutAMouse) {
+    open(QStringLiteral("shots"));
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    driver->key(Qt::Key_2, Qt::ControlModifier | Qt::AltModifier);
+    driver->key(Qt::Key_1, Qt::ControlModifier | Qt::AltModifier);
+    ASSERT_EQ(currentChain().size(), 2u);
+    const int blur = currentChain()[0].id.objectId;
+
+    const auto press = [](Qt::Key key, Qt::KeyboardModifiers modifiers = {}, int times = 1) {
+        while (times-- > 0) QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+    };
+    const auto reach = [&](QWidget* widget) {
+        const int widgetsInTheWindow = 100;
+        window->setFocus();
+        for (int i = 0; i < widgetsInTheWindow && !widget->hasFocus(); ++i) press(Qt::Key_Tab);
+        return widget->hasFocus();
+    };
+    auto& slider = driver->control<QSlider>(blur, "theSlBlur");
+    ASSERT_TRUE(reach(driver->entry(blur).parentWidget()));
+    press(Qt::Key_Down, Qt::AltModifier);
+    EXPECT_EQ(KernelStore::instance().positionOf(blur), 1);
+    press(Qt::Key_Left);
+    EXPECT_FALSE(slider.isVisible());
+    press(Qt::Key_Right);
+    EXPECT_TRUE(slider.isVisible());
+    press(Qt::Key_Return);
+    EXPECT_EQ(window->state().shownStage(), blur);
+    for (QWidget* row : driver->child<QWidget>("chainPanel").findChildren<QWidget*>())
+        if (row->accessibleName() == QLatin1String("Source")) reach(row);
+    press(Qt::Key_Return);
+    EXPECT_EQ(window->state().shownStage(), editor::kSourceStage);
+
+    ASSERT_TRUE(reach(&driver->control<QToolButton>(blur, "theTbAnimate")));
+    press(Qt::Key_Space);
+    ASSERT_TRUE(reach(&driver->child<QWidget>("timelineView")));
+    press(Qt::Key_Right);
+    press(Qt::Key_Insert);
+    EXPECT_EQ(document::keyFrames(state(blur)), (document::FrameSet{0, 1}));
+    press(Qt::Key_Return);
+    press(Qt::Key_Right, Qt::AltModifier, 2);
+    EXPECT_EQ(document::keyFrames(state(blur)), (document::FrameSet{0, 3}));
+    press(Qt::Key_Right, Qt::AltModifier, 5);
+    EXPECT_EQ(document::keyFrames(state(blur)), (document::FrameSet{0, 4}))
+        << "no key leaves the frames";
+    press(Qt::Key_Delete);
+    EXPECT_EQ(document::keyFrames(state(blur)), (document::FrameSet{0}));
+
+    window->state().setShownStage(editor::kResultStage);
+    EXPECT_TRUE(driver->settle());
+    auto& view = driver->child<editor::PictureView>("pictureView");
+    ASSERT_TRUE(reach(&view));
+    press(Qt::Key_Right, Qt::ShiftModifier);
+    EXPECT_EQ(window->state().probe(), QPoint(95 / 2, 63 / 2));
+    press(Qt::Key_Up, Qt::ShiftModifier, 3);
+    EXPECT_EQ(window->state().probe(), QPoint(95 / 2, 63 / 2 - 3));
+    press(Qt::Key_W);
+    EXPECT_TRUE(driver->settle());
+    const QImage halfWay = view.grab().toImage();
+    press(Qt::Key_Left, Qt::ControlModifier, 9);
+    EXPECT_NE(view.grab().toImage(), halfWay);
+    window->state().setZoom(40);
+    press(Qt::Key_Right);
+    EXPECT_GT(window->state().centre().x(), 0.5);
+}
+
+TEST_F(Editor, EveryControlHasANameForThoseWhoDoNotSeeIt) {
+    open(QStringLiteral("shots"));
+    for (const int typeId : KernelStore::instance().types())
+        KernelStore::instance().manipulator(typeId)->addFilter();
+    EXPECT_TRUE(driver->settle());
+    for (QWidget* control : window->findChildren<QWidget*>()) {
+        const bool isPart = qobject_cast<QAbstractSpinBox*>(control->parentWidget());
+        if (!control->isVisible() || control->focusPolicy() == Qt::NoFocus || isPart) continue;
+        QAccessibleInterface* reader = QAccessible::queryAccessibleInterface(control);
+        EXPECT_TRUE(reader && !reader->text(QAccessible::Name).isEmpty())
+            << control->metaObject()->className() << ' ' << control->objectName().toStdString();
+    }
+    const InstanceId threshold = KernelStore::instance().instances()[2];
+    EXPECT_EQ(driver->control<QSlider>(threshold.objectId, "theSlMin").accessibleName(),
+              QStringLiteral("Min value"));
 }
 
 TEST_F(Editor, AClickOnTheSheetSetsTheValueAndNothingOfTheTrialsStays) {
