@@ -111,14 +111,6 @@
         <translation>Zeigt das Bild nach diesem Filter (Eingabe)</translation>
     </message>
     <message>
-        <source>Folds or unfolds the settings</source>
-        <translation>Klappt die Einstellungen ein oder aus</translation>
-    </message>
-    <message>
-        <source>More for this filter</source>
-        <translation>Mehr zu diesem Filter</translation>
-    </message>
-    <message>
         <source>Applied filters</source>
         <translation>Angewandte Filter</translation>
     </message>
@@ -141,6 +133,18 @@
     <message>
         <source>No filters yet. Choose one under “Filters” and press “Add”.</source>
         <translation>Noch keine Filter. Unter „Filter“ einen wählen und „Hinzufügen“ drücken.</translation>
+    </message>
+    <message>
+        <source>%1 (Return)</source>
+        <translation>%1 (Eingabe)</translation>
+    </message>
+    <message>
+        <source>Folds or unfolds the settings (Left, Right)</source>
+        <translation>Klappt die Einstellungen ein oder aus (Links, Rechts)</translation>
+    </message>
+    <message>
+        <source>More for this filter (menu key)</source>
+        <translation>Mehr zu diesem Filter (Menütaste)</translation>
     </message>
 </context>
 <context>
@@ -249,6 +253,129 @@
     </message>
 </context>
 <context>
+    <name>editor::FileActions</name>
+    <message>
+        <source>Projects (*.fxp)</source>
+        <translation>Projekte (*.fxp)</translation>
+    </message>
+    <message>
+        <source>This cannot be opened</source>
+        <translation>Das lässt sich nicht öffnen</translation>
+    </message>
+    <message>
+        <source>The sample cannot be made</source>
+        <translation>Das Beispiel lässt sich nicht anlegen</translation>
+    </message>
+    <message>
+        <source>/sample.png</source>
+        <translation>/sample.png</translation>
+    </message>
+    <message>
+        <source>%1 cannot be written; check the permissions</source>
+        <translation>%1 kann nicht geschrieben werden; Zugriffsrechte prüfen</translation>
+    </message>
+    <message>
+        <source>the project</source>
+        <translation>das Projekt</translation>
+    </message>
+    <message>
+        <source>Save changes?</source>
+        <translation>Änderungen speichern?</translation>
+    </message>
+    <message>
+        <source>Save the changes to %1?</source>
+        <translation>Die Änderungen an %1 speichern?</translation>
+    </message>
+    <message>
+        <source>The project cannot be saved</source>
+        <translation>Das Projekt kann nicht gespeichert werden</translation>
+    </message>
+    <message>
+        <source>Saved %1</source>
+        <translation>%1 gespeichert</translation>
+    </message>
+    <message>
+        <source>Save project</source>
+        <translation>Projekt speichern</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>Pictures, videos and projects (*)</source>
+        <translation>Bilder, Videos und Projekte (*)</translation>
+    </message>
+    <message>
+        <source>Open a folder of pictures</source>
+        <translation>Einen Ordner mit Bildern öffnen</translation>
+    </message>
+    <message>
+        <source>Open a project</source>
+        <translation>Ein Projekt öffnen</translation>
+    </message>
+    <message>
+        <source>Apply the same filters to other pictures</source>
+        <translation>Dieselben Filter auf andere Bilder anwenden</translation>
+    </message>
+    <message>
+        <source>Pictures, videos (*)</source>
+        <translation>Bilder, Videos (*)</translation>
+    </message>
+    <message>
+        <source>Opened with remarks</source>
+        <translation>Mit Anmerkungen geöffnet</translation>
+    </message>
+    <message>
+        <source>Not everything in the project can be used here. Nothing of it is lost when you save.</source>
+        <translation>Nicht alles im Projekt kann hier benutzt werden. Beim Speichern geht nichts davon verloren.</translation>
+    </message>
+    <message>
+        <source>The command is on the clipboard</source>
+        <translation>Der Befehl ist in der Zwischenablage</translation>
+    </message>
+    <message>
+        <source>Export</source>
+        <translation>Export</translation>
+    </message>
+    <message>
+        <source>There is nothing to render yet: open a picture and apply a filter.</source>
+        <translation>Noch gibt es nichts zu rendern: ein Bild öffnen und einen Filter anwenden.</translation>
+    </message>
+    <message>
+        <source>an unsaved project</source>
+        <translation>ein ungespeichertes Projekt</translation>
+    </message>
+    <message>
+        <source>Recover</source>
+        <translation>Wiederherstellen</translation>
+    </message>
+    <message>
+        <source>The editor ended unexpectedly while %1 had unsaved changes (%2).</source>
+        <translation>Der Editor endete unerwartet, als %1 ungespeicherte Änderungen hatte (%2).</translation>
+    </message>
+    <message>
+        <source>Recovering overwrites no file: you decide whether to save.</source>
+        <translation>Das Wiederherstellen überschreibt keine Datei: Sie entscheiden, ob gespeichert wird.</translation>
+    </message>
+    <message>
+        <source>&amp;Recover</source>
+        <translation>&amp;Wiederherstellen</translation>
+    </message>
+    <message>
+        <source>&amp;Discard</source>
+        <translation>Ver&amp;werfen</translation>
+    </message>
+    <message>
+        <source>&amp;Later</source>
+        <translation>&amp;Später</translation>
+    </message>
+    <message>
+        <source>This cannot be recovered</source>
+        <translation>Das lässt sich nicht wiederherstellen</translation>
+    </message>
+</context>
+<context>
     <name>FxGuiImageFilter</name>
     <message>
         <source>Switches the filter on or off; its settings stay</source>
@@ -322,35 +449,7 @@
     </message>
 </context>
 <context>
-    <name>editor::MainWindow</name>
-    <message>
-        <source>Projects (*.fxp)</source>
-        <translation>Projekte (*.fxp)</translation>
-    </message>
-    <message>
-        <source>Filters</source>
-        <translation>Filter</translation>
-    </message>
-    <message>
-        <source>Applied filters</source>
-        <translation>Angewandte Filter</translation>
-    </message>
-    <message>
-        <source>As opened</source>
-        <translation>Wie geöffnet</translation>
-    </message>
-    <message>
-        <source>History</source>
-        <translation>Verlauf</translation>
-    </message>
-    <message>
-        <source>Levels and pixel</source>
-        <translation>Werte und Pixel</translation>
-    </message>
-    <message>
-        <source>Timeline</source>
-        <translation>Zeitleiste</translation>
-    </message>
+    <name>editor::MainMenus</name>
     <message>
         <source>&amp;File</source>
         <translation>&amp;Datei</translation>
@@ -384,6 +483,10 @@
         <translation>Projekt speichern &amp;unter …</translation>
     </message>
     <message>
+        <source>Ctrl+Shift+S</source>
+        <translation>Ctrl+Shift+S</translation>
+    </message>
+    <message>
         <source>&amp;Export…</source>
         <translation>&amp;Exportieren …</translation>
     </message>
@@ -404,8 +507,16 @@
         <translation>S&amp;chließen</translation>
     </message>
     <message>
+        <source>Ctrl+W</source>
+        <translation>Ctrl+W</translation>
+    </message>
+    <message>
         <source>&amp;Quit</source>
         <translation>&amp;Beenden</translation>
+    </message>
+    <message>
+        <source>Ctrl+Q</source>
+        <translation>Ctrl+Q</translation>
     </message>
     <message>
         <source>&amp;Edit</source>
@@ -563,121 +674,32 @@
         <source>&amp;Dark</source>
         <translation>D&amp;unkel</translation>
     </message>
+</context>
+<context>
+    <name>editor::MainWindow</name>
     <message>
-        <source>This cannot be opened</source>
-        <translation>Das lässt sich nicht öffnen</translation>
+        <source>Filters</source>
+        <translation>Filter</translation>
     </message>
     <message>
-        <source>The sample cannot be made</source>
-        <translation>Das Beispiel lässt sich nicht anlegen</translation>
+        <source>Applied filters</source>
+        <translation>Angewandte Filter</translation>
     </message>
     <message>
-        <source>/sample.png</source>
-        <translation>/sample.png</translation>
+        <source>As opened</source>
+        <translation>Wie geöffnet</translation>
     </message>
     <message>
-        <source>%1 cannot be written; check the permissions</source>
-        <translation>%1 kann nicht geschrieben werden; Zugriffsrechte prüfen</translation>
+        <source>History</source>
+        <translation>Verlauf</translation>
     </message>
     <message>
-        <source>the project</source>
-        <translation>das Projekt</translation>
+        <source>Levels and pixel</source>
+        <translation>Werte und Pixel</translation>
     </message>
     <message>
-        <source>Save changes?</source>
-        <translation>Änderungen speichern?</translation>
-    </message>
-    <message>
-        <source>Save the changes to %1?</source>
-        <translation>Die Änderungen an %1 speichern?</translation>
-    </message>
-    <message>
-        <source>The project cannot be saved</source>
-        <translation>Das Projekt kann nicht gespeichert werden</translation>
-    </message>
-    <message>
-        <source>Saved %1</source>
-        <translation>%1 gespeichert</translation>
-    </message>
-    <message>
-        <source>Save project</source>
-        <translation>Projekt speichern</translation>
-    </message>
-    <message>
-        <source>Open</source>
-        <translation>Öffnen</translation>
-    </message>
-    <message>
-        <source>Pictures, videos and projects (*)</source>
-        <translation>Bilder, Videos und Projekte (*)</translation>
-    </message>
-    <message>
-        <source>Open a folder of pictures</source>
-        <translation>Einen Ordner mit Bildern öffnen</translation>
-    </message>
-    <message>
-        <source>Open a project</source>
-        <translation>Ein Projekt öffnen</translation>
-    </message>
-    <message>
-        <source>Apply the same filters to other pictures</source>
-        <translation>Dieselben Filter auf andere Bilder anwenden</translation>
-    </message>
-    <message>
-        <source>Pictures, videos (*)</source>
-        <translation>Bilder, Videos (*)</translation>
-    </message>
-    <message>
-        <source>Opened with remarks</source>
-        <translation>Mit Anmerkungen geöffnet</translation>
-    </message>
-    <message>
-        <source>Not everything in the project can be used here. Nothing of it is lost when you save.</source>
-        <translation>Nicht alles im Projekt kann hier benutzt werden. Beim Speichern geht nichts davon verloren.</translation>
-    </message>
-    <message>
-        <source>The command is on the clipboard</source>
-        <translation>Der Befehl ist in der Zwischenablage</translation>
-    </message>
-    <message>
-        <source>Export</source>
-        <translation>Export</translation>
-    </message>
-    <message>
-        <source>There is nothing to render yet: open a picture and apply a filter.</source>
-        <translation>Noch gibt es nichts zu rendern: ein Bild öffnen und einen Filter anwenden.</translation>
-    </message>
-    <message>
-        <source>an unsaved project</source>
-        <translation>ein ungespeichertes Projekt</translation>
-    </message>
-    <message>
-        <source>Recover</source>
-        <translation>Wiederherstellen</translation>
-    </message>
-    <message>
-        <source>The editor ended unexpectedly while %1 had unsaved changes (%2).</source>
-        <translation>Der Editor endete unerwartet, als %1 ungespeicherte Änderungen hatte (%2).</translation>
-    </message>
-    <message>
-        <source>Recovering overwrites no file: you decide whether to save.</source>
-        <translation>Das Wiederherstellen überschreibt keine Datei: Sie entscheiden, ob gespeichert wird.</translation>
-    </message>
-    <message>
-        <source>&amp;Recover</source>
-        <translation>&amp;Wiederherstellen</translation>
-    </message>
-    <message>
-        <source>&amp;Discard</source>
-        <translation>Ver&amp;werfen</translation>
-    </message>
-    <message>
-        <source>&amp;Later</source>
-        <translation>&amp;Später</translation>
-    </message>
-    <message>
-        <source>This cannot be recovered</source>
-        <translation>Das lässt sich nicht wiederherstellen</translation>
+        <source>Timeline</source>
+        <translation>Zeitleiste</translation>
     </message>
     <message>
         <source>fxeditor[*]</source>
@@ -867,10 +889,6 @@
         <translation>Schlüssel setzen (Bild %1)</translation>
     </message>
     <message>
-        <source>No key is selected: click one, or draw a rectangle around several</source>
-        <translation>Kein Schlüssel ist gewählt: einen anklicken oder ein Rechteck um mehrere ziehen</translation>
-    </message>
-    <message>
         <source>Delete a key</source>
         <translation>Einen Schlüssel löschen</translation>
     </message>
@@ -897,6 +915,14 @@
     <message>
         <source>Left out, for this filter has no such parameter: %1</source>
         <translation>Ausgelassen, weil dieser Filter den Parameter nicht hat: %1</translation>
+    </message>
+    <message>
+        <source>There is no key at this frame: Insert makes one</source>
+        <translation>In diesem Bild ist kein Schlüssel: Einfg setzt einen</translation>
+    </message>
+    <message>
+        <source>No key is selected: click one, draw a rectangle around several, or go to one and press Return</source>
+        <translation>Kein Schlüssel ist gewählt: einen anklicken, ein Rechteck um mehrere ziehen oder zu einem gehen und die Eingabetaste drücken</translation>
     </message>
 </context>
 <context>
@@ -967,6 +993,18 @@
     <message>
         <source>Frame %1: %2</source>
         <translation>Bild %1: %2</translation>
+    </message>
+    <message>
+        <source>%1, frame %2: selected key</source>
+        <translation>%1, Bild %2: gewählter Schlüssel</translation>
+    </message>
+    <message>
+        <source>%1, frame %2: key</source>
+        <translation>%1, Bild %2: Schlüssel</translation>
+    </message>
+    <message>
+        <source>%1, frame %2: no key</source>
+        <translation>%1, Bild %2: kein Schlüssel</translation>
     </message>
 </context>
 <context>

@@ -76,7 +76,7 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
     }
     void open(const QString& name) {
-        ASSERT_TRUE(window->open({at(name)}));
+        ASSERT_TRUE(window->files().open({at(name)}));
         ASSERT_TRUE(driver->settle());
     }
     QString at(const QString& name) const { return folder.filePath(name); }
@@ -427,7 +427,7 @@ TEST_F(Editor, AClickOnTheSheetSetsTheValueAndNothingOfTheTrialsStays) {
 TEST_F(Editor, ACrashedProjectComesBackUnderItsPathAndCountsAsChanged) {
     open(QStringLiteral("shots"));
     const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
-    ASSERT_TRUE(window->saveAs(at(QStringLiteral("work.fxp"))));
+    ASSERT_TRUE(window->files().saveAs(at(QStringLiteral("work.fxp"))));
     driver->dragSlider(driver->control<QSlider>(blur, "theSlBlur"), 11);
     const std::vector<ChainItem> lost = currentChain();
     window->journal().writeNow();
@@ -450,7 +450,7 @@ TEST_F(Editor, ACrashedProjectComesBackUnderItsPathAndCountsAsChanged) {
     EXPECT_EQ(file.readAll(), onDisk) << "recovery overwrites nothing";
 
     // Saved, there is nothing to lose and no journal.
-    ASSERT_TRUE(window->save());
+    ASSERT_TRUE(window->files().save());
     window->journal().writeNow();
     EXPECT_FALSE(QFile::exists(window->journal().file()));
 }
