@@ -28,6 +28,28 @@ std::string keysText(const std::vector<qint64>& frames) {
 
 }  // namespace
 
+std::vector<std::string> adviceOnKeys(const InstanceState& state,
+                                      const HkKernelObjectDataDescr& descr, std::int64_t firstFrame,
+                                      std::int64_t lastFrame) {
+    std::vector<std::string> advice;
+    if (!state.animated) return advice;
+    const std::string first = std::to_string(firstFrame), last = std::to_string(lastFrame);
+    const std::string there =
+        firstFrame == lastFrame ? "frame " + first + " only" : "frames " + first + " to " + last;
+    for (int index = 0; index < descr.paramCount(); ++index) {
+        const ParamTrack& keys = state.params[static_cast<std::size_t>(index)].keys;
+        std::vector<qint64> outside;
+        for (const auto& [frame, key] : keys)
+            if (frame < firstFrame || frame > lastFrame) outside.push_back(frame);
+        if (outside.empty()) continue;
+        advice.push_back(descr.param(index).name.toStdString() + " has " +
+                         (outside.size() == keys.size() ? "no key inside, but " : "") +
+                         keysText(outside) + ", and the input has " + there +
+                         "; move or delete what is not meant to work from there");
+    }
+    return advice;
+}
+
 ChainCheck::ChainCheck() {
     const KernelStore& store = KernelStore::instance();
     for (const InstanceId& id : store.instances())
@@ -36,27 +58,13 @@ ChainCheck::ChainCheck() {
 }
 
 void ChainCheck::lookAtKeys(std::int64_t firstFrame, std::int64_t lastFrame) {
-    const std::string first = std::to_string(firstFrame), last = std::to_string(lastFrame);
-    const std::string there =
-        firstFrame == lastFrame ? "frame " + first + " only" : "frames " + first + " to " + last;
     for (const Instance& instance : m_instances) {
         const auto state = KernelStore::instance().state(instance.objectId);
         const HkKernelObjectDataDescr* descr =
             HkFXKernelData::getInstance()->getDataDescriptor(instance.typeId);
-        if (!state || !state->animated || !descr) continue;
-        for (int index = 0; index < descr->paramCount(); ++index) {
-            const ParamTrack& keys = state->params[static_cast<std::size_t>(index)].keys;
-            std::vector<qint64> outside;
-            for (const auto& [frame, key] : keys)
-                if (frame < firstFrame || frame > lastFrame) outside.push_back(frame);
-            if (outside.empty()) continue;
-            m_objections.push_back(
-                {Advice,
-                 instance.key.toStdString() + ": " + descr->param(index).name.toStdString() +
-                     " has " + (outside.size() == keys.size() ? "no key inside, but " : "") +
-                     keysText(outside) + ", and the input has " + there,
-                 {}});
-        }
+        if (!state || !descr) continue;
+        for (const std::string& advice : adviceOnKeys(*state, *descr, firstFrame, lastFrame))
+            m_objections.push_back({Advice, instance.key.toStdString() + ": " + advice, {}});
     }
 }
 

@@ -98,6 +98,13 @@ double TimelineView::xOf(double frame) const {
     return left + (frame - first) / (static_cast<double>(frames.back()) - first) * (right - left);
 }
 
+/// Keys outside the frames lie in the margins.
+double TimelineView::xOfKey(qint64 frame) const {
+    const double reach = kMargin - kKeyRadius;
+    return std::clamp(xOf(static_cast<double>(frame)), kHeader + kMargin - reach,
+                      std::max<double>(width() - kMargin, kHeader + kMargin) + reach);
+}
+
 qint64 TimelineView::frameAt(double x) const {
     const auto& frames = m_state.frames();
     if (frames.size() < 2) return m_state.currentFrame();
@@ -130,9 +137,7 @@ QRectF TimelineView::curveRect() const {
 QPoint TimelineView::placeOf(int objectId, qint64 frame) const {
     for (std::size_t lane = 0; lane < lanes().size(); ++lane)
         if (lanes()[lane].id.objectId == objectId)
-            return QPointF(xOf(static_cast<double>(frame)),
-                           laneRect(static_cast<int>(lane)).center().y())
-                .toPoint();
+            return QPointF(xOfKey(frame), laneRect(static_cast<int>(lane)).center().y()).toPoint();
     return {};
 }
 
@@ -143,7 +148,7 @@ bool TimelineView::keyAt(QPoint position, Key& key) const {
     double nearest = kKeyRadius + 3;
     bool found = false;
     for (const qint64 frame : shown.frames) {
-        const double distance = std::abs(xOf(static_cast<double>(frame)) - position.x());
+        const double distance = std::abs(xOfKey(frame) - position.x());
         if (distance > nearest) continue;
         nearest = distance;
         key = {shown.id.objectId, frame};
@@ -200,14 +205,13 @@ void TimelineView::drawLanes(QPainter& painter) {
         painter.setRenderHint(QPainter::Antialiasing);
         if (lane.frames.size() > 1) {
             painter.setPen(QPen(palette().color(QPalette::PlaceholderText), 1));
-            painter.drawLine(
-                QPointF(xOf(static_cast<double>(*lane.frames.begin())), area.center().y()),
-                QPointF(xOf(static_cast<double>(*lane.frames.rbegin())), area.center().y()));
+            painter.drawLine(QPointF(xOfKey(*lane.frames.begin()), area.center().y()),
+                             QPointF(xOfKey(*lane.frames.rbegin()), area.center().y()));
         }
         for (const qint64 frame : lane.frames) {
             const bool isSelected = m_keys.selected().count({lane.id.objectId, frame}) > 0;
             const qint64 shown = isSelected && m_drag == Drag::Keys ? frame + m_moveBy : frame;
-            drawKey(painter, {xOf(static_cast<double>(shown)), area.center().y()}, isSelected);
+            drawKey(painter, {xOfKey(shown), area.center().y()}, isSelected);
         }
     }
     if (lanes().empty()) {

@@ -51,6 +51,7 @@ private:
     void drawRuler(QPainter& painter);
     void drawKey(QPainter& painter, QPointF middle, bool isSelected) const;
     double xOf(double frame) const;
+    double xOfKey(qint64 frame) const;
     qint64 frameAt(double x) const;
     int laneAt(double y) const;  ///< -1 outside the lanes
     QRectF laneRect(int lane) const;
