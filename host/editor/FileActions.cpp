@@ -16,6 +16,7 @@
 #include "host/editor/Attempt.h"
 #include "host/editor/CommandText.h"
 #include "host/editor/EditorDocument.h"
+#include "host/editor/EditorState.h"
 #include "host/editor/ExportDialog.h"
 #include "host/editor/Glyphs.h"
 #include "host/editor/Journal.h"
@@ -45,8 +46,8 @@ bool isProject(const QStringList& paths) {
 
 }  // namespace
 
-FileActions::FileActions(EditorDocument& document, QWidget* window)
-    : QObject(window), m_document(document), m_window(window) {}
+FileActions::FileActions(EditorDocument& document, const EditorState& state, QWidget* window)
+    : QObject(window), m_document(document), m_state(state), m_window(window) {}
 
 EditorSession& FileActions::session() const {
     return m_document.session();
@@ -173,10 +174,24 @@ void FileActions::showNotices(const QStringList& notices) {
 }
 
 void FileActions::copyCommandLine() {
+    const KernelStore& store = KernelStore::instance();
+    const int stage = m_state.shownStage();
+    QStringList filters = document::currentFilterTexts(session().catalog());
+    const QString end = stage == kResultStage ? QString() : store.nameOf(stage);
+    if (stage == kSourceStage)
+        filters.clear();
+    else if (stage != kResultStage)
+        filters = filters.mid(0, store.positionOf(stage) + 1);
+    if (filters.isEmpty()) {
+        emit said(tr("What is shown has no filters: there is nothing to render"));
+        return;
+    }
     QApplication::clipboard()->setText(
-        commandText(session().foreignPlugin(), m_document.inputs(), m_document.range(),
-                    document::currentFilterTexts(session().catalog())));
-    emit said(tr("The command is on the clipboard"));
+        commandText(session().foreignPlugin(), m_document.inputs(), m_document.range(), filters));
+    emit said(end.isEmpty() ? tr("The command is on the clipboard")
+                            : tr("The command is on the clipboard, with the filters up to “%1”, "
+                                 "which is shown")
+                                  .arg(end));
 }
 
 void FileActions::showExport() {
@@ -229,6 +244,16 @@ void FileActions::offerRecovery(Journal& journal) {
         showNotices(notices);
         return;
     }
+}
+
+bool FileActions::confirmQuit() {
+    if (m_export && m_export->isRunning() &&
+        QMessageBox::question(m_window, tr("Export"),
+                              tr("An export is running. Stop it? The frames written so far stay."),
+                              QMessageBox::Yes | QMessageBox::No,
+                              QMessageBox::No) != QMessageBox::Yes)
+        return false;
+    return confirmDiscard();
 }
 
 void FileActions::closeDocument() {

@@ -8,6 +8,7 @@ namespace editor {
 
 class EditorDocument;
 class EditorSession;
+class EditorState;
 class ExportDialog;
 class Journal;
 
@@ -17,7 +18,7 @@ class FileActions : public QObject {
     Q_OBJECT
 
 public:
-    FileActions(EditorDocument& document, QWidget* window);
+    FileActions(EditorDocument& document, const EditorState& state, QWidget* window);
 
     /// Opens a project, or pictures as a new one, after asking about unsaved changes. False, and a
     /// message shown, when it cannot be.
@@ -39,11 +40,14 @@ public:
     /// False when the user wants to keep on with a document that has unsaved changes.
     bool confirmDiscard();
     void closeDocument();
+    /// False when the user wants to keep on with that, or with an export that runs.
+    bool confirmQuit();
 
     /// Offers what a crash left behind. Nothing of it is lost before the user has decided.
     void offerRecovery(Journal& journal);
 
     void showExport();
+    /// That makes the picture that is shown: of the filters up to the shown one.
     void copyCommandLine();
 
 signals:
@@ -56,6 +60,7 @@ private:
     void showNotices(const QStringList& notices);
 
     EditorDocument& m_document;
+    const EditorState& m_state;
     QWidget* m_window;
     QPointer<ExportDialog> m_export;
 };

@@ -11,6 +11,7 @@
 #include <QStatusBar>
 #include <QToolBox>
 #include <QUndoView>
+#include <QUrl>
 #include <QVBoxLayout>
 
 #include "host/editor/ChainActions.h"
@@ -39,6 +40,32 @@ QDockWidget* addDock(QMainWindow* window, Qt::DockWidgetArea area, const char* n
     return dock;
 }
 
+/// Leaves letters and Space to the window: a list would look for steps that begin with them.
+class HistoryView : public QUndoView {
+public:
+    using QUndoView::QUndoView;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        if (event->modifiers() == Qt::NoModifier && !event->text().isEmpty() &&
+            event->text().at(0).isPrint())
+            event->ignore();
+        else
+            QUndoView::keyPressEvent(event);
+    }
+};
+
+QStringList localFiles(const QMimeData& data, QStringList* others = nullptr) {
+    QStringList paths;
+    for (const QUrl& url : data.urls()) {
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+        else if (others)
+            *others << url.toDisplayString();
+    }
+    return paths;
+}
+
 }  // namespace
 
 MainWindow::MainWindow(EditorSession& session, QWidget* parent)
@@ -52,7 +79,7 @@ MainWindow::MainWindow(EditorSession& session, QWidget* parent)
     connect(m_journal, &Journal::failed, this, [this](const QString& reason) {
         statusBar()->showMessage(tr("Not safe from a crash: %1").arg(reason));
     });
-    m_files = new FileActions(m_document, this);
+    m_files = new FileActions(m_document, m_state, this);
     connect(m_files, &FileActions::said, this,
             [this](const QString& message) { statusBar()->showMessage(message, 4000); });
     setAcceptDrops(true);
@@ -132,7 +159,8 @@ void MainWindow::buildDocks() {
     connect(m_chain, &ChainPanel::menuRequested, m_chainActions, &ChainActions::showMenu);
     connect(m_chainActions, &ChainActions::sweepRequested, this, &MainWindow::showSweep);
 
-    auto* history = new QUndoView(&m_session.undoStack());
+    auto* history = new HistoryView(&m_session.undoStack());
+    history->setObjectName(QStringLiteral("history"));
     history->setWordWrap(true);
     history->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     history->setEmptyLabel(tr("As opened"));
@@ -212,7 +240,7 @@ void MainWindow::showStatus() {
 // --- Events ---
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    if (!m_files->confirmDiscard()) {
+    if (!m_files->confirmQuit()) {
         event->ignore();
         return;
     }
@@ -246,14 +274,17 @@ void MainWindow::changeEvent(QEvent* event) {
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
-    if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+    if (!localFiles(*event->mimeData()).isEmpty()) event->acceptProposedAction();
 }
 
 void MainWindow::dropEvent(QDropEvent* event) {
-    QStringList paths;
-    for (const QUrl& url : event->mimeData()->urls())
-        if (url.isLocalFile()) paths << url.toLocalFile();
+    QStringList others;
+    const QStringList paths = localFiles(*event->mimeData(), &others);
     event->acceptProposedAction();
+    if (!others.isEmpty())
+        statusBar()->showMessage(tr("Left out, for they are no files of this computer: %1")
+                                     .arg(others.join(QStringLiteral(", "))),
+                                 8000);
     // The program that drags waits for the end of this event: no question may come in it.
     QMetaObject::invokeMethod(
         this, [this, paths] { m_files->open(paths); }, Qt::QueuedConnection);

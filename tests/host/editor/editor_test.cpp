@@ -7,19 +7,26 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QDir>
+#include <QDragEnterEvent>
 #include <QImage>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
 #include <QPainter>
 #include <QProcess>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSettings>
+#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QToolButton>
 #include <QUndoStack>
+#include <QUrl>
 #include <memory>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
@@ -30,6 +37,7 @@
 #include "host/editor/Journal.h"
 #include "host/editor/MessageBar.h"
 #include "host/editor/PictureView.h"
+#include "host/editor/Presets.h"
 #include "host/editor/SweepDialog.h"
 #include "host/editor/TimelineView.h"
 #include "host/kernel/CmdSetChain.h"
@@ -245,9 +253,109 @@ TEST_F(Editor, TheRangeOfAProjectIsShownAndCopied) {
     open(QStringLiteral("range.fxp"));
     const QColor usual = drawnFrame(0).pixelColor(90, 60), bright = shown().pixelColor(90, 60);
     EXPECT_NEAR(bright.green(), usual.green() * 2.55, 1);
-    driver->addFilter(QStringLiteral("Blur and enhance"));
+    const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
+    driver->addFilter(QStringLiteral("Channel separation"));
     driver->trigger("actCopyCommand");
-    EXPECT_TRUE(QApplication::clipboard()->text().contains(QStringLiteral("--range 0-100")));
+    const QString whole = QApplication::clipboard()->text();
+    EXPECT_TRUE(whole.contains(QStringLiteral("--range 0-100"))) << whole.toStdString();
+    EXPECT_TRUE(whole.contains(QStringLiteral("Channel separation"))) << whole.toStdString();
+    window->state().setShownStage(blur);
+    driver->trigger("actCopyCommand");
+    const QString upToBlur = QApplication::clipboard()->text();
+    EXPECT_TRUE(upToBlur.contains(QStringLiteral("Blur and enhance"))) << upToBlur.toStdString();
+    EXPECT_FALSE(upToBlur.contains(QStringLiteral("Channel separation"))) << "it is not shown";
+    window->state().setShownStage(editor::kSourceStage);
+    driver->trigger("actCopyCommand");
+    EXPECT_EQ(QApplication::clipboard()->text(), upToBlur) << "nothing to render, which is said";
+}
+
+TEST_F(Editor, WhatIsDroppedIsOpenedUnlessItIsElsewhere) {
+    const auto drop = [&](const QList<QUrl>& urls) {
+        QMimeData data;
+        data.setUrls(urls);
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        enter.ignore();
+        QApplication::sendEvent(window.get(), &enter);
+        if (!enter.isAccepted()) return false;
+        QDropEvent dropped({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(window.get(), &dropped);
+        return driver->settle();
+    };
+    const QUrl elsewhere(QStringLiteral("https://example.org/a.png"));
+    EXPECT_FALSE(drop({elsewhere}));
+    EXPECT_TRUE(drop({QUrl::fromLocalFile(at(QStringLiteral("shots/shot_1.png"))),
+                      QUrl::fromLocalFile(at(QStringLiteral("shots/shot_3.png")))}));
+    EXPECT_EQ(window->state().frames().size(), 2u);
+    EXPECT_EQ(shown(), drawnFrame(1));
+    EXPECT_TRUE(drop({elsewhere, QUrl::fromLocalFile(at(QStringLiteral("shots")))}));
+    EXPECT_EQ(window->state().frames().size(), 5u);
+    EXPECT_TRUE(window->statusBar()->currentMessage().contains(QStringLiteral("example.org")));
+    // An opening of several files is to be had again.
+    window->files().openRecent(window->files().recent().at(1));
+    EXPECT_TRUE(driver->settle());
+    EXPECT_EQ(window->state().frames().size(), 2u);
+}
+
+TEST_F(Editor, TheKeyThatShowsThePictureBeforeWorksWhereverTheFocusIs) {
+    open(QStringLiteral("shots"));
+    driver->addFilter(QStringLiteral("Channel separation"));
+    auto& view = driver->child<editor::PictureView>("pictureView");
+    const QImage after = view.grab().toImage();
+    for (const char* name : {"pictureView", "chainPanel", "timelineView", "history"}) {
+        auto& focused = driver->child<QWidget>(name);
+        QTest::keyPress(&focused, Qt::Key_B);
+        EXPECT_NE(view.grab().toImage(), after) << name;
+        QTest::keyRelease(&focused, Qt::Key_B);
+        EXPECT_EQ(view.grab().toImage(), after) << name;
+    }
+}
+
+TEST_F(Editor, AnExportThatRunsIsNotEndedUnasked) {
+    drawnFrame(0).scaled(1600, 1200).save(at(QStringLiteral("large.png")));
+    open(QStringLiteral("large.png"));
+    const int sharper = driver->addFilter(QStringLiteral("Degauss"));
+    driver->click(driver->control<QRadioButton>(sharper, "theRBMethodLR"));
+    ASSERT_TRUE(window->files().saveAs(at(QStringLiteral("large.fxp"))));
+    driver->trigger("actExport");
+    auto& dialog = driver->child<editor::ExportDialog>("exportDialog");
+    driver->click(driver->child<QPushButton>("exportStart"));
+    QTimer::singleShot(0, window.get(), [] {
+        auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_TRUE(question);
+        question->button(QMessageBox::No)->click();
+    });
+    EXPECT_FALSE(window->close());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !dialog.isRunning(); }, kMinute));
+    EXPECT_TRUE(QFile::exists(at(QStringLiteral("large-filtered.png"))));
+    EXPECT_TRUE(window->close());
+}
+
+TEST_F(Editor, APresetOfOneFilterSetsUpTheOneThatIsThere) {
+    open(QStringLiteral("shots"));
+    const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
+    QDir().mkpath(editor::presetFolder());
+    const auto writePreset = [](const char* name, const QString& text) {
+        editor::writePreset(QDir(editor::presetFolder()).filePath(QLatin1String(name)), {text});
+    };
+    writePreset("soft", QStringLiteral("Blur and enhance:Blur=11"));
+    writePreset("grey", QStringLiteral("Channel separation"));
+    QStringList offered;
+    QTimer::singleShot(0, window.get(), [&] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_TRUE(menu);
+        for (QMenu* presets : menu->findChildren<QMenu*>())
+            for (QAction* action : presets->actions()) {
+                offered << action->text();
+                action->trigger();
+            }
+        menu->close();
+    });
+    driver->click(
+        *driver->entry(blur).parentWidget()->findChild<QToolButton*>(QStringLiteral("theTbMore")));
+    EXPECT_EQ(offered, QStringList(QStringLiteral("soft")));
+    EXPECT_EQ(currentChain().size(), 1u);
+    EXPECT_EQ(state(blur).params[2].base, 11);
+    EXPECT_EQ(driver->control<QSlider>(blur, "theSlBlur").value(), 11);
 }
 
 TEST_F(Editor, KeysAreMovedSelectedDeletedAndPastedInTheTimeline) {
@@ -466,6 +574,18 @@ TEST_F(Editor, WhatIsWrongIsSaidWhereItIs) {
     EXPECT_TRUE(driver->settle());
     EXPECT_FALSE(bar.isVisible());
     static_cast<void>(separator);
+
+    // A key where the input has no frame.
+    const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
+    driver->click(driver->control<QToolButton>(blur, "theTbAnimate"));
+    window->state().setCurrentFrame(4);
+    driver->dragSlider(driver->control<QSlider>(blur, "theSlBlur"), 13);
+    EXPECT_TRUE(driver->settle());
+    EXPECT_TRUE(bar.messages().isEmpty());
+    window->document().replaceInputs({at(QStringLiteral("shots/shot_0.png")).toStdString()});
+    EXPECT_TRUE(driver->settle());
+    EXPECT_TRUE(bar.messages().value(0).contains(QStringLiteral("a key at frame 4")));
+    window->document().newFromInputs({at(QStringLiteral("shots")).toStdString()});
 
     // A frame that goes missing while it is open.
     ASSERT_TRUE(QFile::remove(at(QStringLiteral("shots/shot_3.png"))));
