@@ -99,6 +99,14 @@
         <source>Presets (*.fxpreset)</source>
         <translation>Vorgaben (*.fxpreset)</translation>
     </message>
+    <message>
+        <source>Appl&amp;y preset</source>
+        <translation>Vorgabe an&amp;wenden</translation>
+    </message>
+    <message>
+        <source>%1: preset %2</source>
+        <translation>%1: Vorgabe %2</translation>
+    </message>
 </context>
 <context>
     <name>editor::ChainPanel</name>
@@ -373,6 +381,41 @@
     <message>
         <source>This cannot be recovered</source>
         <translation>Das lässt sich nicht wiederherstellen</translation>
+    </message>
+    <message>
+        <source>What is shown has no filters: there is nothing to render</source>
+        <translation>Was gezeigt wird, hat keine Filter: es gibt nichts zu rendern</translation>
+    </message>
+    <message>
+        <source>The command is on the clipboard, with the filters up to “%1”, which is shown</source>
+        <translation>Der Befehl ist in der Zwischenablage, mit den Filtern bis „%1“, der gezeigt wird</translation>
+    </message>
+    <message>
+        <source>An export is running. Stop it? The frames written so far stay.</source>
+        <translation>Ein Export läuft. Anhalten? Die schon geschriebenen Bilder bleiben.</translation>
+    </message>
+</context>
+<context>
+    <name>FilterCommands</name>
+    <message>
+        <source>Add %1</source>
+        <translation>%1 hinzufügen</translation>
+    </message>
+    <message>
+        <source>Remove %1</source>
+        <translation>%1 entfernen</translation>
+    </message>
+    <message>
+        <source>Move %1 up</source>
+        <translation>%1 nach oben</translation>
+    </message>
+    <message>
+        <source>Move %1 down</source>
+        <translation>%1 nach unten</translation>
+    </message>
+    <message>
+        <source> (frame %1)</source>
+        <translation> (Bild %1)</translation>
     </message>
 </context>
 <context>
@@ -741,6 +784,10 @@
         <source>Not safe from a crash: %1</source>
         <translation>Nicht vor einem Absturz sicher: %1</translation>
     </message>
+    <message>
+        <source>Left out, for they are no files of this computer: %1</source>
+        <translation>Ausgelassen, weil es keine Dateien dieses Rechners sind: %1</translation>
+    </message>
 </context>
 <context>
     <name>editor::MessageBar</name>
@@ -1020,6 +1067,10 @@
     <message>
         <source>%1 objects</source>
         <translation>%1 Objekte</translation>
+    </message>
+    <message>
+        <source>not enough memory</source>
+        <translation>nicht genug Speicher</translation>
     </message>
 </context>
 <context>
