@@ -2,6 +2,7 @@
 
 #include <QStringList>
 #include <algorithm>
+#include <utility>
 
 #include "framework/contract/FxKernelApi/HkFXKernelData.h"
 #include "host/document/ChainRenderer.h"
@@ -36,17 +37,23 @@ std::vector<std::string> adviceOnKeys(const InstanceState& state,
     const std::string first = std::to_string(firstFrame), last = std::to_string(lastFrame);
     const std::string there =
         firstFrame == lastFrame ? "frame " + first + " only" : "frames " + first + " to " + last;
+    // Parameters that were edited together have their keys together.
+    std::vector<std::pair<std::string, QStringList>> missed;
     for (int index = 0; index < descr.paramCount(); ++index) {
         const ParamTrack& keys = state.params[static_cast<std::size_t>(index)].keys;
         std::vector<qint64> outside;
         for (const auto& [frame, key] : keys)
             if (frame < firstFrame || frame > lastFrame) outside.push_back(frame);
         if (outside.empty()) continue;
-        advice.push_back(descr.param(index).name.toStdString() + " has " +
-                         (outside.size() == keys.size() ? "no key inside, but " : "") +
-                         keysText(outside) + ", and the input has " + there +
-                         "; move or delete what is not meant to work from there");
+        const std::string what =
+            (outside.size() == keys.size() ? "no key inside, but " : "") + keysText(outside);
+        if (missed.empty() || missed.back().first != what) missed.push_back({what, {}});
+        missed.back().second << descr.param(index).name;
     }
+    for (const auto& [what, names] : missed)
+        advice.push_back(names.join(QStringLiteral(", ")).toStdString() +
+                         (names.size() == 1 ? " has " : " have ") + what + ", and the input has " +
+                         there + "; move or delete what is not meant to work from there");
     return advice;
 }
 

@@ -12,8 +12,8 @@
 
 namespace document {
 
-/// What to say about keys before the first and after the last of the frames there are, for each
-/// parameter that has some: "Blur has a key at frame 20, and the input has frames 0 to 4; ...".
+/// What to say about keys before the first and after the last of the frames there are, for the
+/// parameters that have some: "Blur has a key at frame 20, and the input has frames 0 to 4; ...".
 std::vector<std::string> adviceOnKeys(const InstanceState& state,
                                       const HkKernelObjectDataDescr& descr, std::int64_t firstFrame,
                                       std::int64_t lastFrame);

@@ -268,10 +268,9 @@ void PictureView::keyPressEvent(QKeyEvent* event) {
     } else if (event->modifiers() & Qt::ShiftModifier) {
         const bool isInside = QRect(0, 0, preview.width, preview.height).contains(m_state.probe());
         const QPoint from =
-            isInside ? m_state.probe() : QPoint(preview.width / 2, preview.height / 2) - way;
-        m_isProbeOfKeys = true;
-        m_state.setProbe({std::clamp(from.x() + way.x(), 0, preview.width - 1),
-                          std::clamp(from.y() + way.y(), 0, preview.height - 1)});
+            isInside ? m_state.probe() : pixelAt(pictureAt(paneOf(0).center())) - way;
+        moveProbe({std::clamp(from.x() + way.x(), 0, preview.width - 1),
+                   std::clamp(from.y() + way.y(), 0, preview.height - 1)});
     } else if (event->modifiers() & Qt::ControlModifier) {
         const double step = 0.02;
         if (m_state.comparison() == Comparison::Wipe)
@@ -284,6 +283,24 @@ void PictureView::keyPressEvent(QKeyEvent* event) {
                                   way.y() * share * paneOf(0).height() / target.height()));
     }
     update();
+}
+
+/// By keys. What the pointer points at is seen; this is brought into view.
+void PictureView::moveProbe(QPoint pixel) {
+    const Preview& preview = *m_state.preview();
+    m_isProbeOfKeys = true;
+    m_state.setProbe(pixel);
+    const QPointF place((pixel.x() + 0.5) / preview.width, (pixel.y() + 0.5) / preview.height);
+    const QRectF target = targetIn(paneOf(0));
+    const QPointF seen =
+        target.topLeft() + QPointF(place.x() * target.width(), place.y() * target.height());
+    if (m_state.zoom() > 0 && !paneOf(0).contains(seen)) m_state.setCentre(place);
+}
+
+QPoint PictureView::pixelAt(QPointF point) const {
+    const Preview& preview = *m_state.preview();
+    return QPoint(static_cast<int>(std::floor(point.x() * preview.width)),
+                  static_cast<int>(std::floor(point.y() * preview.height)));
 }
 
 void PictureView::focusInEvent(QFocusEvent* event) {
@@ -332,7 +349,6 @@ void PictureView::mousePressEvent(QMouseEvent* event) {
 
 void PictureView::mouseMoveEvent(QMouseEvent* event) {
     const QPointF position = positionOf(event);
-    const Preview& preview = *m_state.preview();
     const QRectF target = targetIn(paneOf(0));
     if (m_drag == Drag::Wipe && target.width() > 0) {
         m_wipe = std::clamp((position.x() - target.left()) / target.width(), 0.0, 1.0);
@@ -344,10 +360,8 @@ void PictureView::mouseMoveEvent(QMouseEvent* event) {
     } else if (m_drag == Drag::None) {
         setCursor(isOnWipe(position) ? Qt::SplitHCursor : Qt::ArrowCursor);
     }
-    const QPointF point = pictureAt(position);
     if (std::exchange(m_isProbeOfKeys, false)) update();
-    m_state.setProbe(QPoint(static_cast<int>(std::floor(point.x() * preview.width)),
-                            static_cast<int>(std::floor(point.y() * preview.height))));
+    m_state.setProbe(pixelAt(pictureAt(position)));
 }
 
 void PictureView::mouseReleaseEvent(QMouseEvent*) {

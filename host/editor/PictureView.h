@@ -53,6 +53,7 @@ private:
     QRectF targetIn(const QRectF& pane) const;  ///< where the whole picture lies
     QRectF paneAt(QPointF position) const;
     QPointF pictureAt(QPointF position) const;  ///< 0 ... 1 on both axes
+    QPoint pixelAt(QPointF point) const;        ///< of a point as pictureAt() says it
     double wipeX() const;
     bool isOnWipe(QPointF position) const;
     void zoomTo(double zoom, QPointF fixed);
@@ -60,6 +61,7 @@ private:
     void drawPicture(QPainter& painter, const Picture& picture, const Picture& fitted,
                      const QRectF& pane, Scaled& scaled);
     void drawLabel(QPainter& painter, const QRectF& pane, Qt::Alignment place, const QString& text);
+    void moveProbe(QPoint pixel);
     void drawProbe(QPainter& painter);
     void describe();
 

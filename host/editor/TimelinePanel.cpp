@@ -2,6 +2,7 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QScrollArea>
 #include <QSignalBlocker>
 #include <QSpinBox>
 #include <QToolButton>
@@ -16,6 +17,10 @@
 #include "host/kernel/KernelNotifier.h"
 
 namespace editor {
+
+namespace {
+constexpr int kMostHeight = 190;  // that the timeline asks for
+}
 
 TimelinePanel::TimelinePanel(EditorDocument& document, EditorState& state,
                              PreviewController& preview, QWidget* parent)
@@ -78,7 +83,22 @@ TimelinePanel::TimelinePanel(EditorDocument& document, EditorState& state,
     layout->setContentsMargins(4, 2, 4, 4);
     layout->setSpacing(2);
     layout->addLayout(bar);
-    layout->addWidget(m_view, 1);
+    // Many lanes are scrolled through, so that there is room for the picture.
+    auto* scroll = new QScrollArea(this);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setWidget(m_view);
+    layout->addWidget(scroll, 1);
+    const auto fit = [this, scroll] {
+        scroll->setMinimumHeight(std::min(m_view->minimumHeight(), kMostHeight));
+    };
+    connect(m_view, &TimelineView::heightChanged, scroll, fit);
+    connect(m_view, &TimelineView::laneChosen, scroll, [scroll](const QRect& lane) {
+        scroll->ensureVisible(0, lane.center().y(), 0, lane.height());
+    });
+    fit();
 
     connect(m_frame, qOverload<int>(&QSpinBox::valueChanged), this,
             [this](int frame) { m_state.setCurrentFrame(frame); });

@@ -52,6 +52,7 @@ void TimelineView::fit() {
     showLane();
     setMinimumHeight(kRuler + std::max(1, static_cast<int>(lanes().size())) * kLane +
                      (m_counts.empty() ? 0 : kCurve) + 4);
+    emit heightChanged();
     updateGeometry();
     update();
 }
@@ -396,6 +397,7 @@ void TimelineView::keyPressEvent(QKeyEvent* event) {
         m_lane = std::clamp(m_lane + (event->key() == Qt::Key_Down ? 1 : -1), 0,
                             static_cast<int>(lanes().size()) - 1);
         showLane();
+        emit laneChosen(laneRect(m_lane).toRect());
     } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) &&
                !lanes().empty()) {
         m_keys.toggleSelected(m_lane);

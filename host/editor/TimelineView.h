@@ -31,6 +31,10 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return {300, 80}; }
 
+signals:
+    void heightChanged();  ///< what it needs at least
+    void laneChosen(const QRect& place);
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;

@@ -101,7 +101,7 @@
     </message>
     <message>
         <source>Appl&amp;y preset</source>
-        <translation>Vorgabe an&amp;wenden</translation>
+        <translation>Vorgabe &amp;anwenden</translation>
     </message>
     <message>
         <source>%1: preset %2</source>
@@ -798,6 +798,10 @@
     <message>
         <source>Shown without filters: %1</source>
         <translation>Ohne Filter gezeigt: %1</translation>
+    </message>
+    <message>
+        <source>%1 more: see the signs at the filters</source>
+        <translation>%1 weitere: siehe die Zeichen an den Filtern</translation>
     </message>
 </context>
 <context>

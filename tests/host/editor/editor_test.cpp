@@ -487,6 +487,10 @@ TEST_F(Editor, EverythingGoesWithoutAMouse) {
     window->state().setZoom(40);
     press(Qt::Key_Right);
     EXPECT_GT(window->state().centre().x(), 0.5);
+    const QPoint probe = window->state().probe();
+    press(Qt::Key_Down, Qt::ShiftModifier, 30);  // out of what is seen
+    EXPECT_EQ(window->state().probe(), probe + QPoint(0, 30));
+    EXPECT_GT(window->state().centre().y(), 0.7);
 }
 
 TEST_F(Editor, EveryControlHasANameForThoseWhoDoNotSeeIt) {
@@ -579,12 +583,20 @@ TEST_F(Editor, WhatIsWrongIsSaidWhereItIs) {
     const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
     driver->click(driver->control<QToolButton>(blur, "theTbAnimate"));
     window->state().setCurrentFrame(4);
-    driver->dragSlider(driver->control<QSlider>(blur, "theSlBlur"), 13);
+    driver->trigger("actAddKey");
     EXPECT_TRUE(driver->settle());
     EXPECT_TRUE(bar.messages().isEmpty());
     window->document().replaceInputs({at(QStringLiteral("shots/shot_0.png")).toStdString()});
     EXPECT_TRUE(driver->settle());
-    EXPECT_TRUE(bar.messages().value(0).contains(QStringLiteral("a key at frame 4")));
+    EXPECT_TRUE(
+        bar.messages().value(0).contains(QStringLiteral("Enhance, Blur have a key at frame 4")));
+    // Many objections leave room for the picture.
+    for (int more = 0; more < 9; ++more)
+        QTest::keyClick(driver->entry(blur).parentWidget(), Qt::Key_D, Qt::ControlModifier);
+    EXPECT_TRUE(driver->settle());
+    EXPECT_EQ(bar.messages().size(), 10);
+    EXPECT_EQ(window->height(), 800);
+    EXPECT_GT(driver->child<editor::PictureView>("pictureView").height(), 300);
     window->document().newFromInputs({at(QStringLiteral("shots")).toStdString()});
 
     // A frame that goes missing while it is open.
