@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
+#include <QComboBox>
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QImage>
@@ -325,8 +326,14 @@ TEST_F(Editor, AnExportThatRunsIsNotEndedUnasked) {
         question->button(QMessageBox::No)->click();
     });
     EXPECT_FALSE(window->close());
+    EXPECT_TRUE(dialog.isRunning());
+    dialog.close();  // asks the renderer to stop after the frame at work
     ASSERT_TRUE(QTest::qWaitFor([&] { return !dialog.isRunning(); }, kMinute));
-    EXPECT_TRUE(QFile::exists(at(QStringLiteral("large-filtered.png"))));
+    EXPECT_TRUE(dialog.findChild<QLabel*>(QStringLiteral("exportStatus"))
+                    ->text()
+                    .startsWith(QStringLiteral("Cancelled")));
+    const QImage written(at(QStringLiteral("large-filtered.png")));
+    EXPECT_TRUE(written.isNull() || written.size() == QSize(1600, 1200)) << "whole or not there";
     EXPECT_TRUE(window->close());
 }
 
@@ -526,6 +533,21 @@ TEST_F(Editor, AClickOnTheSheetSetsTheValueAndNothingOfTheTrialsStays) {
     EXPECT_EQ(undoStack().count(), 2);
     ASSERT_TRUE(QTest::qWaitFor([&] { return gone.isNull(); }, kMinute));
     EXPECT_EQ(KernelStore::instance().liveObjectCount(), objects);
+
+    // Two parameters as a grid, of which a click sets both in one step.
+    window->showSweep(blur);
+    sweep = &driver->child<editor::SweepDialog>("sweepDialog");
+    sweep->setCount(4);
+    auto* second = sweep->findChildren<QComboBox*>().at(1);
+    second->setCurrentText(QStringLiteral("Blur"));
+    EXPECT_EQ(second->currentIndex(), 0) << "it is the first already";
+    second->setCurrentText(QStringLiteral("Enhance"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sweep->isComplete(); }, kMinute));
+    sheet = sweep->findChild<QWidget*>(QStringLiteral("sweepSheet"));
+    QTest::mouseClick(sheet, Qt::LeftButton, {}, sweep->cellRect(4 + 3).center() - sheet->pos());
+    EXPECT_EQ(state(blur).params[1].base, true);
+    EXPECT_EQ(state(blur).params[2].base, 13);
+    EXPECT_EQ(undoStack().count(), 3);
 
     // Versions A and B of the chain on one key.
     driver->trigger("actToggleAB");
