@@ -6,10 +6,8 @@
 
 #include "host/editor/EditorState.h"
 
-class QAbstractButton;
 class QVBoxLayout;
 class FxGuiImageFilter;
-class HkFilterManipulator;
 
 namespace editor {
 
@@ -34,12 +32,12 @@ signals:
     void menuRequested(int objectId, const QPoint& globalPosition);
 
 private:
-    friend class EntryRow;
-
+    EntryRow* makeRow(FxGuiImageFilter* entry);
+    void look(int stage);
     void showOrder();
     void showStage();
     void showObjections();
-    void dragTo(EntryRow* row, int y);
+    void dragTo(int y);
     void drop(EntryRow* row);
     int dropIndex(int y) const;
     void moveBy(int objectId, int places);

@@ -111,14 +111,6 @@
 <context>
     <name>editor::ChainPanel</name>
     <message>
-        <source>Drag to change the order (Alt+Up, Alt+Down)</source>
-        <translation>Ziehen ändert die Reihenfolge (Alt+Auf, Alt+Ab)</translation>
-    </message>
-    <message>
-        <source>Shows the picture after this filter (Return)</source>
-        <translation>Zeigt das Bild nach diesem Filter (Eingabe)</translation>
-    </message>
-    <message>
         <source>Applied filters</source>
         <translation>Angewandte Filter</translation>
     </message>
@@ -142,9 +134,23 @@
         <source>No filters yet. Choose one under “Filters” and press “Add”.</source>
         <translation>Noch keine Filter. Unter „Filter“ einen wählen und „Hinzufügen“ drücken.</translation>
     </message>
+</context>
+<context>
+    <name>editor::EditorDocument</name>
     <message>
-        <source>%1 (Return)</source>
-        <translation>%1 (Eingabe)</translation>
+        <source>The range “%1” cannot be used; write LO-HI, auto or each</source>
+        <translation>Der Bereich „%1“ ist nicht zu gebrauchen; möglich sind UNTEN-OBEN, auto oder each</translation>
+    </message>
+</context>
+<context>
+    <name>editor::EntryRow</name>
+    <message>
+        <source>Drag to change the order (Alt+Up, Alt+Down)</source>
+        <translation>Ziehen ändert die Reihenfolge (Alt+Auf, Alt+Ab)</translation>
+    </message>
+    <message>
+        <source>Shows the picture after this filter (Return)</source>
+        <translation>Zeigt das Bild nach diesem Filter (Eingabe)</translation>
     </message>
     <message>
         <source>Folds or unfolds the settings (Left, Right)</source>
@@ -153,13 +159,6 @@
     <message>
         <source>More for this filter (menu key)</source>
         <translation>Mehr zu diesem Filter (Menütaste)</translation>
-    </message>
-</context>
-<context>
-    <name>editor::EditorDocument</name>
-    <message>
-        <source>The range “%1” cannot be used; write LO-HI, auto or each</source>
-        <translation>Der Bereich „%1“ ist nicht zu gebrauchen; möglich sind UNTEN-OBEN, auto oder each</translation>
     </message>
 </context>
 <context>
@@ -837,6 +836,13 @@
     <message>
         <source>1/%1 size while dragging</source>
         <translation>1/%1 der Größe während des Ziehens</translation>
+    </message>
+</context>
+<context>
+    <name>editor::StageRow</name>
+    <message>
+        <source>%1 (Return)</source>
+        <translation>%1 (Eingabe)</translation>
     </message>
 </context>
 <context>
