@@ -18,9 +18,7 @@ namespace editor {
 
 namespace {
 
-constexpr int kHeader = 170;  // titles at the left
-constexpr int kRuler = 22, kLane = 24, kCurve = 56, kMargin = 14;
-constexpr double kKeyRadius = 5;
+using Scale = TimelineScale;
 
 /// The least distance of labels, in frames: 1, 2 or 5 times a power of ten.
 qint64 labelStep(double framesPerLabel) {
@@ -50,8 +48,8 @@ TimelineView::TimelineView(EditorState& state, TimelineKeys& keys, QWidget* pare
 void TimelineView::fit() {
     m_lane = std::clamp(m_lane, 0, std::max(0, static_cast<int>(lanes().size()) - 1));
     showLane();
-    setMinimumHeight(kRuler + std::max(1, static_cast<int>(lanes().size())) * kLane +
-                     (m_counts.empty() ? 0 : kCurve) + 4);
+    setMinimumHeight(Scale::kRuler + std::max(1, static_cast<int>(lanes().size())) * Scale::kLane +
+                     (m_counts.empty() ? 0 : Scale::kCurve) + 4);
     emit heightChanged();
     updateGeometry();
     update();
@@ -73,6 +71,10 @@ void TimelineView::showLane() {
     update();
 }
 
+TimelineScale TimelineView::scale() const {
+    return {m_state.frames(), size(), static_cast<int>(lanes().size())};
+}
+
 void TimelineView::clearCounts() {
     m_counts.clear();
     fit();
@@ -86,70 +88,26 @@ void TimelineView::setCount(qint64 frame, int count) {
 }
 
 QSize TimelineView::sizeHint() const {
-    return {800, std::max(minimumHeight(), kRuler + 2 * kLane)};
-}
-
-// --- Where things are ---
-
-double TimelineView::xOf(double frame) const {
-    const auto& frames = m_state.frames();
-    const double left = kHeader + kMargin, right = width() - kMargin;
-    if (frames.size() < 2) return left;
-    const auto first = static_cast<double>(frames.front());
-    return left + (frame - first) / (static_cast<double>(frames.back()) - first) * (right - left);
-}
-
-/// Keys outside the frames lie in the margins.
-double TimelineView::xOfKey(qint64 frame) const {
-    const double reach = kMargin - kKeyRadius;
-    return std::clamp(xOf(static_cast<double>(frame)), kHeader + kMargin - reach,
-                      std::max<double>(width() - kMargin, kHeader + kMargin) + reach);
-}
-
-qint64 TimelineView::frameAt(double x) const {
-    const auto& frames = m_state.frames();
-    if (frames.size() < 2) return m_state.currentFrame();
-    const double span =
-        xOf(static_cast<double>(frames.back())) - xOf(static_cast<double>(frames.front()));
-    const double share = (x - xOf(static_cast<double>(frames.front()))) / span;
-    const double frame = static_cast<double>(frames.front()) +
-                         share * static_cast<double>(frames.back() - frames.front());
-    return std::clamp<qint64>(std::llround(frame), frames.front(), frames.back());
-}
-
-QRectF TimelineView::laneRect(int lane) const {
-    return QRectF(0, kRuler + lane * kLane, width(), kLane);
-}
-
-int TimelineView::lanesBottom() const {
-    return kRuler + static_cast<int>(lanes().size()) * kLane;
-}
-
-int TimelineView::laneAt(double y) const {
-    const int lane = static_cast<int>(std::floor((y - kRuler) / kLane));
-    return y >= kRuler && lane < static_cast<int>(lanes().size()) ? lane : -1;
-}
-
-QRectF TimelineView::curveRect() const {
-    const int top = std::max(lanesBottom(), height() - kCurve);
-    return QRectF(0, top, width(), height() - top);
+    return {800, std::max(minimumHeight(), Scale::kRuler + 2 * Scale::kLane)};
 }
 
 QPoint TimelineView::placeOf(int objectId, qint64 frame) const {
     for (std::size_t lane = 0; lane < lanes().size(); ++lane)
         if (lanes()[lane].id.objectId == objectId)
-            return QPointF(xOfKey(frame), laneRect(static_cast<int>(lane)).center().y()).toPoint();
+            return QPointF(scale().xOfKey(frame),
+                           scale().laneRect(static_cast<int>(lane)).center().y())
+                .toPoint();
     return {};
 }
 
 bool TimelineView::keyAt(QPoint position, Key& key) const {
-    const int lane = laneAt(position.y());
+    const int lane = scale().laneAt(position.y());
     if (lane < 0) return false;
     const TimelineKeys::Lane& shown = lanes()[static_cast<std::size_t>(lane)];
-    double nearest = kKeyRadius + 3;
+    double nearest = Scale::kKeyRadius + 3;
     bool found = false;
     for (const qint64 frame : shown.frames) {
-        const double distance = std::abs(xOfKey(frame) - position.x());
+        const double distance = std::abs(scale().xOfKey(frame) - position.x());
         if (distance > nearest) continue;
         nearest = distance;
         key = {shown.id.objectId, frame};
@@ -161,29 +119,30 @@ bool TimelineView::keyAt(QPoint position, Key& key) const {
 // --- Painting ---
 
 void TimelineView::drawRuler(QPainter& painter) {
-    painter.fillRect(QRectF(0, 0, width(), kRuler), palette().color(QPalette::Button));
+    painter.fillRect(QRectF(0, 0, width(), Scale::kRuler), palette().color(QPalette::Button));
     const auto& frames = m_state.frames();
     if (frames.empty()) return;
     const qint64 first = frames.front(), last = frames.back();
     const double pointsPerFrame =
-        last > first ? (xOf(static_cast<double>(last)) - xOf(static_cast<double>(first))) /
-                           static_cast<double>(last - first)
-                     : width();
+        last > first
+            ? (scale().xOf(static_cast<double>(last)) - scale().xOf(static_cast<double>(first))) /
+                  static_cast<double>(last - first)
+            : width();
     const int labelWidth = fontMetrics().horizontalAdvance(QString::number(last)) + 20;
     const qint64 step = labelStep(labelWidth / pointsPerFrame);
     painter.setPen(palette().color(QPalette::PlaceholderText));
     for (qint64 frame = (first + step - 1) / step * step; frame <= last; frame += step) {
-        const double x = xOf(static_cast<double>(frame));
-        painter.drawLine(QLineF(x, kRuler - 5, x, kRuler));
-        painter.drawText(QRectF(x - labelWidth / 2.0, 1, labelWidth, kRuler - 6), Qt::AlignCenter,
-                         QString::number(frame));
+        const double x = scale().xOf(static_cast<double>(frame));
+        painter.drawLine(QLineF(x, Scale::kRuler - 5, x, Scale::kRuler));
+        painter.drawText(QRectF(x - labelWidth / 2.0, 1, labelWidth, Scale::kRuler - 6),
+                         Qt::AlignCenter, QString::number(frame));
     }
 }
 
 void TimelineView::drawKey(QPainter& painter, QPointF middle, bool isSelected) const {
     QPolygonF diamond;
-    diamond << middle + QPointF(0, -kKeyRadius) << middle + QPointF(kKeyRadius, 0)
-            << middle + QPointF(0, kKeyRadius) << middle + QPointF(-kKeyRadius, 0);
+    diamond << middle + QPointF(0, -Scale::kKeyRadius) << middle + QPointF(Scale::kKeyRadius, 0)
+            << middle + QPointF(0, Scale::kKeyRadius) << middle + QPointF(-Scale::kKeyRadius, 0);
     painter.setPen(QPen(palette().color(QPalette::WindowText), 1));
     painter.setBrush(isSelected ? palette().color(QPalette::Highlight)
                                 : palette().color(QPalette::Button));
@@ -193,7 +152,7 @@ void TimelineView::drawKey(QPainter& painter, QPointF middle, bool isSelected) c
 void TimelineView::drawLanes(QPainter& painter) {
     for (std::size_t index = 0; index < lanes().size(); ++index) {
         const TimelineKeys::Lane& lane = lanes()[index];
-        const QRectF area = laneRect(static_cast<int>(index));
+        const QRectF area = scale().laneRect(static_cast<int>(index));
         painter.setRenderHint(QPainter::Antialiasing, false);
         painter.fillRect(area, index % 2 ? palette().color(QPalette::AlternateBase)
                                          : palette().color(QPalette::Base));
@@ -201,23 +160,23 @@ void TimelineView::drawLanes(QPainter& painter) {
             painter.fillRect(QRectF(area.left(), area.top(), 4, area.height()),
                              palette().color(QPalette::Highlight));
         painter.setPen(palette().color(QPalette::Text));
-        painter.drawText(area.adjusted(8, 0, -(width() - kHeader), 0), Qt::AlignVCenter,
-                         fontMetrics().elidedText(lane.title, Qt::ElideRight, kHeader - 12));
+        painter.drawText(area.adjusted(8, 0, -(width() - Scale::kHeader), 0), Qt::AlignVCenter,
+                         fontMetrics().elidedText(lane.title, Qt::ElideRight, Scale::kHeader - 12));
         painter.setRenderHint(QPainter::Antialiasing);
         if (lane.frames.size() > 1) {
             painter.setPen(QPen(palette().color(QPalette::PlaceholderText), 1));
-            painter.drawLine(QPointF(xOfKey(*lane.frames.begin()), area.center().y()),
-                             QPointF(xOfKey(*lane.frames.rbegin()), area.center().y()));
+            painter.drawLine(QPointF(scale().xOfKey(*lane.frames.begin()), area.center().y()),
+                             QPointF(scale().xOfKey(*lane.frames.rbegin()), area.center().y()));
         }
         for (const qint64 frame : lane.frames) {
             const bool isSelected = m_keys.selected().count({lane.id.objectId, frame}) > 0;
             const qint64 shown = isSelected && m_drag == Drag::Keys ? frame + m_moveBy : frame;
-            drawKey(painter, {xOfKey(shown), area.center().y()}, isSelected);
+            drawKey(painter, {scale().xOfKey(shown), area.center().y()}, isSelected);
         }
     }
     if (lanes().empty()) {
         painter.setPen(palette().color(QPalette::PlaceholderText));
-        const QRectF area(8, kRuler, width() - 16, kLane);
+        const QRectF area(8, Scale::kRuler, width() - 16, Scale::kLane);
         const QString hint =
             tr("Press ◇ on an applied filter to animate it; each edit then makes a key");
         painter.drawText(
@@ -228,7 +187,7 @@ void TimelineView::drawLanes(QPainter& painter) {
 
 void TimelineView::drawCounts(QPainter& painter) {
     if (m_counts.empty()) return;
-    const QRectF area = curveRect();
+    const QRectF area = scale().curveRect();
     painter.setRenderHint(QPainter::Antialiasing, false);
     painter.fillRect(area, palette().color(QPalette::Base));
     int most = 1;
@@ -237,7 +196,7 @@ void TimelineView::drawCounts(QPainter& painter) {
     QPainterPath curve;
     std::optional<qint64> previous;
     for (const auto& [frame, count] : m_counts) {
-        const QPointF point(xOf(static_cast<double>(frame)), bottom - rise * count / most);
+        const QPointF point(scale().xOf(static_cast<double>(frame)), bottom - rise * count / most);
         // A frame that was not counted leaves a gap.
         const auto& frames = m_state.frames();
         const auto next =
@@ -257,12 +216,12 @@ void TimelineView::drawCounts(QPainter& painter) {
     if (here != m_counts.end()) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(palette().color(QPalette::Highlight));
-        painter.drawEllipse(
-            QPointF(xOf(static_cast<double>(here->first)), bottom - rise * here->second / most),
-            3.5, 3.5);
+        painter.drawEllipse(QPointF(scale().xOf(static_cast<double>(here->first)),
+                                    bottom - rise * here->second / most),
+                            3.5, 3.5);
     }
     painter.setPen(palette().color(QPalette::Text));
-    const QRectF title = area.adjusted(8, 4, -(width() - kHeader), -4);
+    const QRectF title = area.adjusted(8, 4, -(width() - Scale::kHeader), -4);
     painter.drawText(title, Qt::AlignTop, tr("Objects"));
     painter.setPen(palette().color(QPalette::PlaceholderText));
     painter.drawText(title, Qt::AlignBottom,
@@ -278,7 +237,7 @@ void TimelineView::paintEvent(QPaintEvent*) {
     drawLanes(painter);
     drawCounts(painter);
     if (!m_state.frames().empty()) {
-        const double x = std::round(xOf(static_cast<double>(m_state.currentFrame())));
+        const double x = std::round(scale().xOf(static_cast<double>(m_state.currentFrame())));
         const QColor accent = palette().color(QPalette::Highlight);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.fillRect(QRectF(x - 0.5, 0, 1, height()), accent);
@@ -309,7 +268,7 @@ void TimelineView::mousePressEvent(QMouseEvent* event) {
     m_pressed = m_pointer = event->pos();
     m_hasMoved = false;
     m_moveBy = 0;
-    if (laneAt(m_pressed.y()) >= 0) m_lane = laneAt(m_pressed.y());
+    if (scale().laneAt(m_pressed.y()) >= 0) m_lane = scale().laneAt(m_pressed.y());
     const bool adds = event->modifiers() & Qt::ControlModifier;
     std::set<Key> selected = m_keys.selected();
     Key key;
@@ -322,12 +281,12 @@ void TimelineView::mousePressEvent(QMouseEvent* event) {
             selected.erase(key);
         }
         m_keys.setSelected(selected);
-    } else if (laneAt(m_pressed.y()) >= 0) {
+    } else if (scale().laneAt(m_pressed.y()) >= 0) {
         m_drag = Drag::Rubber;
         if (!adds) m_keys.setSelected({});
     } else {
         m_drag = Drag::Scrub;
-        m_state.setCurrentFrame(frameAt(m_pressed.x()));
+        m_state.setCurrentFrame(scale().frameAt(m_pressed.x()));
     }
     update();
 }
@@ -336,9 +295,10 @@ void TimelineView::mouseMoveEvent(QMouseEvent* event) {
     m_pointer = event->pos();
     if ((m_pointer - m_pressed).manhattanLength() >= QApplication::startDragDistance() / 2)
         m_hasMoved = true;
-    if (m_drag == Drag::Scrub) m_state.setCurrentFrame(frameAt(m_pointer.x()));
+    if (m_drag == Drag::Scrub) m_state.setCurrentFrame(scale().frameAt(m_pointer.x()));
     if (m_drag == Drag::Keys)
-        m_moveBy = m_keys.withinFrames(frameAt(m_pointer.x()) - frameAt(m_pressed.x()));
+        m_moveBy =
+            m_keys.withinFrames(scale().frameAt(m_pointer.x()) - scale().frameAt(m_pressed.x()));
     if (m_drag != Drag::None) update();
 }
 
@@ -347,7 +307,7 @@ void TimelineView::mouseReleaseEvent(QMouseEvent* event) {
     const Drag drag = std::exchange(m_drag, Drag::None);
     const qint64 moveBy = std::exchange(m_moveBy, 0);
     if (drag == Drag::Rubber && !m_hasMoved) {
-        m_state.setCurrentFrame(frameAt(m_pressed.x()));
+        m_state.setCurrentFrame(scale().frameAt(m_pressed.x()));
     } else if (drag == Drag::Rubber) {
         const QRect area = QRect(m_pressed, m_pointer).normalized();
         std::set<Key> selected = m_keys.selected();
@@ -365,10 +325,10 @@ void TimelineView::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void TimelineView::mouseDoubleClickEvent(QMouseEvent* event) {
-    const int lane = laneAt(event->pos().y());
+    const int lane = scale().laneAt(event->pos().y());
     Key key;
     if (event->button() == Qt::LeftButton && lane >= 0 && !keyAt(event->pos(), key))
-        m_keys.addAt(lane, frameAt(event->pos().x()));
+        m_keys.addAt(lane, scale().frameAt(event->pos().x()));
 }
 
 void TimelineView::keyPressEvent(QKeyEvent* event) {
@@ -397,7 +357,7 @@ void TimelineView::keyPressEvent(QKeyEvent* event) {
         m_lane = std::clamp(m_lane + (event->key() == Qt::Key_Down ? 1 : -1), 0,
                             static_cast<int>(lanes().size()) - 1);
         showLane();
-        emit laneChosen(laneRect(m_lane).toRect());
+        emit laneChosen(scale().laneRect(m_lane).toRect());
     } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) &&
                !lanes().empty()) {
         m_keys.toggleSelected(m_lane);
@@ -421,8 +381,8 @@ bool TimelineView::event(QEvent* event) {
         text = m_keys.textOf(key)
                    .replace(QLatin1Char(','), QLatin1Char('\n'))
                    .replace(QLatin1Char(':'), QLatin1Char('\n'));
-    } else if (!m_counts.empty() && curveRect().contains(help->pos())) {
-        const auto count = m_counts.find(frameAt(help->pos().x()));
+    } else if (!m_counts.empty() && scale().curveRect().contains(help->pos())) {
+        const auto count = m_counts.find(scale().frameAt(help->pos().x()));
         if (count != m_counts.end())
             text = tr("Frame %1: %2").arg(count->first).arg(objectCountText(count->second));
     }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/editor/TimelineKeys.h"
+#include "host/editor/TimelineScale.h"
 
 namespace editor {
 
@@ -54,13 +55,7 @@ private:
     void drawCounts(QPainter& painter);
     void drawRuler(QPainter& painter);
     void drawKey(QPainter& painter, QPointF middle, bool isSelected) const;
-    double xOf(double frame) const;
-    double xOfKey(qint64 frame) const;
-    qint64 frameAt(double x) const;
-    int laneAt(double y) const;  ///< -1 outside the lanes
-    QRectF laneRect(int lane) const;
-    QRectF curveRect() const;
-    int lanesBottom() const;
+    TimelineScale scale() const;
     bool keyAt(QPoint position, Key& key) const;
 
     EditorState& m_state;
