@@ -2,6 +2,7 @@
 
 #include <QStringList>
 #include <algorithm>
+#include <utility>
 
 #include "framework/contract/FxKernelApi/HkFXKernelData.h"
 #include "host/document/ChainRenderer.h"
@@ -28,6 +29,34 @@ std::string keysText(const std::vector<qint64>& frames) {
 
 }  // namespace
 
+std::vector<std::string> adviceOnKeys(const InstanceState& state,
+                                      const HkKernelObjectDataDescr& descr, std::int64_t firstFrame,
+                                      std::int64_t lastFrame) {
+    std::vector<std::string> advice;
+    if (!state.animated) return advice;
+    const std::string first = std::to_string(firstFrame), last = std::to_string(lastFrame);
+    const std::string there =
+        firstFrame == lastFrame ? "frame " + first + " only" : "frames " + first + " to " + last;
+    // Parameters that were edited together have their keys together.
+    std::vector<std::pair<std::string, QStringList>> missed;
+    for (int index = 0; index < descr.paramCount(); ++index) {
+        const ParamTrack& keys = state.params[static_cast<std::size_t>(index)].keys;
+        std::vector<qint64> outside;
+        for (const auto& [frame, key] : keys)
+            if (frame < firstFrame || frame > lastFrame) outside.push_back(frame);
+        if (outside.empty()) continue;
+        const std::string what =
+            (outside.size() == keys.size() ? "no key inside, but " : "") + keysText(outside);
+        if (missed.empty() || missed.back().first != what) missed.push_back({what, {}});
+        missed.back().second << descr.param(index).name;
+    }
+    for (const auto& [what, names] : missed)
+        advice.push_back(names.join(QStringLiteral(", ")).toStdString() +
+                         (names.size() == 1 ? " has " : " have ") + what + ", and the input has " +
+                         there + "; move or delete what is not meant to work from there");
+    return advice;
+}
+
 ChainCheck::ChainCheck() {
     const KernelStore& store = KernelStore::instance();
     for (const InstanceId& id : store.instances())
@@ -36,27 +65,13 @@ ChainCheck::ChainCheck() {
 }
 
 void ChainCheck::lookAtKeys(std::int64_t firstFrame, std::int64_t lastFrame) {
-    const std::string first = std::to_string(firstFrame), last = std::to_string(lastFrame);
-    const std::string there =
-        firstFrame == lastFrame ? "frame " + first + " only" : "frames " + first + " to " + last;
     for (const Instance& instance : m_instances) {
         const auto state = KernelStore::instance().state(instance.objectId);
         const HkKernelObjectDataDescr* descr =
             HkFXKernelData::getInstance()->getDataDescriptor(instance.typeId);
-        if (!state || !state->animated || !descr) continue;
-        for (int index = 0; index < descr->paramCount(); ++index) {
-            const ParamTrack& keys = state->params[static_cast<std::size_t>(index)].keys;
-            std::vector<qint64> outside;
-            for (const auto& [frame, key] : keys)
-                if (frame < firstFrame || frame > lastFrame) outside.push_back(frame);
-            if (outside.empty()) continue;
-            m_objections.push_back(
-                {Advice,
-                 instance.key.toStdString() + ": " + descr->param(index).name.toStdString() +
-                     " has " + (outside.size() == keys.size() ? "no key inside, but " : "") +
-                     keysText(outside) + ", and the input has " + there,
-                 {}});
-        }
+        if (!state || !descr) continue;
+        for (const std::string& advice : adviceOnKeys(*state, *descr, firstFrame, lastFrame))
+            m_objections.push_back({Advice, instance.key.toStdString() + ": " + advice, {}});
     }
 }
 

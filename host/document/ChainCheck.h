@@ -8,8 +8,15 @@
 
 #include "framework/contract/ImageProcessor/HkImage.h"
 #include "host/document/FilterLimits.h"
+#include "host/kernel/InstanceState.h"
 
 namespace document {
+
+/// What to say about keys before the first and after the last of the frames there are, for the
+/// parameters that have some: "Blur has a key at frame 20, and the input has frames 0 to 4; ...".
+std::vector<std::string> adviceOnKeys(const InstanceState& state,
+                                      const HkKernelObjectDataDescr& descr, std::int64_t firstFrame,
+                                      std::int64_t lastFrame);
 
 /// Collects what would go wrong when the filters in the kernel store, in their order, run over
 /// frames. Each objection is kept once, with the frames it applies to. GUI thread.

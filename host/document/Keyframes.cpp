@@ -82,23 +82,33 @@ QString textOfKeys(int typeId, const InstanceState& state, const FrameSet& frame
            parameters.join(QLatin1Char(','));
 }
 
+std::optional<qint64> earliestKey(const QString& text) {
+    std::optional<qint64> earliest;
+    const FilterText filter = parseFilterText(text);
+    for (const ParameterText& parameter : filter.parameters)
+        if (parameter.animated)  // its keys ascend
+            earliest = std::min(earliest.value_or(parameter.values.front().frame),
+                                parameter.values.front().frame);
+    return earliest;
+}
+
 InstanceState withKeysFromText(int typeId, const InstanceState& state, const QString& text,
-                               qint64 frame, const FilterCatalog& catalog, QStringList& leftOut) {
+                               qint64 by, const FilterCatalog& catalog, QStringList& leftOut) {
     FilterText filter = parseFilterText(text);
     const HkKernelObjectDataDescr& descr = catalog.descriptor(typeId);
     QStringList known;
     for (int index = 0; index < descr.paramCount(); ++index) known << descr.param(index).name;
     QVector<ParameterText> fitting;
-    qint64 earliest = std::numeric_limits<qint64>::max();
+    bool hasKeys = false;
     for (const ParameterText& parameter : std::as_const(filter.parameters)) {
         if (!parameter.animated) continue;
-        for (const ValueText& value : parameter.values) earliest = std::min(earliest, value.frame);
+        hasKeys = true;
         if (known.contains(parameter.name))
             fitting.append(parameter);
         else
             leftOut << parameter.name;
     }
-    if (earliest == std::numeric_limits<qint64>::max())
+    if (!hasKeys)
         throw FilterError(QStringLiteral("the clipboard holds no keys; copy some in the timeline, "
                                          "or a text such as \"%1:%2=0=1;20=9\"")
                               .arg(KernelStore::instance().filterKey(typeId), known.value(1)));
@@ -114,7 +124,7 @@ InstanceState withKeysFromText(int typeId, const InstanceState& state, const QSt
     result.animated = true;
     for (std::size_t index = 0; index < result.params.size(); ++index)
         for (const auto& [at, key] : pasted.params[index].keys)
-            result.params[index].keys[at - earliest + frame] = key;
+            result.params[index].keys[at + by] = key;
     return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <optional>
 #include <set>
 
 #include "host/document/FilterCatalog.h"
@@ -34,11 +35,15 @@ InstanceState withKeysMoved(const InstanceState& state, const FrameSet& frames, 
 QString textOfKeys(int typeId, const InstanceState& state, const FrameSet& frames,
                    const FilterCatalog& catalog);
 
-/// The keys of a filter text put in by parameter name, the earliest at `frame`; the instance may be
-/// of another filter. leftOut receives the names that this filter does not have.
+/// The frame of the earliest key of a filter text; none when it has no keys. Throws FilterError
+/// when the text is none.
+std::optional<qint64> earliestKey(const QString& text);
+
+/// The keys of a filter text put in by parameter name, moved `by` frames; the instance may be of
+/// another filter. leftOut receives the names that this filter does not have.
 /// Throws FilterError when the text is none, has no keys, or no name fits; also for a value that
 /// the parameter cannot have.
 InstanceState withKeysFromText(int typeId, const InstanceState& state, const QString& text,
-                               qint64 frame, const FilterCatalog& catalog, QStringList& leftOut);
+                               qint64 by, const FilterCatalog& catalog, QStringList& leftOut);
 
 }  // namespace document

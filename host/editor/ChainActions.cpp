@@ -8,6 +8,7 @@
 #include <QInputDialog>
 #include <QMenu>
 #include <QMessageBox>
+#include <exception>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "host/document/FilterSettings.h"
@@ -63,6 +64,7 @@ void ChainActions::showMenu(int objectId, const QPoint& globalPosition) {
     menu.addAction(tr("&Duplicate"), this, [=] { duplicate(objectId); });
     menu.addAction(tr("&Copy as text"), this, [=] { QApplication::clipboard()->setText(text); });
     menu.addAction(tr("&Save as preset…"), this, [=] { savePreset({text}); });
+    fillPresetMenuOf(objectId, typeId, *menu.addMenu(tr("Appl&y preset")));
     menu.addAction(tr("&Reset to defaults"), this, [=] {
         InstanceState fresh = defaultState(m_session.catalog().descriptor(typeId));
         fresh.name = state->name;
@@ -72,6 +74,26 @@ void ChainActions::showMenu(int objectId, const QPoint& globalPosition) {
     menu.addAction(tr("Re&move"), this,
                    [=] { manipulator->removeFilter(manipulator->getFilterGui(objectId)); });
     menu.exec(globalPosition);
+}
+
+/// The presets that are of one filter of this type: they set up the one that is there.
+void ChainActions::fillPresetMenuOf(int objectId, int typeId, QMenu& menu) {
+    for (const Preset& preset : knownPresets()) {
+        std::vector<document::FilterSetup> filters;
+        try {
+            filters = readPreset(preset.file, m_session.catalog());
+        } catch (const std::exception&) {
+            continue;  // the menu of all presets has it, and says what is wrong when it is chosen
+        }
+        if (filters.size() != 1 || filters.front().typeId != typeId) continue;
+        menu.addAction(QString(preset.name).replace('&', "&&"), this, [=] {
+            InstanceState state = filters.front().state;
+            const KernelStore& store = KernelStore::instance();
+            state.name = store.state(objectId)->name;
+            setState(objectId, state, tr("%1: preset %2").arg(store.nameOf(objectId), preset.name));
+        });
+    }
+    menu.setEnabled(!menu.isEmpty());
 }
 
 void ChainActions::setState(int objectId, const InstanceState& state, const QString& text) {

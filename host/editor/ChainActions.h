@@ -35,6 +35,7 @@ private:
     void append(const std::vector<document::FilterSetup>& filters, const QString& text);
     void savePreset(const QStringList& filterTexts);
     void applyPreset(const QString& file);
+    void fillPresetMenuOf(int objectId, int typeId, QMenu& menu);
 
     EditorSession& m_session;
     QWidget* m_window;

@@ -1,22 +1,14 @@
 #include "host/editor/ChainPanel.h"
 
-#include <QContextMenuEvent>
-#include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLabel>
-#include <QMouseEvent>
-#include <QPainter>
-#include <QSlider>
 #include <QStyle>
-#include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
-#include <functional>
 #include <utility>
 
 #include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
-#include "host/editor/Glyphs.h"
+#include "host/editor/ChainRows.h"
 #include "host/editor/Texts.h"
 #include "host/kernel/KernelNotifier.h"
 #include "host/kernel/KernelStore.h"
@@ -25,219 +17,12 @@ namespace editor {
 
 namespace {
 
-constexpr int kBarWidth = 22;
-
-QToolButton* smallButton(QWidget* parent, Glyph glyph, const QString& toolTip) {
-    auto* button = new QToolButton(parent);
-    button->setIcon(glyphIcon(glyph));
-    button->setIconSize({14, 14});
-    button->setFixedSize(kBarWidth, kBarWidth);
-    button->setAutoRaise(true);
-    button->setFocusPolicy(Qt::NoFocus);
-    button->setToolTip(toolTip);
-    button->setAccessibleName(toolTip);
-    return button;
-}
-
-QToolButton* eyeButton(QWidget* parent, const QString& toolTip) {
-    QToolButton* button = smallButton(parent, Glyph::Eye, toolTip);
-    button->setObjectName(QStringLiteral("theTbShow"));
-    button->setCheckable(true);
-    return button;
-}
-
 FxGuiImageFilter* entryOf(InstanceId id) {
     HkFilterManipulator* manipulator = KernelStore::instance().manipulator(id.typeId);
     return manipulator ? manipulator->getFilterGui(id.objectId) : nullptr;
 }
 
-/// Takes hold of a row; the row follows the pointer through dragged().
-class Grip : public QWidget {
-public:
-    Grip(QWidget* parent, std::function<void(int)> dragged, std::function<void()> dropped)
-        : QWidget(parent), m_dragged(std::move(dragged)), m_dropped(std::move(dropped)) {
-        setObjectName(QStringLiteral("grip"));
-        setCursor(Qt::OpenHandCursor);
-        setToolTip(ChainPanel::tr("Drag to change the order (Alt+Up, Alt+Down)"));
-        setFixedWidth(kBarWidth);
-        setMinimumHeight(18);
-    }
-
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        const QRect field(QPoint((width() - 14) / 2, (height() - 14) / 2), QSize(14, 14));
-        glyphIcon(Glyph::Grip).paint(&painter, field, Qt::AlignCenter, QIcon::Disabled);
-    }
-    void mousePressEvent(QMouseEvent* event) override {
-        if (event->button() == Qt::LeftButton) setCursor(Qt::ClosedHandCursor);
-        m_isDragging = false;
-    }
-    void mouseMoveEvent(QMouseEvent* event) override {
-        if (!(event->buttons() & Qt::LeftButton)) return;
-        m_isDragging = true;
-        m_dragged(mapTo(parentWidget()->parentWidget(), event->pos()).y());
-    }
-    void mouseReleaseEvent(QMouseEvent*) override {
-        setCursor(Qt::OpenHandCursor);
-        if (std::exchange(m_isDragging, false)) m_dropped();
-    }
-
-private:
-    std::function<void(int)> m_dragged;
-    std::function<void()> m_dropped;
-    bool m_isDragging = false;
-};
-
 }  // namespace
-
-/// One end of the chain.
-class StageRow : public QWidget {
-public:
-    StageRow(const QString& title, const QString& toolTip, QWidget* parent) : QWidget(parent) {
-        m_eye = eyeButton(this, toolTip);
-        m_label = new QLabel(title, this);
-        auto* layout = new QHBoxLayout(this);
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->setSpacing(6);
-        layout->addWidget(m_eye);
-        layout->addWidget(m_label, 1);
-        setToolTip(toolTip);
-    }
-    QToolButton* eye() const { return m_eye; }
-    void setShown(bool shown) {
-        m_eye->setChecked(shown);
-        QFont font = m_label->font();
-        font.setBold(shown);
-        m_label->setFont(font);
-    }
-    void setNote(const QString& title, const QString& note) {
-        m_label->setText(note.isEmpty() ? title : title + QStringLiteral("  ·  ") + note);
-    }
-
-protected:
-    void mousePressEvent(QMouseEvent*) override { m_eye->click(); }
-
-private:
-    QToolButton* m_eye;
-    QLabel* m_label;
-};
-
-/// One applied filter.
-class EntryRow : public QWidget {
-public:
-    EntryRow(ChainPanel& panel, FxGuiImageFilter* entry, QWidget* parent)
-        : QWidget(parent), m_panel(panel), m_entry(entry), m_objectId(entry->objectId()) {
-        setObjectName(QStringLiteral("entryRow"));
-        setFocusPolicy(Qt::StrongFocus);
-        showName();
-        m_eye = eyeButton(this, ChainPanel::tr("Shows the picture after this filter (Return)"));
-        m_fold =
-            smallButton(this, Glyph::Expanded, ChainPanel::tr("Folds or unfolds the settings"));
-        m_fold->setObjectName(QStringLiteral("theTbFold"));
-        auto* more = smallButton(this, Glyph::More, ChainPanel::tr("More for this filter"));
-        more->setObjectName(QStringLiteral("theTbMore"));
-        QObject::connect(more, &QToolButton::clicked, this, [this, more] {
-            emit m_panel.menuRequested(m_objectId, more->mapToGlobal(more->rect().bottomLeft()));
-        });
-        m_warning = smallButton(this, Glyph::Warning, QString());
-        m_warning->hide();
-        auto* grip = new Grip(
-            this, [this](int y) { m_panel.dragTo(this, y); }, [this] { m_panel.drop(this); });
-        auto* bar = new QVBoxLayout;
-        bar->setContentsMargins(0, 2, 0, 2);
-        bar->setSpacing(0);
-        bar->addWidget(m_eye);
-        bar->addWidget(m_fold);
-        bar->addWidget(more);
-        bar->addWidget(m_warning);
-        bar->addWidget(grip, 1);
-        auto* layout = new QHBoxLayout(this);
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->setSpacing(6);
-        layout->addLayout(bar);
-        layout->addWidget(entry, 1);
-        entry->show();
-        // A page may tell of a drag at its end only, for a host that is slow. This one follows.
-        for (QSlider* slider : entry->findChildren<QSlider*>()) slider->setTracking(true);
-
-        QObject::connect(m_eye, &QToolButton::clicked, this, [this] { toggleShown(); });
-        QObject::connect(m_fold, &QToolButton::clicked, this, [this] { setFolded(!m_isFolded); });
-        QObject::connect(m_warning, &QToolButton::clicked, this, [this] { toggleShown(); });
-    }
-
-    int objectId() const { return m_objectId; }
-    FxGuiImageFilter* entry() const { return m_entry; }
-
-    void setShown(bool shown) {
-        m_eye->setChecked(shown);
-        m_isShown = shown;
-        update();
-    }
-    void setObjections(const QStringList& texts) {
-        m_warning->setVisible(!texts.isEmpty());
-        m_warning->setToolTip(texts.join(QLatin1Char('\n')));
-        m_warning->setAccessibleName(texts.join(QLatin1Char('\n')));
-    }
-    void showName() { setAccessibleName(KernelStore::instance().nameOf(m_objectId)); }
-    void setFolded(bool folded) {
-        m_isFolded = folded;
-        m_fold->setIcon(glyphIcon(folded ? Glyph::Collapsed : Glyph::Expanded));
-        if (m_entry->controlPage) m_entry->controlPage->setVisible(!folded);
-    }
-
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        const QColor accent = palette().color(QPalette::Highlight);
-        if (m_isShown) painter.fillRect(0, 0, 3, height(), accent);
-        if (hasFocus()) {
-            painter.setPen(accent);
-            painter.drawRect(rect().adjusted(0, 0, -1, -1));
-        }
-    }
-    void focusInEvent(QFocusEvent*) override { update(); }
-    void focusOutEvent(QFocusEvent*) override { update(); }
-    void mousePressEvent(QMouseEvent* event) override {
-        if (event->button() == Qt::LeftButton) toggleShown();
-    }
-    void contextMenuEvent(QContextMenuEvent* event) override {
-        emit m_panel.menuRequested(m_objectId, event->globalPos());
-    }
-    void keyPressEvent(QKeyEvent* event) override {
-        const bool withAlt = event->modifiers() & Qt::AltModifier;
-        if (event->key() == Qt::Key_Delete && hasFocus())
-            m_entry->manipulator()->removeFilter(m_entry);
-        else if (withAlt && event->key() == Qt::Key_Up)
-            m_panel.moveBy(m_objectId, -1);
-        else if (withAlt && event->key() == Qt::Key_Down)
-            m_panel.moveBy(m_objectId, 1);
-        else if (hasFocus() && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter))
-            toggleShown();
-        else if (event->key() == Qt::Key_F2)
-            emit m_panel.renameRequested(m_objectId);
-        else if (event->key() == Qt::Key_D && event->modifiers() == Qt::ControlModifier)
-            emit m_panel.duplicateRequested(m_objectId);
-        else
-            QWidget::keyPressEvent(event);
-    }
-
-private:
-    void toggleShown() {
-        EditorState& state = m_panel.m_state;
-        state.setShownStage(state.shownStage() == m_objectId ? kResultStage : m_objectId);
-        m_panel.showStage();
-    }
-
-    ChainPanel& m_panel;
-    FxGuiImageFilter* m_entry;
-    int m_objectId;
-    QToolButton* m_eye;
-    QToolButton* m_fold;
-    QToolButton* m_warning;
-    bool m_isShown = false;
-    bool m_isFolded = false;
-};
 
 ChainPanel::ChainPanel(EditorState& state, QWidget* parent) : QScrollArea(parent), m_state(state) {
     setObjectName(QStringLiteral("chainPanel"));
@@ -255,7 +40,7 @@ ChainPanel::ChainPanel(EditorState& state, QWidget* parent) : QScrollArea(parent
         new QLabel(tr("No filters yet. Choose one under “Filters” and press “Add”."), m_content);
     hint->setWordWrap(true);
     hint->setForegroundRole(QPalette::PlaceholderText);
-    hint->setContentsMargins(kBarWidth + 6, 4, 4, 4);
+    hint->setContentsMargins(kRowBarWidth + 6, 4, 4, 4);
     m_hint = hint;
     m_dropLine = new QWidget(m_content);
     m_dropLine->setAutoFillBackground(true);
@@ -263,14 +48,8 @@ ChainPanel::ChainPanel(EditorState& state, QWidget* parent) : QScrollArea(parent
     m_dropLine->hide();
     setWidget(m_content);
 
-    connect(m_source->eye(), &QToolButton::clicked, this, [this] {
-        m_state.setShownStage(kSourceStage);
-        showStage();
-    });
-    connect(m_result->eye(), &QToolButton::clicked, this, [this] {
-        m_state.setShownStage(kResultStage);
-        showStage();
-    });
+    connect(m_source, &StageRow::chosen, this, [this] { look(kSourceStage); });
+    connect(m_result, &StageRow::chosen, this, [this] { look(kResultStage); });
     KernelNotifier* const store = KernelNotifier::instance();
     connect(store, &KernelNotifier::orderChanged, this, &ChainPanel::showOrder);
     connect(store, &KernelNotifier::objectChanged, this, [this](int, int objectId) {
@@ -288,6 +67,26 @@ ChainPanel::ChainPanel(EditorState& state, QWidget* parent) : QScrollArea(parent
     showStage();
 }
 
+EntryRow* ChainPanel::makeRow(FxGuiImageFilter* entry) {
+    auto* row = new EntryRow(entry, m_content);
+    const int id = row->objectId();
+    connect(row, &EntryRow::chosen, this,
+            [this, id] { look(m_state.shownStage() == id ? kResultStage : id); });
+    connect(row, &EntryRow::moved, this, [this, id](int places) { moveBy(id, places); });
+    connect(row, &EntryRow::dragged, this, &ChainPanel::dragTo);
+    connect(row, &EntryRow::dropped, this, [this, row] { drop(row); });
+    connect(row, &EntryRow::renameRequested, this, [this, id] { emit renameRequested(id); });
+    connect(row, &EntryRow::duplicateRequested, this, [this, id] { emit duplicateRequested(id); });
+    connect(row, &EntryRow::menuRequested, this,
+            [this, id](const QPoint& position) { emit menuRequested(id, position); });
+    return row;
+}
+
+void ChainPanel::look(int stage) {
+    m_state.setShownStage(stage);
+    showStage();  // also when nothing changed: the eye that was clicked has
+}
+
 void ChainPanel::showOrder() {
     m_order.clear();
     std::map<int, EntryRow*> rows;
@@ -297,7 +96,7 @@ void ChainPanel::showOrder() {
         FxGuiImageFilter* entry = entryOf(id);
         if (!entry) continue;
         EntryRow* row = m_rows.count(id.objectId) ? m_rows[id.objectId] : nullptr;
-        if (!row || row->entry() != entry) row = new EntryRow(*this, entry, m_content);
+        if (!row || row->entry() != entry) row = makeRow(entry);
         rows[id.objectId] = row;
         m_rows.erase(id.objectId);
         m_order.push_back(id.objectId);
@@ -337,8 +136,7 @@ void ChainPanel::showObjections() {
         row->setObjections(texts);
     }
     if (preview.stage == kResultStage)
-        m_result->setNote(tr("Result"),
-                          preview.objectCount ? objectCountText(*preview.objectCount) : QString());
+        m_result->setNote(preview.objectCount ? objectCountText(*preview.objectCount) : QString());
 }
 
 int ChainPanel::dropIndex(int y) const {
@@ -351,7 +149,7 @@ int ChainPanel::dropIndex(int y) const {
     return index;
 }
 
-void ChainPanel::dragTo(EntryRow*, int y) {
+void ChainPanel::dragTo(int y) {
     m_dropIndex = dropIndex(y);
     const auto count = static_cast<int>(m_order.size());
     const QWidget* next =

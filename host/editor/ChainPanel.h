@@ -6,10 +6,8 @@
 
 #include "host/editor/EditorState.h"
 
-class QAbstractButton;
 class QVBoxLayout;
 class FxGuiImageFilter;
-class HkFilterManipulator;
 
 namespace editor {
 
@@ -18,7 +16,8 @@ class StageRow;
 
 /// The applied filters in their order, between the source and the result: each one's entry widget
 /// with a bar beside it that shows the picture after it, takes hold of it for dragging, and folds
-/// it. Keys: Delete removes, Alt+Up and Alt+Down move, Ctrl+D duplicates, Return shows.
+/// it. Keys: Delete removes, Alt+Up and Alt+Down move, Ctrl+D duplicates, Return shows, Left and
+/// Right fold and unfold.
 class ChainPanel : public QScrollArea {
     Q_OBJECT
 
@@ -33,12 +32,12 @@ signals:
     void menuRequested(int objectId, const QPoint& globalPosition);
 
 private:
-    friend class EntryRow;
-
+    EntryRow* makeRow(FxGuiImageFilter* entry);
+    void look(int stage);
     void showOrder();
     void showStage();
     void showObjections();
-    void dragTo(EntryRow* row, int y);
+    void dragTo(int y);
     void drop(EntryRow* row);
     int dropIndex(int y) const;
     void moveBy(int objectId, int places);

@@ -23,6 +23,7 @@ void ChainSnapshots::toggle() {
             m_undoStack.index() > before ? m_undoStack.command(m_undoStack.index() - 1) : nullptr;
     }
     m_other = std::move(present);
+    emit toggled();
 }
 
 void ChainSnapshots::forget() {

@@ -4,6 +4,7 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <exception>
 #include <thread>
 
@@ -41,7 +42,9 @@ std::shared_ptr<const media::MediaSource> openSource(const std::vector<std::stri
         }
         QMetaObject::invokeMethod(&waiting, "quit", Qt::QueuedConnection);
     });
+    QGuiApplication::setOverrideCursor(Qt::BusyCursor);
     waiting.exec(QEventLoop::ExcludeUserInputEvents);
+    QGuiApplication::restoreOverrideCursor();
     opening.join();
     if (failure) std::rethrow_exception(failure);
     return source;

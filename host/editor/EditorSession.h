@@ -11,9 +11,12 @@
 
 // The editor, from bottom to top. Arrows point down only; panels do not know one another.
 //
-//   MainWindow          arranges the docks, menus and dialogs
-//   panels              ChainPanel, PictureView, InfoPanel, TimelineView, MessageBar ...: each gets
-//                       what it needs in its constructor, shows it, turns gestures into commands
+//   MainWindow          arranges the panels; MainMenus names the actions and their keys
+//   actions             FileActions, ChainActions: what is done to the document as a whole, and to
+//                       applied filters; ask, then act
+//   panels              ChainPanel, PictureView, InfoPanel, TimelinePanel, MessageBar ...: each
+//                       gets what it needs in its constructor, shows it, turns gestures into
+//                       commands
 //   PreviewController   turns changes of the store and of EditorState into requests for a picture
 //   PreviewWorker       a thread that renders the newest request and keeps the picture after each
 //                       filter; knows no widget

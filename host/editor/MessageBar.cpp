@@ -3,6 +3,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "host/editor/Glyphs.h"
 #include "host/kernel/KernelStore.h"
@@ -34,7 +35,12 @@ void MessageBar::showMessages() {
         item->widget()->deleteLater();
         delete item;
     }
-    for (const QString& message : m_messages) {
+    // More would leave no room for the picture; each is at its filter as well.
+    const int mostLines = 3;
+    QStringList lines = m_messages.mid(0, mostLines);
+    if (m_messages.size() > mostLines)
+        lines << tr("%1 more: see the signs at the filters").arg(m_messages.size() - mostLines);
+    for (const QString& message : std::as_const(lines)) {
         auto* line = new QWidget(this);
         auto* icon = new QLabel(line);
         icon->setPixmap(glyphIcon(Glyph::Warning).pixmap(16, 16));

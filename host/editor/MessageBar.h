@@ -8,8 +8,8 @@ class QVBoxLayout;
 
 namespace editor {
 
-/// What is wrong with the frame that is shown, and what to do: one line each, none when all is
-/// well.
+/// What is wrong with the frame that is shown, and what to do: a line each for the first of them,
+/// none when all is well.
 class MessageBar : public QFrame {
     Q_OBJECT
 

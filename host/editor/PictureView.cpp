@@ -1,10 +1,12 @@
 #include "host/editor/PictureView.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "host/document/PictureImage.h"
 #include "host/editor/Theme.h"
@@ -42,7 +44,7 @@ void drawChequers(QPainter& painter, const QRectF& area) {
 PictureView::PictureView(EditorState& state, QWidget* parent) : QWidget(parent), m_state(state) {
     setObjectName(QStringLiteral("pictureView"));
     setMouseTracking(true);
-    setFocusPolicy(Qt::ClickFocus);
+    setFocusPolicy(Qt::StrongFocus);
     setAccessibleName(tr("Picture"));
     const auto refresh = [this] { update(); };
     connect(&state, &EditorState::previewChanged, this, refresh);
@@ -221,12 +223,96 @@ void PictureView::paintEvent(QPaintEvent*) {
             drawLabel(painter, pane, Qt::AlignTop,
                       tr("No objects to colour: the picture is not one of areas"));
     }
+    if (m_isProbeOfKeys) drawProbe(painter);
+    if (m_isReachedByKeys) {
+        painter.setRenderHint(QPainter::Antialiasing, false);
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(palette().color(QPalette::Highlight));
+        painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    }
     if (preview.reduction > 1)
         drawLabel(painter, rect(), Qt::AlignBottom | Qt::AlignRight,
                   tr("1/%1 size while dragging").arg(preview.reduction));
 }
 
+/// The pixel that the keys have brought the probe to: no pointer is there to show it.
+void PictureView::drawProbe(QPainter& painter) {
+    const double scale = effectiveZoom() / devicePixelRatioF();
+    const double side = std::max(scale, 5.0);
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.setBrush(Qt::NoBrush);
+    for (const int pane : {0, 1}) {
+        if (pane == 1 && !isSideBySide()) break;
+        const QPointF middle = targetIn(paneOf(pane)).topLeft() +
+                               (QPointF(m_state.probe()) + QPointF(0.5, 0.5)) * scale;
+        QRectF box(0, 0, side, side);
+        box.moveCenter(middle);
+        painter.setPen(Qt::black);
+        painter.drawRect(box.adjusted(-2, -2, 1, 1));
+        painter.setPen(Qt::white);
+        painter.drawRect(box.adjusted(-1, -1, 0, 0));
+    }
+}
+
 // --- Gestures ---
+
+void PictureView::keyPressEvent(QKeyEvent* event) {
+    const QPoint way = event->key() == Qt::Key_Left    ? QPoint(-1, 0)
+                       : event->key() == Qt::Key_Right ? QPoint(1, 0)
+                       : event->key() == Qt::Key_Up    ? QPoint(0, -1)
+                       : event->key() == Qt::Key_Down  ? QPoint(0, 1)
+                                                       : QPoint();
+    const Preview& preview = *m_state.preview();
+    if (way.isNull() || preview.width < 1 || preview.height < 1) {
+        QWidget::keyPressEvent(event);
+    } else if (event->modifiers() & Qt::ShiftModifier) {
+        const bool isInside = QRect(0, 0, preview.width, preview.height).contains(m_state.probe());
+        const QPoint from =
+            isInside ? m_state.probe() : pixelAt(pictureAt(paneOf(0).center())) - way;
+        moveProbe({std::clamp(from.x() + way.x(), 0, preview.width - 1),
+                   std::clamp(from.y() + way.y(), 0, preview.height - 1)});
+    } else if (event->modifiers() & Qt::ControlModifier) {
+        const double step = 0.02;
+        if (m_state.comparison() == Comparison::Wipe)
+            m_wipe = std::clamp(m_wipe + step * way.x(), 0.0, 1.0);
+    } else if (m_state.zoom() > 0) {
+        const QRectF target = targetIn(paneOf(0));
+        const double share = 0.1;  // of what is seen
+        m_state.setCentre(m_state.centre() +
+                          QPointF(way.x() * share * paneOf(0).width() / target.width(),
+                                  way.y() * share * paneOf(0).height() / target.height()));
+    }
+    update();
+}
+
+/// By keys. What the pointer points at is seen; this is brought into view.
+void PictureView::moveProbe(QPoint pixel) {
+    const Preview& preview = *m_state.preview();
+    m_isProbeOfKeys = true;
+    m_state.setProbe(pixel);
+    const QPointF place((pixel.x() + 0.5) / preview.width, (pixel.y() + 0.5) / preview.height);
+    const QRectF target = targetIn(paneOf(0));
+    const QPointF seen =
+        target.topLeft() + QPointF(place.x() * target.width(), place.y() * target.height());
+    if (m_state.zoom() > 0 && !paneOf(0).contains(seen)) m_state.setCentre(place);
+}
+
+QPoint PictureView::pixelAt(QPointF point) const {
+    const Preview& preview = *m_state.preview();
+    return QPoint(static_cast<int>(std::floor(point.x() * preview.width)),
+                  static_cast<int>(std::floor(point.y() * preview.height)));
+}
+
+void PictureView::focusInEvent(QFocusEvent* event) {
+    m_isReachedByKeys =
+        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    update();
+}
+
+void PictureView::focusOutEvent(QFocusEvent*) {
+    m_isReachedByKeys = false;
+    update();
+}
 
 void PictureView::zoomTo(double zoom, QPointF fixed) {
     zoom = std::clamp(zoom, kSmallestZoom, kLargestZoom);
@@ -263,7 +349,6 @@ void PictureView::mousePressEvent(QMouseEvent* event) {
 
 void PictureView::mouseMoveEvent(QMouseEvent* event) {
     const QPointF position = positionOf(event);
-    const Preview& preview = *m_state.preview();
     const QRectF target = targetIn(paneOf(0));
     if (m_drag == Drag::Wipe && target.width() > 0) {
         m_wipe = std::clamp((position.x() - target.left()) / target.width(), 0.0, 1.0);
@@ -275,9 +360,8 @@ void PictureView::mouseMoveEvent(QMouseEvent* event) {
     } else if (m_drag == Drag::None) {
         setCursor(isOnWipe(position) ? Qt::SplitHCursor : Qt::ArrowCursor);
     }
-    const QPointF point = pictureAt(position);
-    m_state.setProbe(QPoint(static_cast<int>(std::floor(point.x() * preview.width)),
-                            static_cast<int>(std::floor(point.y() * preview.height))));
+    if (std::exchange(m_isProbeOfKeys, false)) update();
+    m_state.setProbe(pixelAt(pictureAt(position)));
 }
 
 void PictureView::mouseReleaseEvent(QMouseEvent*) {
@@ -294,6 +378,7 @@ void PictureView::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void PictureView::leaveEvent(QEvent*) {
+    if (m_isProbeOfKeys) return;
     m_state.setProbe({-1, -1});
 }
 

@@ -11,6 +11,8 @@ namespace editor {
 ///
 /// Mouse: the wheel zooms to the pointer, dragging moves the picture, the wipe line follows a drag
 /// of its own, a double click switches between fitted and 100 %. The pointer is the probe.
+///
+/// Keyboard: arrows move the picture, with Shift the probe by a pixel, with Ctrl the wipe line.
 class PictureView : public QWidget {
     Q_OBJECT
 
@@ -35,6 +37,9 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void leaveEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
 
 private:
     /// A picture brought to size once and then only copied.
@@ -48,6 +53,7 @@ private:
     QRectF targetIn(const QRectF& pane) const;  ///< where the whole picture lies
     QRectF paneAt(QPointF position) const;
     QPointF pictureAt(QPointF position) const;  ///< 0 ... 1 on both axes
+    QPoint pixelAt(QPointF point) const;        ///< of a point as pictureAt() says it
     double wipeX() const;
     bool isOnWipe(QPointF position) const;
     void zoomTo(double zoom, QPointF fixed);
@@ -55,10 +61,14 @@ private:
     void drawPicture(QPainter& painter, const Picture& picture, const Picture& fitted,
                      const QRectF& pane, Scaled& scaled);
     void drawLabel(QPainter& painter, const QRectF& pane, Qt::Alignment place, const QString& text);
+    void moveProbe(QPoint pixel);
+    void drawProbe(QPainter& painter);
     void describe();
 
     EditorState& m_state;
     bool m_showsBefore = false;
+    bool m_isReachedByKeys = false;  ///< then the focus is shown
+    bool m_isProbeOfKeys = false;
     double m_wipe = 0.5;  ///< share of the picture's width that shows what was before
     enum class Drag { None, Pan, Wipe } m_drag = Drag::None;
     QPointF m_dragStart, m_dragCentre;

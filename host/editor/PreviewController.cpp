@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/document/ChainCheck.h"
 #include "host/editor/EditorDocument.h"
 #include "host/kernel/KernelNotifier.h"
 
@@ -90,12 +91,28 @@ void PreviewController::request() {
         Qt::QueuedConnection);
 }
 
+std::vector<Objection> PreviewController::objectionsToKeys() const {
+    std::vector<Objection> objections;
+    const auto& frames = m_state.frames();
+    if (frames.empty()) return objections;
+    const KernelStore& store = KernelStore::instance();
+    const document::FilterCatalog& catalog = m_document.session().catalog();
+    for (const InstanceId& id : store.instances())
+        for (const std::string& advice :
+             document::adviceOnKeys(*store.state(id.objectId), catalog.descriptor(id.typeId),
+                                    frames.front(), frames.back()))
+            objections.push_back({id.objectId, QString::fromStdString(advice)});
+    return objections;
+}
+
 void PreviewController::deliver(std::shared_ptr<const Preview> preview) {
     if (preview->reduction == 1 && preview->milliseconds > 0)
         m_fullMilliseconds = preview->milliseconds;
-    if (!m_chainProblem.isEmpty()) {
+    const std::vector<Objection> toKeys = objectionsToKeys();
+    if (!m_chainProblem.isEmpty() || !toKeys.empty()) {
         auto explained = std::make_shared<Preview>(*preview);
-        explained->problem = m_chainProblem;
+        if (!m_chainProblem.isEmpty()) explained->problem = m_chainProblem;
+        explained->objections.insert(explained->objections.end(), toKeys.begin(), toKeys.end());
         preview = explained;
     }
     m_state.setPreview(preview);

@@ -31,6 +31,7 @@ signals:
 private:
     void chainChanged();
     void request();
+    std::vector<Objection> objectionsToKeys() const;
     void deliver(std::shared_ptr<const Preview> preview);
 
     EditorDocument& m_document;

@@ -1,5 +1,6 @@
 #include "host/editor/PreviewWorker.h"
 
+#include <QCoreApplication>
 #include <new>
 #include <utility>
 
@@ -176,7 +177,7 @@ std::shared_ptr<Preview> PreviewWorker::render(const PreviewRequest& request) {
     } catch (const GivenUp&) {
         throw;
     } catch (const std::bad_alloc&) {
-        preview->problem = QStringLiteral("not enough memory");
+        preview->problem = QCoreApplication::translate("editor", "not enough memory");
     } catch (const std::exception& error) {
         preview->problem = QString::fromUtf8(error.what());
     }

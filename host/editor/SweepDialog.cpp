@@ -7,7 +7,9 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPointer>
+#include <QSignalBlocker>
 #include <QSpinBox>
+#include <QStandardItemModel>
 #include <algorithm>
 #include <cmath>
 #include <exception>
@@ -191,7 +193,7 @@ SweepDialog::Axis SweepDialog::makeAxis(int row, const QString& title, bool opti
     for (int index = 1; index < descr.paramCount(); ++index)
         if (descr.param(index).type == QMetaType::Bool || catalog.range(m_instance.typeId, index))
             axis.parameter->addItem(descr.param(index).name, index);
-    axis.parameter->setAccessibleName(title);
+    axis.parameter->setAccessibleName(QString(title).remove(QLatin1Char('&')));
     // Of several parameters the one with the widest range is the one that is hard to set.
     double widest = 0;
     for (int item = 0; !optional && item < axis.parameter->count(); ++item) {
@@ -246,7 +248,18 @@ QVector<QVariant> SweepDialog::valuesOf(const Axis& axis) const {
     return values;
 }
 
+/// The second parameter is not the first.
+void SweepDialog::keepApart() {
+    const auto* items = qobject_cast<QStandardItemModel*>(m_down.parameter->model());
+    for (int i = 1; items && i < items->rowCount(); ++i)
+        items->item(i)->setEnabled(m_down.parameter->itemData(i).toInt() != m_across.index());
+    if (m_down.index() != m_across.index()) return;
+    const QSignalBlocker quiet(m_down.parameter);
+    m_down.parameter->setCurrentIndex(0);
+}
+
 void SweepDialog::render() {
+    keepApart();
     const auto state = KernelStore::instance().state(m_instance.objectId);
     if (!state) {
         close();
@@ -255,8 +268,7 @@ void SweepDialog::render() {
     const HkKernelObjectDataDescr& descr =
         m_document.session().catalog().descriptor(m_instance.typeId);
     m_acrossValues = valuesOf(m_across);
-    m_downValues =
-        m_down.index() == m_across.index() ? QVector<QVariant>{QVariant()} : valuesOf(m_down);
+    m_downValues = valuesOf(m_down);
     const bool isGrid = m_downValues.size() > 1;
     m_down.count->setEnabled(isGrid);
     const qint64 frame = m_state.currentFrame();

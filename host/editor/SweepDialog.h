@@ -42,6 +42,7 @@ private:
     };
     Axis makeAxis(int row, const QString& title, bool optional);
     QVector<QVariant> valuesOf(const Axis& axis) const;
+    void keepApart();
     void render();
     void choose(int cell);
 

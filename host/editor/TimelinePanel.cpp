@@ -2,6 +2,7 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QScrollArea>
 #include <QSignalBlocker>
 #include <QSpinBox>
 #include <QToolButton>
@@ -17,6 +18,10 @@
 
 namespace editor {
 
+namespace {
+constexpr int kMostHeight = 190;  // that the timeline asks for
+}
+
 TimelinePanel::TimelinePanel(EditorDocument& document, EditorState& state,
                              PreviewController& preview, QWidget* parent)
     : QWidget(parent),
@@ -30,9 +35,9 @@ TimelinePanel::TimelinePanel(EditorDocument& document, EditorState& state,
           m_counted.post({job, frame, objects});
       }) {
     setObjectName(QStringLiteral("timelinePanel"));
-    m_view =
-        new TimelineView(state, document.session().undoStack(), document.session().catalog(), this);
-    connect(m_view, &TimelineView::noticed, this, &TimelinePanel::noticed);
+    m_keys =
+        new TimelineKeys(state, document.session().undoStack(), document.session().catalog(), this);
+    m_view = new TimelineView(state, *m_keys, this);
     auto* bar = new QHBoxLayout;
     bar->setSpacing(2);
     const auto add = [&](Glyph glyph, const char* name, const QString& toolTip,
@@ -67,18 +72,33 @@ TimelinePanel::TimelinePanel(EditorDocument& document, EditorState& state,
     bar->addWidget(m_frame);
     bar->addSpacing(8);
     add(Glyph::PreviousKey, "timelinePreviousKey", tr("Previous key (Ctrl+,)"),
-        [this] { m_view->goToKey(-1); });
-    add(Glyph::NextKey, "timelineNextKey", tr("Next key (Ctrl+.)"), [this] { m_view->goToKey(1); });
+        [this] { m_keys->goToKey(-1); });
+    add(Glyph::NextKey, "timelineNextKey", tr("Next key (Ctrl+.)"), [this] { m_keys->goToKey(1); });
     add(Glyph::AddKey, "timelineAddKey", tr("Make a key of the values here (K)"),
-        [this] { m_view->addKeyHere(); });
+        [this] { m_keys->addHere(); });
     add(Glyph::RemoveKey, "timelineDeleteKey", tr("Delete the selected keys (Delete)"),
-        [this] { m_view->deleteSelected(); });
+        [this] { m_keys->deleteSelected(); });
     bar->addStretch(1);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(4, 2, 4, 4);
     layout->setSpacing(2);
     layout->addLayout(bar);
-    layout->addWidget(m_view, 1);
+    // Many lanes are scrolled through, so that there is room for the picture.
+    auto* scroll = new QScrollArea(this);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setWidget(m_view);
+    layout->addWidget(scroll, 1);
+    const auto fit = [this, scroll] {
+        scroll->setMinimumHeight(std::min(m_view->minimumHeight(), kMostHeight));
+    };
+    connect(m_view, &TimelineView::heightChanged, scroll, fit);
+    connect(m_view, &TimelineView::laneChosen, scroll, [scroll](const QRect& lane) {
+        scroll->ensureVisible(0, lane.center().y(), 0, lane.height());
+    });
+    fit();
 
     connect(m_frame, qOverload<int>(&QSpinBox::valueChanged), this,
             [this](int frame) { m_state.setCurrentFrame(frame); });

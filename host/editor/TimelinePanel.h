@@ -24,12 +24,9 @@ public:
     TimelinePanel(EditorDocument& document, EditorState& state, PreviewController& preview,
                   QWidget* parent = nullptr);
 
-    TimelineView& view() { return *m_view; }
+    TimelineKeys& keys() { return *m_keys; }
     void togglePlay();
     bool isPlaying() const { return m_play.isActive(); }
-
-signals:
-    void noticed(const QString& message);
 
 private:
     void showFrames();
@@ -39,6 +36,7 @@ private:
     EditorDocument& m_document;
     EditorState& m_state;
     PreviewController& m_preview;
+    TimelineKeys* m_keys;
     TimelineView* m_view;
     QToolButton* m_playButton;
     QSpinBox* m_frame;

@@ -10,6 +10,7 @@
 #include <exception>
 
 #include "host/editor/EditorSession.h"
+#include "host/editor/FileActions.h"
 #include "host/editor/MainWindow.h"
 #include "host/editor/Theme.h"
 #include "host/kernel/PluginGuard.h"
@@ -92,8 +93,9 @@ int runEditor(int argc, char** argv, const QString& pluginFile) {
         editor::EditorSession session(pluginFile);
         editor::MainWindow window(session);
         window.show();
-        window.offerRecovery();
-        if (!parser.positionalArguments().isEmpty()) window.open(parser.positionalArguments());
+        window.files().offerRecovery(window.journal());
+        if (!parser.positionalArguments().isEmpty())
+            window.files().open(parser.positionalArguments());
         return QApplication::exec();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "fxeditor: %s\n", error.what());

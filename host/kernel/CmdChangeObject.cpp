@@ -1,5 +1,6 @@
 #include "framework/contract/FxKernelApi/CmdChangeObject.h"
 
+#include <QCoreApplication>
 #include <QStringList>
 #include <iterator>
 #include <map>
@@ -115,7 +116,8 @@ QString CmdChangeObject::Private::text() const {
     }
     QString text = KernelStore::instance().nameOf(id.objectId) + QLatin1String(": ") +
                    parts.join(QLatin1String(", "));
-    if (writesKeys) text += QString::fromLatin1(" (frame %1)").arg(*frame);
+    if (writesKeys)
+        text += QCoreApplication::translate("FilterCommands", " (frame %1)").arg(*frame);
     return text;
 }
 

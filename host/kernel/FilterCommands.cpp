@@ -6,9 +6,9 @@
 
 namespace {
 
-QString tr(const char* text) {
-    return QCoreApplication::translate("FilterCommands", text);
-}
+struct FilterCommands {
+    Q_DECLARE_TR_FUNCTIONS(FilterCommands)
+};
 
 QString titleOf(int typeId) {
     HkFilterManipulator* manipulator = KernelStore::instance().manipulator(typeId);
@@ -18,7 +18,7 @@ QString titleOf(int typeId) {
 }  // namespace
 
 CmdAddFilter::CmdAddFilter(int typeId) : m_id{typeId, -1} {
-    setText(tr("Add %1").arg(titleOf(typeId)));
+    setText(FilterCommands::tr("Add %1").arg(titleOf(typeId)));
 }
 
 void CmdAddFilter::redo() {
@@ -41,7 +41,7 @@ void CmdAddFilter::undo() {
 }
 
 CmdRemoveFilter::CmdRemoveFilter(InstanceId id) : m_id(id) {
-    setText(tr("Remove %1").arg(KernelStore::instance().nameOf(id.objectId)));
+    setText(FilterCommands::tr("Remove %1").arg(KernelStore::instance().nameOf(id.objectId)));
 }
 
 void CmdRemoveFilter::redo() {
@@ -60,7 +60,7 @@ void CmdRemoveFilter::undo() {
 
 CmdMoveFilter::CmdMoveFilter(InstanceId id, int position)
     : m_id(id), m_from(KernelStore::instance().positionOf(id.objectId)), m_to(position) {
-    setText((m_to < m_from ? tr("Move %1 up") : tr("Move %1 down"))
+    setText((m_to < m_from ? FilterCommands::tr("Move %1 up") : FilterCommands::tr("Move %1 down"))
                 .arg(KernelStore::instance().nameOf(id.objectId)));
 }
 

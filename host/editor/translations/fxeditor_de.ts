@@ -99,25 +99,17 @@
         <source>Presets (*.fxpreset)</source>
         <translation>Vorgaben (*.fxpreset)</translation>
     </message>
+    <message>
+        <source>Appl&amp;y preset</source>
+        <translation>Vorgabe &amp;anwenden</translation>
+    </message>
+    <message>
+        <source>%1: preset %2</source>
+        <translation>%1: Vorgabe %2</translation>
+    </message>
 </context>
 <context>
     <name>editor::ChainPanel</name>
-    <message>
-        <source>Drag to change the order (Alt+Up, Alt+Down)</source>
-        <translation>Ziehen ändert die Reihenfolge (Alt+Auf, Alt+Ab)</translation>
-    </message>
-    <message>
-        <source>Shows the picture after this filter (Return)</source>
-        <translation>Zeigt das Bild nach diesem Filter (Eingabe)</translation>
-    </message>
-    <message>
-        <source>Folds or unfolds the settings</source>
-        <translation>Klappt die Einstellungen ein oder aus</translation>
-    </message>
-    <message>
-        <source>More for this filter</source>
-        <translation>Mehr zu diesem Filter</translation>
-    </message>
     <message>
         <source>Applied filters</source>
         <translation>Angewandte Filter</translation>
@@ -148,6 +140,25 @@
     <message>
         <source>The range “%1” cannot be used; write LO-HI, auto or each</source>
         <translation>Der Bereich „%1“ ist nicht zu gebrauchen; möglich sind UNTEN-OBEN, auto oder each</translation>
+    </message>
+</context>
+<context>
+    <name>editor::EntryRow</name>
+    <message>
+        <source>Drag to change the order (Alt+Up, Alt+Down)</source>
+        <translation>Ziehen ändert die Reihenfolge (Alt+Auf, Alt+Ab)</translation>
+    </message>
+    <message>
+        <source>Shows the picture after this filter (Return)</source>
+        <translation>Zeigt das Bild nach diesem Filter (Eingabe)</translation>
+    </message>
+    <message>
+        <source>Folds or unfolds the settings (Left, Right)</source>
+        <translation>Klappt die Einstellungen ein oder aus (Links, Rechts)</translation>
+    </message>
+    <message>
+        <source>More for this filter (menu key)</source>
+        <translation>Mehr zu diesem Filter (Menütaste)</translation>
     </message>
 </context>
 <context>
@@ -249,6 +260,164 @@
     </message>
 </context>
 <context>
+    <name>editor::FileActions</name>
+    <message>
+        <source>Projects (*.fxp)</source>
+        <translation>Projekte (*.fxp)</translation>
+    </message>
+    <message>
+        <source>This cannot be opened</source>
+        <translation>Das lässt sich nicht öffnen</translation>
+    </message>
+    <message>
+        <source>The sample cannot be made</source>
+        <translation>Das Beispiel lässt sich nicht anlegen</translation>
+    </message>
+    <message>
+        <source>/sample.png</source>
+        <translation>/sample.png</translation>
+    </message>
+    <message>
+        <source>%1 cannot be written; check the permissions</source>
+        <translation>%1 kann nicht geschrieben werden; Zugriffsrechte prüfen</translation>
+    </message>
+    <message>
+        <source>the project</source>
+        <translation>das Projekt</translation>
+    </message>
+    <message>
+        <source>Save changes?</source>
+        <translation>Änderungen speichern?</translation>
+    </message>
+    <message>
+        <source>Save the changes to %1?</source>
+        <translation>Die Änderungen an %1 speichern?</translation>
+    </message>
+    <message>
+        <source>The project cannot be saved</source>
+        <translation>Das Projekt kann nicht gespeichert werden</translation>
+    </message>
+    <message>
+        <source>Saved %1</source>
+        <translation>%1 gespeichert</translation>
+    </message>
+    <message>
+        <source>Save project</source>
+        <translation>Projekt speichern</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>Pictures, videos and projects (*)</source>
+        <translation>Bilder, Videos und Projekte (*)</translation>
+    </message>
+    <message>
+        <source>Open a folder of pictures</source>
+        <translation>Einen Ordner mit Bildern öffnen</translation>
+    </message>
+    <message>
+        <source>Open a project</source>
+        <translation>Ein Projekt öffnen</translation>
+    </message>
+    <message>
+        <source>Apply the same filters to other pictures</source>
+        <translation>Dieselben Filter auf andere Bilder anwenden</translation>
+    </message>
+    <message>
+        <source>Pictures, videos (*)</source>
+        <translation>Bilder, Videos (*)</translation>
+    </message>
+    <message>
+        <source>Opened with remarks</source>
+        <translation>Mit Anmerkungen geöffnet</translation>
+    </message>
+    <message>
+        <source>Not everything in the project can be used here. Nothing of it is lost when you save.</source>
+        <translation>Nicht alles im Projekt kann hier benutzt werden. Beim Speichern geht nichts davon verloren.</translation>
+    </message>
+    <message>
+        <source>The command is on the clipboard</source>
+        <translation>Der Befehl ist in der Zwischenablage</translation>
+    </message>
+    <message>
+        <source>Export</source>
+        <translation>Export</translation>
+    </message>
+    <message>
+        <source>There is nothing to render yet: open a picture and apply a filter.</source>
+        <translation>Noch gibt es nichts zu rendern: ein Bild öffnen und einen Filter anwenden.</translation>
+    </message>
+    <message>
+        <source>an unsaved project</source>
+        <translation>ein ungespeichertes Projekt</translation>
+    </message>
+    <message>
+        <source>Recover</source>
+        <translation>Wiederherstellen</translation>
+    </message>
+    <message>
+        <source>The editor ended unexpectedly while %1 had unsaved changes (%2).</source>
+        <translation>Der Editor endete unerwartet, als %1 ungespeicherte Änderungen hatte (%2).</translation>
+    </message>
+    <message>
+        <source>Recovering overwrites no file: you decide whether to save.</source>
+        <translation>Das Wiederherstellen überschreibt keine Datei: Sie entscheiden, ob gespeichert wird.</translation>
+    </message>
+    <message>
+        <source>&amp;Recover</source>
+        <translation>&amp;Wiederherstellen</translation>
+    </message>
+    <message>
+        <source>&amp;Discard</source>
+        <translation>Ver&amp;werfen</translation>
+    </message>
+    <message>
+        <source>&amp;Later</source>
+        <translation>&amp;Später</translation>
+    </message>
+    <message>
+        <source>This cannot be recovered</source>
+        <translation>Das lässt sich nicht wiederherstellen</translation>
+    </message>
+    <message>
+        <source>What is shown has no filters: there is nothing to render</source>
+        <translation>Was gezeigt wird, hat keine Filter: es gibt nichts zu rendern</translation>
+    </message>
+    <message>
+        <source>The command is on the clipboard, with the filters up to “%1”, which is shown</source>
+        <translation>Der Befehl ist in der Zwischenablage, mit den Filtern bis „%1“, der gezeigt wird</translation>
+    </message>
+    <message>
+        <source>An export is running. Stop it? The frames written so far stay.</source>
+        <translation>Ein Export läuft. Anhalten? Die schon geschriebenen Bilder bleiben.</translation>
+    </message>
+</context>
+<context>
+    <name>FilterCommands</name>
+    <message>
+        <source>Add %1</source>
+        <translation>%1 hinzufügen</translation>
+    </message>
+    <message>
+        <source>Remove %1</source>
+        <translation>%1 entfernen</translation>
+    </message>
+    <message>
+        <source>Move %1 up</source>
+        <translation>%1 nach oben</translation>
+    </message>
+    <message>
+        <source>Move %1 down</source>
+        <translation>%1 nach unten</translation>
+    </message>
+    <message>
+        <source> (frame %1)</source>
+        <translation> (Bild %1)</translation>
+    </message>
+</context>
+<context>
     <name>FxGuiImageFilter</name>
     <message>
         <source>Switches the filter on or off; its settings stay</source>
@@ -322,35 +491,7 @@
     </message>
 </context>
 <context>
-    <name>editor::MainWindow</name>
-    <message>
-        <source>Projects (*.fxp)</source>
-        <translation>Projekte (*.fxp)</translation>
-    </message>
-    <message>
-        <source>Filters</source>
-        <translation>Filter</translation>
-    </message>
-    <message>
-        <source>Applied filters</source>
-        <translation>Angewandte Filter</translation>
-    </message>
-    <message>
-        <source>As opened</source>
-        <translation>Wie geöffnet</translation>
-    </message>
-    <message>
-        <source>History</source>
-        <translation>Verlauf</translation>
-    </message>
-    <message>
-        <source>Levels and pixel</source>
-        <translation>Werte und Pixel</translation>
-    </message>
-    <message>
-        <source>Timeline</source>
-        <translation>Zeitleiste</translation>
-    </message>
+    <name>editor::MainMenus</name>
     <message>
         <source>&amp;File</source>
         <translation>&amp;Datei</translation>
@@ -384,6 +525,10 @@
         <translation>Projekt speichern &amp;unter …</translation>
     </message>
     <message>
+        <source>Ctrl+Shift+S</source>
+        <translation>Ctrl+Shift+S</translation>
+    </message>
+    <message>
         <source>&amp;Export…</source>
         <translation>&amp;Exportieren …</translation>
     </message>
@@ -404,8 +549,16 @@
         <translation>S&amp;chließen</translation>
     </message>
     <message>
+        <source>Ctrl+W</source>
+        <translation>Ctrl+W</translation>
+    </message>
+    <message>
         <source>&amp;Quit</source>
         <translation>&amp;Beenden</translation>
+    </message>
+    <message>
+        <source>Ctrl+Q</source>
+        <translation>Ctrl+Q</translation>
     </message>
     <message>
         <source>&amp;Edit</source>
@@ -563,121 +716,32 @@
         <source>&amp;Dark</source>
         <translation>D&amp;unkel</translation>
     </message>
+</context>
+<context>
+    <name>editor::MainWindow</name>
     <message>
-        <source>This cannot be opened</source>
-        <translation>Das lässt sich nicht öffnen</translation>
+        <source>Filters</source>
+        <translation>Filter</translation>
     </message>
     <message>
-        <source>The sample cannot be made</source>
-        <translation>Das Beispiel lässt sich nicht anlegen</translation>
+        <source>Applied filters</source>
+        <translation>Angewandte Filter</translation>
     </message>
     <message>
-        <source>/sample.png</source>
-        <translation>/sample.png</translation>
+        <source>As opened</source>
+        <translation>Wie geöffnet</translation>
     </message>
     <message>
-        <source>%1 cannot be written; check the permissions</source>
-        <translation>%1 kann nicht geschrieben werden; Zugriffsrechte prüfen</translation>
+        <source>History</source>
+        <translation>Verlauf</translation>
     </message>
     <message>
-        <source>the project</source>
-        <translation>das Projekt</translation>
+        <source>Levels and pixel</source>
+        <translation>Werte und Pixel</translation>
     </message>
     <message>
-        <source>Save changes?</source>
-        <translation>Änderungen speichern?</translation>
-    </message>
-    <message>
-        <source>Save the changes to %1?</source>
-        <translation>Die Änderungen an %1 speichern?</translation>
-    </message>
-    <message>
-        <source>The project cannot be saved</source>
-        <translation>Das Projekt kann nicht gespeichert werden</translation>
-    </message>
-    <message>
-        <source>Saved %1</source>
-        <translation>%1 gespeichert</translation>
-    </message>
-    <message>
-        <source>Save project</source>
-        <translation>Projekt speichern</translation>
-    </message>
-    <message>
-        <source>Open</source>
-        <translation>Öffnen</translation>
-    </message>
-    <message>
-        <source>Pictures, videos and projects (*)</source>
-        <translation>Bilder, Videos und Projekte (*)</translation>
-    </message>
-    <message>
-        <source>Open a folder of pictures</source>
-        <translation>Einen Ordner mit Bildern öffnen</translation>
-    </message>
-    <message>
-        <source>Open a project</source>
-        <translation>Ein Projekt öffnen</translation>
-    </message>
-    <message>
-        <source>Apply the same filters to other pictures</source>
-        <translation>Dieselben Filter auf andere Bilder anwenden</translation>
-    </message>
-    <message>
-        <source>Pictures, videos (*)</source>
-        <translation>Bilder, Videos (*)</translation>
-    </message>
-    <message>
-        <source>Opened with remarks</source>
-        <translation>Mit Anmerkungen geöffnet</translation>
-    </message>
-    <message>
-        <source>Not everything in the project can be used here. Nothing of it is lost when you save.</source>
-        <translation>Nicht alles im Projekt kann hier benutzt werden. Beim Speichern geht nichts davon verloren.</translation>
-    </message>
-    <message>
-        <source>The command is on the clipboard</source>
-        <translation>Der Befehl ist in der Zwischenablage</translation>
-    </message>
-    <message>
-        <source>Export</source>
-        <translation>Export</translation>
-    </message>
-    <message>
-        <source>There is nothing to render yet: open a picture and apply a filter.</source>
-        <translation>Noch gibt es nichts zu rendern: ein Bild öffnen und einen Filter anwenden.</translation>
-    </message>
-    <message>
-        <source>an unsaved project</source>
-        <translation>ein ungespeichertes Projekt</translation>
-    </message>
-    <message>
-        <source>Recover</source>
-        <translation>Wiederherstellen</translation>
-    </message>
-    <message>
-        <source>The editor ended unexpectedly while %1 had unsaved changes (%2).</source>
-        <translation>Der Editor endete unerwartet, als %1 ungespeicherte Änderungen hatte (%2).</translation>
-    </message>
-    <message>
-        <source>Recovering overwrites no file: you decide whether to save.</source>
-        <translation>Das Wiederherstellen überschreibt keine Datei: Sie entscheiden, ob gespeichert wird.</translation>
-    </message>
-    <message>
-        <source>&amp;Recover</source>
-        <translation>&amp;Wiederherstellen</translation>
-    </message>
-    <message>
-        <source>&amp;Discard</source>
-        <translation>Ver&amp;werfen</translation>
-    </message>
-    <message>
-        <source>&amp;Later</source>
-        <translation>&amp;Später</translation>
-    </message>
-    <message>
-        <source>This cannot be recovered</source>
-        <translation>Das lässt sich nicht wiederherstellen</translation>
+        <source>Timeline</source>
+        <translation>Zeitleiste</translation>
     </message>
     <message>
         <source>fxeditor[*]</source>
@@ -719,6 +783,10 @@
         <source>Not safe from a crash: %1</source>
         <translation>Nicht vor einem Absturz sicher: %1</translation>
     </message>
+    <message>
+        <source>Left out, for they are no files of this computer: %1</source>
+        <translation>Ausgelassen, weil es keine Dateien dieses Rechners sind: %1</translation>
+    </message>
 </context>
 <context>
     <name>editor::MessageBar</name>
@@ -729,6 +797,10 @@
     <message>
         <source>Shown without filters: %1</source>
         <translation>Ohne Filter gezeigt: %1</translation>
+    </message>
+    <message>
+        <source>%1 more: see the signs at the filters</source>
+        <translation>%1 weitere: siehe die Zeichen an den Filtern</translation>
     </message>
 </context>
 <context>
@@ -764,6 +836,13 @@
     <message>
         <source>1/%1 size while dragging</source>
         <translation>1/%1 der Größe während des Ziehens</translation>
+    </message>
+</context>
+<context>
+    <name>editor::StageRow</name>
+    <message>
+        <source>%1 (Return)</source>
+        <translation>%1 (Eingabe)</translation>
     </message>
 </context>
 <context>
@@ -853,6 +932,57 @@
     </message>
 </context>
 <context>
+    <name>editor::TimelineKeys</name>
+    <message>
+        <source>%1: add a key (frame %2)</source>
+        <translation>%1: Schlüssel setzen (Bild %2)</translation>
+    </message>
+    <message>
+        <source>No filter is animated: press ◇ on one first</source>
+        <translation>Kein Filter ist animiert: zuerst ◇ an einem drücken</translation>
+    </message>
+    <message>
+        <source>Add a key (frame %1)</source>
+        <translation>Schlüssel setzen (Bild %1)</translation>
+    </message>
+    <message>
+        <source>Delete a key</source>
+        <translation>Einen Schlüssel löschen</translation>
+    </message>
+    <message>
+        <source>Delete %1 keys</source>
+        <translation>%1 Schlüssel löschen</translation>
+    </message>
+    <message>
+        <source>Move a key by %1 frames</source>
+        <translation>Einen Schlüssel um %1 Bilder verschieben</translation>
+    </message>
+    <message>
+        <source>Move %1 keys by %2 frames</source>
+        <translation>%1 Schlüssel um %2 Bilder verschieben</translation>
+    </message>
+    <message>
+        <source>There is no lane for these keys: animate a filter first</source>
+        <translation>Es gibt keine Spur für diese Schlüssel: zuerst einen Filter animieren</translation>
+    </message>
+    <message>
+        <source>Paste keys (frame %1)</source>
+        <translation>Schlüssel einfügen (Bild %1)</translation>
+    </message>
+    <message>
+        <source>Left out, for this filter has no such parameter: %1</source>
+        <translation>Ausgelassen, weil dieser Filter den Parameter nicht hat: %1</translation>
+    </message>
+    <message>
+        <source>There is no key at this frame: Insert makes one</source>
+        <translation>In diesem Bild ist kein Schlüssel: Einfg setzt einen</translation>
+    </message>
+    <message>
+        <source>No key is selected: click one, draw a rectangle around several, or go to one and press Return</source>
+        <translation>Kein Schlüssel ist gewählt: einen anklicken, ein Rechteck um mehrere ziehen oder zu einem gehen und die Eingabetaste drücken</translation>
+    </message>
+</context>
+<context>
     <name>editor::TimelinePanel</name>
     <message>
         <source>First frame (Home)</source>
@@ -918,52 +1048,20 @@
         <translation>%1 hier, höchstens %2</translation>
     </message>
     <message>
-        <source>Move a key by %1 frames</source>
-        <translation>Einen Schlüssel um %1 Bilder verschieben</translation>
-    </message>
-    <message>
-        <source>Move %1 keys by %2 frames</source>
-        <translation>%1 Schlüssel um %2 Bilder verschieben</translation>
-    </message>
-    <message>
-        <source>%1: add a key (frame %2)</source>
-        <translation>%1: Schlüssel setzen (Bild %2)</translation>
-    </message>
-    <message>
         <source>Frame %1: %2</source>
         <translation>Bild %1: %2</translation>
     </message>
     <message>
-        <source>No filter is animated: press ◇ on one first</source>
-        <translation>Kein Filter ist animiert: zuerst ◇ an einem drücken</translation>
+        <source>%1, frame %2: selected key</source>
+        <translation>%1, Bild %2: gewählter Schlüssel</translation>
     </message>
     <message>
-        <source>Add a key (frame %1)</source>
-        <translation>Schlüssel setzen (Bild %1)</translation>
+        <source>%1, frame %2: key</source>
+        <translation>%1, Bild %2: Schlüssel</translation>
     </message>
     <message>
-        <source>No key is selected: click one, or draw a rectangle around several</source>
-        <translation>Kein Schlüssel ist gewählt: einen anklicken oder ein Rechteck um mehrere ziehen</translation>
-    </message>
-    <message>
-        <source>Delete a key</source>
-        <translation>Einen Schlüssel löschen</translation>
-    </message>
-    <message>
-        <source>Delete %1 keys</source>
-        <translation>%1 Schlüssel löschen</translation>
-    </message>
-    <message>
-        <source>There is no lane for these keys: animate a filter first</source>
-        <translation>Es gibt keine Spur für diese Schlüssel: zuerst einen Filter animieren</translation>
-    </message>
-    <message>
-        <source>Paste keys (frame %1)</source>
-        <translation>Schlüssel einfügen (Bild %1)</translation>
-    </message>
-    <message>
-        <source>Left out, for this filter has no such parameter: %1</source>
-        <translation>Ausgelassen, weil dieser Filter den Parameter nicht hat: %1</translation>
+        <source>%1, frame %2: no key</source>
+        <translation>%1, Bild %2: kein Schlüssel</translation>
     </message>
 </context>
 <context>
@@ -979,6 +1077,10 @@
     <message>
         <source>%1 objects</source>
         <translation>%1 Objekte</translation>
+    </message>
+    <message>
+        <source>not enough memory</source>
+        <translation>nicht genug Speicher</translation>
     </message>
 </context>
 <context>

@@ -5,6 +5,7 @@
 #include <QString>
 
 #include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
+#include "host/editor/FileActions.h"
 #include "host/editor/MainWindow.h"
 
 /// A person at the editor: presses what is seen, waits until the picture is there.

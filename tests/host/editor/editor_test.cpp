@@ -1,25 +1,36 @@
 // Drives the real window, offscreen, with the events a person makes.
 #include <gtest/gtest.h>
 
+#include <QAbstractSpinBox>
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
+#include <QComboBox>
 #include <QDir>
+#include <QDragEnterEvent>
 #include <QImage>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
 #include <QPainter>
 #include <QProcess>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSettings>
+#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QToolButton>
 #include <QUndoStack>
+#include <QUrl>
 #include <memory>
 
+#include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "host/document/ChainRenderer.h"
 #include "host/document/PictureImage.h"
 #include "host/editor/EditorSession.h"
@@ -27,6 +38,7 @@
 #include "host/editor/Journal.h"
 #include "host/editor/MessageBar.h"
 #include "host/editor/PictureView.h"
+#include "host/editor/Presets.h"
 #include "host/editor/SweepDialog.h"
 #include "host/editor/TimelineView.h"
 #include "host/kernel/CmdSetChain.h"
@@ -73,7 +85,7 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
     }
     void open(const QString& name) {
-        ASSERT_TRUE(window->open({at(name)}));
+        ASSERT_TRUE(window->files().open({at(name)}));
         ASSERT_TRUE(driver->settle());
     }
     QString at(const QString& name) const { return folder.filePath(name); }
@@ -242,9 +254,115 @@ TEST_F(Editor, TheRangeOfAProjectIsShownAndCopied) {
     open(QStringLiteral("range.fxp"));
     const QColor usual = drawnFrame(0).pixelColor(90, 60), bright = shown().pixelColor(90, 60);
     EXPECT_NEAR(bright.green(), usual.green() * 2.55, 1);
-    driver->addFilter(QStringLiteral("Blur and enhance"));
+    const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
+    driver->addFilter(QStringLiteral("Channel separation"));
     driver->trigger("actCopyCommand");
-    EXPECT_TRUE(QApplication::clipboard()->text().contains(QStringLiteral("--range 0-100")));
+    const QString whole = QApplication::clipboard()->text();
+    EXPECT_TRUE(whole.contains(QStringLiteral("--range 0-100"))) << whole.toStdString();
+    EXPECT_TRUE(whole.contains(QStringLiteral("Channel separation"))) << whole.toStdString();
+    window->state().setShownStage(blur);
+    driver->trigger("actCopyCommand");
+    const QString upToBlur = QApplication::clipboard()->text();
+    EXPECT_TRUE(upToBlur.contains(QStringLiteral("Blur and enhance"))) << upToBlur.toStdString();
+    EXPECT_FALSE(upToBlur.contains(QStringLiteral("Channel separation"))) << "it is not shown";
+    window->state().setShownStage(editor::kSourceStage);
+    driver->trigger("actCopyCommand");
+    EXPECT_EQ(QApplication::clipboard()->text(), upToBlur) << "nothing to render, which is said";
+}
+
+TEST_F(Editor, WhatIsDroppedIsOpenedUnlessItIsElsewhere) {
+    const auto drop = [&](const QList<QUrl>& urls) {
+        QMimeData data;
+        data.setUrls(urls);
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        enter.ignore();
+        QApplication::sendEvent(window.get(), &enter);
+        if (!enter.isAccepted()) return false;
+        QDropEvent dropped({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(window.get(), &dropped);
+        return driver->settle();
+    };
+    const QUrl elsewhere(QStringLiteral("https://example.org/a.png"));
+    EXPECT_FALSE(drop({elsewhere}));
+    EXPECT_TRUE(drop({QUrl::fromLocalFile(at(QStringLiteral("shots/shot_1.png"))),
+                      QUrl::fromLocalFile(at(QStringLiteral("shots/shot_3.png")))}));
+    EXPECT_EQ(window->state().frames().size(), 2u);
+    EXPECT_EQ(shown(), drawnFrame(1));
+    EXPECT_TRUE(drop({elsewhere, QUrl::fromLocalFile(at(QStringLiteral("shots")))}));
+    EXPECT_EQ(window->state().frames().size(), 5u);
+    EXPECT_TRUE(window->statusBar()->currentMessage().contains(QStringLiteral("example.org")));
+    // An opening of several files is to be had again.
+    window->files().openRecent(window->files().recent().at(1));
+    EXPECT_TRUE(driver->settle());
+    EXPECT_EQ(window->state().frames().size(), 2u);
+}
+
+TEST_F(Editor, TheKeyThatShowsThePictureBeforeWorksWhereverTheFocusIs) {
+    open(QStringLiteral("shots"));
+    driver->addFilter(QStringLiteral("Channel separation"));
+    auto& view = driver->child<editor::PictureView>("pictureView");
+    const QImage after = view.grab().toImage();
+    for (const char* name : {"pictureView", "chainPanel", "timelineView", "history"}) {
+        auto& focused = driver->child<QWidget>(name);
+        QTest::keyPress(&focused, Qt::Key_B);
+        EXPECT_NE(view.grab().toImage(), after) << name;
+        QTest::keyRelease(&focused, Qt::Key_B);
+        EXPECT_EQ(view.grab().toImage(), after) << name;
+    }
+}
+
+TEST_F(Editor, AnExportThatRunsIsNotEndedUnasked) {
+    drawnFrame(0).scaled(1600, 1200).save(at(QStringLiteral("large.png")));
+    open(QStringLiteral("large.png"));
+    const int sharper = driver->addFilter(QStringLiteral("Degauss"));
+    driver->click(driver->control<QRadioButton>(sharper, "theRBMethodLR"));
+    ASSERT_TRUE(window->files().saveAs(at(QStringLiteral("large.fxp"))));
+    driver->trigger("actExport");
+    auto& dialog = driver->child<editor::ExportDialog>("exportDialog");
+    driver->click(driver->child<QPushButton>("exportStart"));
+    QTimer::singleShot(0, window.get(), [] {
+        auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_TRUE(question);
+        question->button(QMessageBox::No)->click();
+    });
+    EXPECT_FALSE(window->close());
+    EXPECT_TRUE(dialog.isRunning());
+    dialog.close();  // asks the renderer to stop after the frame at work
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !dialog.isRunning(); }, kMinute));
+    EXPECT_TRUE(dialog.findChild<QLabel*>(QStringLiteral("exportStatus"))
+                    ->text()
+                    .startsWith(QStringLiteral("Cancelled")));
+    const QImage written(at(QStringLiteral("large-filtered.png")));
+    EXPECT_TRUE(written.isNull() || written.size() == QSize(1600, 1200)) << "whole or not there";
+    EXPECT_TRUE(window->close());
+}
+
+TEST_F(Editor, APresetOfOneFilterSetsUpTheOneThatIsThere) {
+    open(QStringLiteral("shots"));
+    const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
+    QDir().mkpath(editor::presetFolder());
+    const auto writePreset = [](const char* name, const QString& text) {
+        editor::writePreset(QDir(editor::presetFolder()).filePath(QLatin1String(name)), {text});
+    };
+    writePreset("soft", QStringLiteral("Blur and enhance:Blur=11"));
+    writePreset("grey", QStringLiteral("Channel separation"));
+    QStringList offered;
+    QTimer::singleShot(0, window.get(), [&] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_TRUE(menu);
+        for (QMenu* presets : menu->findChildren<QMenu*>())
+            for (QAction* action : presets->actions()) {
+                offered << action->text();
+                action->trigger();
+            }
+        menu->close();
+    });
+    driver->click(
+        *driver->entry(blur).parentWidget()->findChild<QToolButton*>(QStringLiteral("theTbMore")));
+    EXPECT_EQ(offered, QStringList(QStringLiteral("soft")));
+    EXPECT_EQ(currentChain().size(), 1u);
+    EXPECT_EQ(state(blur).params[2].base, 11);
+    EXPECT_EQ(driver->control<QSlider>(blur, "theSlBlur").value(), 11);
 }
 
 TEST_F(Editor, KeysAreMovedSelectedDeletedAndPastedInTheTimeline) {
@@ -284,12 +402,119 @@ TEST_F(Editor, KeysAreMovedSelectedDeletedAndPastedInTheTimeline) {
     driver->click(driver->control<QToolButton>(threshold, "theTbAnimate"));
     const InstanceState untouched = state(threshold);
     QString notice;
-    QObject::connect(&timeline, &editor::TimelineView::noticed, &timeline,
-                     [&](const QString& message) { notice = message; });
+    QObject::connect(window->findChild<editor::TimelineKeys*>(), &editor::TimelineKeys::noticed,
+                     &timeline, [&](const QString& message) { notice = message; });
     QTest::mouseClick(&timeline, Qt::LeftButton, {}, timeline.placeOf(threshold, 1));
     QTest::keyClick(&timeline, Qt::Key_V, Qt::ControlModifier);
     EXPECT_TRUE(notice.contains(QStringLiteral("none of the copied keys"))) << notice.toStdString();
     EXPECT_EQ(state(threshold), untouched);
+}
+
+TEST_F(Editor, KeysThatAreCopiedTogetherStayTogether) {
+    open(QStringLiteral("shots"));
+    const int first = driver->addFilter(QStringLiteral("Blur and enhance"));
+    const int second = driver->addFilter(QStringLiteral("Blur and enhance"));
+    for (const int blur : {first, second})
+        driver->click(driver->control<QToolButton>(blur, "theTbAnimate"));
+    window->state().setCurrentFrame(1);
+    driver->dragSlider(driver->control<QSlider>(second, "theSlBlur"), 7);
+    auto& timeline = driver->child<editor::TimelineView>("timelineView");
+    QTest::mouseClick(&timeline, Qt::LeftButton, {}, timeline.placeOf(first, 0));
+    QTest::mouseClick(&timeline, Qt::LeftButton, Qt::ControlModifier, timeline.placeOf(second, 1));
+    QTest::keyClick(&timeline, Qt::Key_C, Qt::ControlModifier);
+    window->state().setCurrentFrame(3);
+    QTest::keyClick(&timeline, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(document::keyFrames(state(first)), (document::FrameSet{0, 3}));
+    EXPECT_EQ(document::keyFrames(state(second)), (document::FrameSet{0, 1, 4}))
+        << "one frame later than in the first, as it was";
+    EXPECT_EQ(state(second).params[2].keys.at(4).value, 7);
+}
+
+TEST_F(Editor, EverythingGoesWithoutAMouse) {
+    open(QStringLiteral("shots"));
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    driver->key(Qt::Key_2, Qt::ControlModifier | Qt::AltModifier);
+    driver->key(Qt::Key_1, Qt::ControlModifier | Qt::AltModifier);
+    ASSERT_EQ(currentChain().size(), 2u);
+    const int blur = currentChain()[0].id.objectId;
+
+    const auto press = [](Qt::Key key, Qt::KeyboardModifiers modifiers = {}, int times = 1) {
+        while (times-- > 0) QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+    };
+    const auto reach = [&](QWidget* widget) {
+        const int widgetsInTheWindow = 100;
+        window->setFocus();
+        for (int i = 0; i < widgetsInTheWindow && !widget->hasFocus(); ++i) press(Qt::Key_Tab);
+        return widget->hasFocus();
+    };
+    auto& slider = driver->control<QSlider>(blur, "theSlBlur");
+    ASSERT_TRUE(reach(driver->entry(blur).parentWidget()));
+    press(Qt::Key_Down, Qt::AltModifier);
+    EXPECT_EQ(KernelStore::instance().positionOf(blur), 1);
+    press(Qt::Key_Left);
+    EXPECT_FALSE(slider.isVisible());
+    press(Qt::Key_Right);
+    EXPECT_TRUE(slider.isVisible());
+    press(Qt::Key_Return);
+    EXPECT_EQ(window->state().shownStage(), blur);
+    for (QWidget* row : driver->child<QWidget>("chainPanel").findChildren<QWidget*>())
+        if (row->accessibleName() == QLatin1String("Source")) reach(row);
+    press(Qt::Key_Return);
+    EXPECT_EQ(window->state().shownStage(), editor::kSourceStage);
+
+    ASSERT_TRUE(reach(&driver->control<QToolButton>(blur, "theTbAnimate")));
+    press(Qt::Key_Space);
+    ASSERT_TRUE(reach(&driver->child<QWidget>("timelineView")));
+    press(Qt::Key_Right);
+    press(Qt::Key_Insert);
+    EXPECT_EQ(document::keyFrames(state(blur)), (document::FrameSet{0, 1}));
+    press(Qt::Key_Return);
+    press(Qt::Key_Right, Qt::AltModifier, 2);
+    EXPECT_EQ(document::keyFrames(state(blur)), (document::FrameSet{0, 3}));
+    press(Qt::Key_Right, Qt::AltModifier, 5);
+    EXPECT_EQ(document::keyFrames(state(blur)), (document::FrameSet{0, 4}))
+        << "no key leaves the frames";
+    press(Qt::Key_Delete);
+    EXPECT_EQ(document::keyFrames(state(blur)), (document::FrameSet{0}));
+
+    window->state().setShownStage(editor::kResultStage);
+    EXPECT_TRUE(driver->settle());
+    auto& view = driver->child<editor::PictureView>("pictureView");
+    ASSERT_TRUE(reach(&view));
+    press(Qt::Key_Right, Qt::ShiftModifier);
+    EXPECT_EQ(window->state().probe(), QPoint(95 / 2, 63 / 2));
+    press(Qt::Key_Up, Qt::ShiftModifier, 3);
+    EXPECT_EQ(window->state().probe(), QPoint(95 / 2, 63 / 2 - 3));
+    press(Qt::Key_W);
+    EXPECT_TRUE(driver->settle());
+    const QImage halfWay = view.grab().toImage();
+    press(Qt::Key_Left, Qt::ControlModifier, 9);
+    EXPECT_NE(view.grab().toImage(), halfWay);
+    window->state().setZoom(40);
+    press(Qt::Key_Right);
+    EXPECT_GT(window->state().centre().x(), 0.5);
+    const QPoint probe = window->state().probe();
+    press(Qt::Key_Down, Qt::ShiftModifier, 30);  // out of what is seen
+    EXPECT_EQ(window->state().probe(), probe + QPoint(0, 30));
+    EXPECT_GT(window->state().centre().y(), 0.7);
+}
+
+TEST_F(Editor, EveryControlHasANameForThoseWhoDoNotSeeIt) {
+    open(QStringLiteral("shots"));
+    for (const int typeId : KernelStore::instance().types())
+        KernelStore::instance().manipulator(typeId)->addFilter();
+    EXPECT_TRUE(driver->settle());
+    for (QWidget* control : window->findChildren<QWidget*>()) {
+        const bool isPart = qobject_cast<QAbstractSpinBox*>(control->parentWidget());
+        if (!control->isVisible() || control->focusPolicy() == Qt::NoFocus || isPart) continue;
+        QAccessibleInterface* reader = QAccessible::queryAccessibleInterface(control);
+        EXPECT_TRUE(reader && !reader->text(QAccessible::Name).isEmpty())
+            << control->metaObject()->className() << ' ' << control->objectName().toStdString();
+    }
+    const InstanceId threshold = KernelStore::instance().instances()[2];
+    EXPECT_EQ(driver->control<QSlider>(threshold.objectId, "theSlMin").accessibleName(),
+              QStringLiteral("Min value"));
 }
 
 TEST_F(Editor, AClickOnTheSheetSetsTheValueAndNothingOfTheTrialsStays) {
@@ -309,6 +534,21 @@ TEST_F(Editor, AClickOnTheSheetSetsTheValueAndNothingOfTheTrialsStays) {
     ASSERT_TRUE(QTest::qWaitFor([&] { return gone.isNull(); }, kMinute));
     EXPECT_EQ(KernelStore::instance().liveObjectCount(), objects);
 
+    // Two parameters as a grid, of which a click sets both in one step.
+    window->showSweep(blur);
+    sweep = &driver->child<editor::SweepDialog>("sweepDialog");
+    sweep->setCount(4);
+    auto* second = sweep->findChildren<QComboBox*>().at(1);
+    second->setCurrentText(QStringLiteral("Blur"));
+    EXPECT_EQ(second->currentIndex(), 0) << "it is the first already";
+    second->setCurrentText(QStringLiteral("Enhance"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sweep->isComplete(); }, kMinute));
+    sheet = sweep->findChild<QWidget*>(QStringLiteral("sweepSheet"));
+    QTest::mouseClick(sheet, Qt::LeftButton, {}, sweep->cellRect(4 + 3).center() - sheet->pos());
+    EXPECT_EQ(state(blur).params[1].base, true);
+    EXPECT_EQ(state(blur).params[2].base, 13);
+    EXPECT_EQ(undoStack().count(), 3);
+
     // Versions A and B of the chain on one key.
     driver->trigger("actToggleAB");
     driver->addFilter(QStringLiteral("Channel separation"));
@@ -321,7 +561,7 @@ TEST_F(Editor, AClickOnTheSheetSetsTheValueAndNothingOfTheTrialsStays) {
 TEST_F(Editor, ACrashedProjectComesBackUnderItsPathAndCountsAsChanged) {
     open(QStringLiteral("shots"));
     const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
-    ASSERT_TRUE(window->saveAs(at(QStringLiteral("work.fxp"))));
+    ASSERT_TRUE(window->files().saveAs(at(QStringLiteral("work.fxp"))));
     driver->dragSlider(driver->control<QSlider>(blur, "theSlBlur"), 11);
     const std::vector<ChainItem> lost = currentChain();
     window->journal().writeNow();
@@ -344,7 +584,7 @@ TEST_F(Editor, ACrashedProjectComesBackUnderItsPathAndCountsAsChanged) {
     EXPECT_EQ(file.readAll(), onDisk) << "recovery overwrites nothing";
 
     // Saved, there is nothing to lose and no journal.
-    ASSERT_TRUE(window->save());
+    ASSERT_TRUE(window->files().save());
     window->journal().writeNow();
     EXPECT_FALSE(QFile::exists(window->journal().file()));
 }
@@ -360,6 +600,26 @@ TEST_F(Editor, WhatIsWrongIsSaidWhereItIs) {
     EXPECT_TRUE(driver->settle());
     EXPECT_FALSE(bar.isVisible());
     static_cast<void>(separator);
+
+    // A key where the input has no frame.
+    const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
+    driver->click(driver->control<QToolButton>(blur, "theTbAnimate"));
+    window->state().setCurrentFrame(4);
+    driver->trigger("actAddKey");
+    EXPECT_TRUE(driver->settle());
+    EXPECT_TRUE(bar.messages().isEmpty());
+    window->document().replaceInputs({at(QStringLiteral("shots/shot_0.png")).toStdString()});
+    EXPECT_TRUE(driver->settle());
+    EXPECT_TRUE(
+        bar.messages().value(0).contains(QStringLiteral("Enhance, Blur have a key at frame 4")));
+    // Many objections leave room for the picture.
+    for (int more = 0; more < 9; ++more)
+        QTest::keyClick(driver->entry(blur).parentWidget(), Qt::Key_D, Qt::ControlModifier);
+    EXPECT_TRUE(driver->settle());
+    EXPECT_EQ(bar.messages().size(), 10);
+    EXPECT_EQ(window->height(), 800);
+    EXPECT_GT(driver->child<editor::PictureView>("pictureView").height(), 300);
+    window->document().newFromInputs({at(QStringLiteral("shots")).toStdString()});
 
     // A frame that goes missing while it is open.
     ASSERT_TRUE(QFile::remove(at(QStringLiteral("shots/shot_3.png"))));

@@ -72,7 +72,7 @@ void actOnce(EditorDriver& driver, Dice& dice, const QString& folder) {
     } else if (what == 3) {
         window.state().setCurrentFrame(dice.upTo(3));
     } else if (what == 4) {
-        window.saveAs(folder + QLatin1String(kProject));
+        window.files().saveAs(folder + QLatin1String(kProject));
     } else {
         const auto at = static_cast<std::size_t>(dice.upTo(static_cast<int>(instances.size()) - 1));
         const auto sliders = driver.entry(instances[at].objectId).findChildren<QSlider*>();
@@ -124,7 +124,7 @@ void editForever(editor::MainWindow& window, const QString& folder, unsigned see
     QFile log(folder + QLatin1String(kLog));
     if (!log.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         throw std::runtime_error("the log cannot be made");
-    if (!window.open({folder + QStringLiteral("/shots")}))
+    if (!window.files().open({folder + QStringLiteral("/shots")}))
         throw std::runtime_error("the pictures cannot be opened");
     int step = 0;
     const auto note = [&] {

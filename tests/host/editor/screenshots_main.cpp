@@ -33,7 +33,7 @@ private:
         save(m_window, name);
     }
     void open(const char* picture) {
-        m_window.open({m_pictures.filePath(QLatin1String(picture))});
+        m_window.files().open({m_pictures.filePath(QLatin1String(picture))});
         m_driver.settle();
     }
     void save(QWidget& widget, const char* name) {
@@ -127,7 +127,7 @@ void Photographer::takeRecovery() {
         save(*box, "recovery");
         box->close();
     });
-    m_window.offerRecovery();
+    m_window.files().offerRecovery(m_window.journal());
 }
 
 void Photographer::takeDialogs(int objectId) {

@@ -77,7 +77,7 @@ int drag(editor::MainWindow& window, const QTemporaryDir& folder, const QStringL
     EditorDriver driver(window);
     const QString picture = folder.filePath(QStringLiteral("large.png"));
     largeFrame(0).save(picture);
-    window.open({picture});
+    window.files().open({picture});
     driver.settle();
     for (const QString& before : arguments.mid(5)) driver.addFilter(before);
     const int objectId = driver.addFilter(arguments[2]);
@@ -260,7 +260,7 @@ int actAtRandom(editor::MainWindow& window, const QTemporaryDir& folder,
     QDir().mkpath(shots);
     for (int number = 0; number < 6; ++number)
         largeFrame(number).scaled(240, 135).save(shots + QStringLiteral("/%1.png").arg(number));
-    window.open({shots});
+    window.files().open({shots});
     Monkey monkey(window, arguments[2].toUInt());
     QElapsedTimer clock;
     clock.start();
