@@ -206,11 +206,11 @@ public:
     }
 
 private:
-    // What a press opens or closes may take its window away before the release.
+    // What a press opens or closes may take its window away before the release, or make it smaller.
     static void click(QPointer<QWindow> handle, Qt::MouseButton button,
                       Qt::KeyboardModifiers modifiers, QPoint place) {
-        QTest::mousePress(handle, button, modifiers, place);
-        if (handle) QTest::mouseRelease(handle, button, modifiers, place);
+        QTest::mousePress(handle, button, modifiers, inside(handle, 0, 0, place));
+        if (handle) QTest::mouseRelease(handle, button, modifiers, inside(handle, 0, 0, place));
     }
     static QPoint inside(const QPointer<QWindow>& handle, int right, int down, QPoint place) {
         return {std::clamp(place.x() + right, 0, handle->width() - 1),
