@@ -34,8 +34,10 @@ public:
         return reinterpret_cast<std::uint16_t*>(m_keys) + cells() - m_stride;
     }
 
-    /// The lowest level of a free pixel: where the flood begins, with all seeds up to it.
+    /// The lowest level of a free pixel, where the flood begins with all seeds up to it; and the
+    /// highest.
     int lowestLevel() const { return m_free.lowest; }
+    int highestLevel() const { return m_free.highest; }
 
     /// Floods level by level and writes the labels into the marker. floodLevel(level) returns how
     /// many pixels it gave a label. seedsListed() is called once, before any.

@@ -68,8 +68,9 @@ private:
     void listFreePixels() {
         const int first = kFreeKey + m_field.lowestLevel();
         const auto cells = static_cast<int>(m_field.cells());
-        for (int pixel = 0; pixel < cells; ++pixel)
-            if (m_keys[pixel] > first) m_field.add(m_keys[pixel] - kFreeKey, pixel);
+        if (m_field.highestLevel() > m_field.lowestLevel())
+            for (int pixel = 0; pixel < cells; ++pixel)
+                if (m_keys[pixel] > first) m_field.add(m_keys[pixel] - kFreeKey, pixel);
         for (int pixel = 0; pixel < cells; ++pixel) {
             Key& key = m_keys[pixel];
             key = static_cast<Key>(key >= kFreeKey || key == kRimKey ? key : key | kHiddenSeed);
@@ -280,7 +281,25 @@ private:
     }
 
     void addOpenNeighbours(int pixel) {
-        for (const int offset : m_offsets) addIfOpen(pixel + offset, m_level);
+        const int level = m_level;
+        int* listEnd = m_field.listEnd(level);
+        const auto add = [&](int neighbour) {
+            Key& key = m_keys[neighbour];
+            const int height = key - kFreeKey;
+            if (height < 0 || height > level) return;
+            *listEnd++ = neighbour;
+            key = kInBand;
+        };
+        const auto stride = static_cast<int>(m_stride);
+        add(pixel - stride);
+        add(pixel - 1);
+        add(pixel + 1);
+        add(pixel + stride);
+        add(pixel - stride - 1);
+        add(pixel - stride + 1);
+        add(pixel + stride - 1);
+        add(pixel + stride + 1);
+        m_field.setListEnd(level, listEnd);
     }
 
     /// When a pixel is reached over each of its sides, and over the first of them.
@@ -301,7 +320,8 @@ private:
         Arrivals result;
         result.over = {over(above[0], above[-1], above[1]), over(row[-1], above[-1], below[-1]),
                        over(row[1], above[1], below[1]), over(below[0], below[-1], below[1])};
-        result.first = *std::min_element(result.over.begin(), result.over.end());
+        result.first = std::min(std::min(result.over[0], result.over[1]),
+                                std::min(result.over[2], result.over[3]));
         return result;
     }
 
