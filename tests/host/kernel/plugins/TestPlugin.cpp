@@ -47,7 +47,7 @@ void act(const char* place) {
     if (deed == "sleep")
         for (;;) pause();
     if (deed == "loop")
-        for (volatile int turn = 0;; turn = turn + 1) {
+        for (volatile unsigned turn = 0;; turn = turn + 1) {
         }
     if (deed == "recurse") {
         volatile char block[1 << 16];
