@@ -68,7 +68,7 @@ public:
 
     void write(std::int64_t frame, const DeepPicture& picture) override {
         const std::string file = path(frame);
-        writeFile(file, encodeDeepPicture(file, picture));
+        writeFile(file, encodeDeepPicture(file, picture, m_options));
     }
 
 private:

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "host/media/DeepPicture.h"
 #include "host/media/MediaSource.h"
-#include "host/media/deep_picture.h"
 
 namespace media {
 

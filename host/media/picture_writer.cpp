@@ -44,6 +44,20 @@ bool profileFits(const std::vector<unsigned char>& profile, int channels) {
            (channels <= 2 ? holdsAt(16, {'G', 'R', 'A', 'Y'}) : holdsAt(16, {'R', 'G', 'B', ' '}));
 }
 
+void encode(const std::string& path, const formats::PictureRows& rows,
+            const PictureProperties& properties, const WriteOptions& options,
+            std::vector<unsigned char>& file) {
+    try {
+        formatOf(path)->encode(rows, properties, options, suffixOf(fileNameOf(path)), file);
+    } catch (const formats::FormatError& error) {
+        throw MediaError(error.kind(), shown(path) + ": " + error.what());
+    } catch (const std::bad_alloc&) {
+        throw MediaError(
+            MediaErrorKind::NoMemory,
+            shown(path) + ": there is not enough memory to write the picture; use fewer jobs");
+    }
+}
+
 }  // namespace
 
 bool isWritable(const std::string& fileName) {
@@ -93,17 +107,28 @@ void encodePicture(const std::string& path, const HkImage& image,
     checkPicture(path, {image.roiWidth, image.roiHeight, image.channels});
     PictureProperties kept = properties;
     if (!profileFits(kept.iccProfile, image.channels)) kept.iccProfile.clear();
-    const formats::PictureRows rows{image.data, image.step, image.roiWidth, image.roiHeight,
-                                    image.channels};
-    try {
-        formatOf(path)->encode(rows, kept, options, suffixOf(fileNameOf(path)), file);
-    } catch (const formats::FormatError& error) {
-        throw MediaError(error.kind(), shown(path) + ": " + error.what());
-    } catch (const std::bad_alloc&) {
+    encode(path, {image.data, image.step, image.roiWidth, image.roiHeight, image.channels}, kept,
+           options, file);
+}
+
+bool isDeepWritable(const std::string& fileName) {
+    const Format* format = formatOf(fileName);
+    return format && format->writesWords;
+}
+
+std::vector<unsigned char> encodeDeepPicture(const std::string& path, const DeepPicture& picture,
+                                             const WriteOptions& options) {
+    if (!isDeepWritable(path))
         throw MediaError(
-            MediaErrorKind::NoMemory,
-            shown(path) + ": there is not enough memory to write the picture; use fewer jobs");
-    }
+            MediaErrorKind::CannotCreate,
+            shown(path) + ": this format does not hold 16 bits a sample; use .png or .tif");
+    checkPicture(path, {picture.width, picture.height, 1});
+    std::vector<unsigned char> file;
+    encode(path,
+           {reinterpret_cast<const unsigned char*>(picture.samples.data()), 2 * picture.width,
+            picture.width, picture.height, 1, 2},
+           {}, options, file);
+    return file;
 }
 
 }  // namespace media

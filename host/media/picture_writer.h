@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "host/media/DeepPicture.h"
 #include "host/media/MediaSource.h"
 
 namespace media {
@@ -22,6 +23,14 @@ void checkPicture(const std::string& path, const PictureInfo& picture);
 void encodePicture(const std::string& path, const HkImage& image,
                    const PictureProperties& properties, const WriteOptions& options,
                    std::vector<unsigned char>& file);
+
+/// True when deep pictures can be written to files of this name's suffix: .png, .tif, .tiff.
+bool isDeepWritable(const std::string& fileName);
+
+/// The bytes of a picture file, always the same ones for the same picture. Throws MediaError as
+/// encodePicture(); CannotCreate for a path that is not isDeepWritable().
+std::vector<unsigned char> encodeDeepPicture(const std::string& path, const DeepPicture& picture,
+                                             const WriteOptions& options);
 
 /// True when files of this name's suffix can hold several pages.
 bool holdsPages(const std::string& fileName);

@@ -94,16 +94,19 @@ protected:
     std::vector<Ratio> m_delays;
 };
 
-/// Pixels to be written: rows of 8-bit samples.
+/// Pixels to be written: rows of 8-bit samples, or for formats that write words of 16 bits in the
+/// machine's order.
 struct PictureRows {
     const unsigned char* data = nullptr;
     std::ptrdiff_t step = 0;
     int width = 0;
     int height = 0;
     int channels = 0;
+    int sampleBytes = 1;  ///< 1 or 2
 
+    std::size_t pixelBytes() const { return static_cast<std::size_t>(channels) * sampleBytes; }
     const unsigned char* row(int y) const { return data + step * y; }
-    std::size_t rowBytes() const { return static_cast<std::size_t>(width) * channels; }
+    std::size_t rowBytes() const { return static_cast<std::size_t>(width) * pixelBytes(); }
 };
 
 struct Format {
@@ -123,6 +126,7 @@ struct Format {
     /// Null: the format has no moving pictures. Otherwise makes the decoder of a file that holds
     /// several, and null for another.
     std::unique_ptr<AnimationDecoder> (*openAnimation)(const Bytes& file) = nullptr;
+    bool writesWords = false;  ///< pictures of 16 bits a sample, too
 };
 
 /// The format of these bytes, by what they begin with. Throws FormatError naming the formats there

@@ -1,22 +1,16 @@
 // The formats that OpenImageIO reads and writes, each by its reader's name.
 
-#include <OpenImageIO/filesystem.h>
-#include <OpenImageIO/imageio.h>
+#include <dlfcn.h>
+#include <sys/mman.h>
 
 #include <cstring>
 
-#include "host/kernel/HeapWatch.h"
-#include "host/media/formats/Format.h"
+#include "host/kernel/host_library.h"
+#include "host/media/formats/picture_library.h"
 
 namespace media::formats {
 
 namespace {
-
-/// Frames are read and written side by side, one thread each; a pool of threads inside the library
-/// would only compete with them. It knows this setting for the whole process only.
-void keepToOwnThread() {
-    [[maybe_unused]] static const bool done = OIIO::attribute("threads", 1);
-}
 
 unsigned little(const Bytes& file, std::size_t at, std::size_t bytes) {
     const Bytes part = file.part(at, bytes);
@@ -36,122 +30,15 @@ constexpr char kPnm[] = "pnm";
 constexpr char kWebp[] = "webp";
 constexpr char kExr[] = "openexr";
 
-/// Some of the readers give what lay in memory where a part of the file is too short. It is zero.
-class LibraryDecoder : public PictureDecoder {
-public:
-    LibraryDecoder(const char* reader, const Bytes& file, double mostPerByte)
-        : m_memory(file.data, file.size), m_animates(!std::strcmp(reader, kWebp)) {
-        keepToOwnThread();
-        const ZeroedHeap zeroed;
-        m_input = OIIO::ImageInput::create(reader);
-        OIIO::ImageSpec options;
-        options.attribute("oiio:UnassociatedAlpha", 1);
-        if (!m_input || !m_input->supports("ioproxy") || !m_input->set_ioproxy(&m_memory) ||
-            !m_input->open(std::string("frame.") + reader, m_layout, options)) {
-            forgetReason();
-            refuseDamaged("its head cannot be understood");
-        }
-        // What one file holds of several is pictures of an animation, or parts of one picture.
-        if (!m_animates && hasPart(1))
-            m_head.notes.push_back("only the first of several parts is read");
-        m_head.width = m_layout.width;
-        m_head.height = m_layout.height;
-        // Up to four, of more the colours and an alpha that stands right behind them.
-        m_head.channels = m_layout.nchannels <= 4       ? m_layout.nchannels
-                          : m_layout.alpha_channel == 3 ? 4
-                                                        : 3;
-        if (m_layout.nchannels > m_head.channels)
-            m_head.notes.push_back("only the first " + std::to_string(m_head.channels) + " of " +
-                                   std::to_string(m_layout.nchannels) + " channels are read");
-        m_head.samples = m_layout.format == OIIO::TypeUInt8    ? SampleType::Byte
-                         : m_layout.format == OIIO::TypeUInt16 ? SampleType::Word
-                                                               : SampleType::Float;
-        m_head.orientation = m_layout.get_int_attribute("Orientation", 1);
-        if (m_head.orientation < 1 || m_head.orientation > 8) m_head.orientation = 1;
-        // These two give colours multiplied by alpha although we asked for the contrary.
-        const bool hasAlpha = m_head.channels == 2 || m_head.channels == 4;
-        const bool multiplies = !std::strcmp(reader, kExr) || m_animates;
-        m_head.isPremultiplied = hasAlpha && multiplies;
-        if (m_head.isPremultiplied) m_head.samples = SampleType::Float;
-        m_head.leastBytes = static_cast<double>(m_layout.width) * m_layout.height *
-                            m_layout.nchannels / mostPerByte;
-    }
-
-    void read(unsigned char* rows, std::size_t step) override {
-        const ZeroedHeap zeroed;
-        const OIIO::TypeDesc type = m_head.samples == SampleType::Byte   ? OIIO::TypeUInt8
-                                    : m_head.samples == SampleType::Word ? OIIO::TypeUInt16
-                                                                         : OIIO::TypeFloat;
-        const auto pixel = static_cast<OIIO::stride_t>(bytesOf(m_head.samples)) * m_head.channels;
-        if (!m_input->read_image(0, 0, 0, m_head.channels, type, rows, pixel,
-                                 static_cast<OIIO::stride_t>(step)) ||
-            m_input->has_error()) {
-            forgetReason();
-            refuseDamaged("its pixels are not all there");
-        }
-    }
-
-    PictureProperties properties() override {
-        PictureProperties result;
-        result.xResolution = m_layout.get_float_attribute("XResolution");
-        result.yResolution = m_layout.get_float_attribute("YResolution");
-        const std::string unit = m_layout.get_string_attribute("ResolutionUnit");
-        result.resolutionUnit = unit == "in" || unit == "inch" ? "in" : unit == "cm" ? "cm" : "";
-        if (const OIIO::ParamValue* profile = m_layout.find_attribute("ICCProfile")) {
-            const auto* bytes = static_cast<const unsigned char*>(profile->data());
-            result.iccProfile.assign(bytes, bytes + profile->type().size());
-        }
-        result.hasPagesBehind = m_animates && hasPart(1);
-        return result;
-    }
-
-private:
-    bool hasPart(int number) {
-        const bool found = m_input->seek_subimage(number, 0);
-        if (!found) forgetReason();
-        return found;
-    }
-
-    /// The library's words are not ours, and it prints those nobody fetched.
-    void forgetReason() {
-        if (m_input) m_input->geterror();
-        OIIO::geterror();
-    }
-
-    OIIO::Filesystem::IOMemReader m_memory;
-    const bool m_animates;
-    OIIO::ImageSpec m_layout;
-    std::unique_ptr<OIIO::ImageInput> m_input;
-};
+template <const char* kReader, const double& kMostPerByte>
+std::unique_ptr<PictureDecoder> open(const Bytes& file, int) {
+    return pictureLibrary().open(kReader, file, kMostPerByte);
+}
 
 template <const char* kWriter>
 void encode(const PictureRows& rows, const PictureProperties& properties, const WriteOptions&,
             const std::string& suffix, std::vector<unsigned char>& file) {
-    keepToOwnThread();
-    OIIO::ImageSpec head(rows.width, rows.height, rows.channels, OIIO::TypeUInt8);
-    head.attribute("oiio:UnassociatedAlpha", 1);
-    head.attribute("DateTime", "");  // else files would carry the time and never be the same
-    if (properties.xResolution > 0 && properties.yResolution > 0) {
-        head.attribute("XResolution", static_cast<float>(properties.xResolution));
-        head.attribute("YResolution", static_cast<float>(properties.yResolution));
-        head.attribute("ResolutionUnit",
-                       properties.resolutionUnit.empty() ? "none" : properties.resolutionUnit);
-    }
-    OIIO::Filesystem::IOVecOutput memory(file);
-    const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(kWriter);
-    const bool done = output && output->set_ioproxy(&memory) &&
-                      output->open("frame" + suffix, head) &&
-                      output->write_image(OIIO::TypeUInt8, rows.data, rows.channels, rows.step) &&
-                      output->close();
-    if (done) return;
-    if (output) output->geterror();
-    OIIO::geterror();
-    throw FormatError(MediaErrorKind::ReadWrite, "the picture cannot be encoded; use .png or .tif");
-}
-
-template <const char* kReader, const double& kMostPerByte>
-std::unique_ptr<PictureDecoder> open(const Bytes& file, int) {
-    return std::make_unique<LibraryDecoder>(kReader, file, kMostPerByte);
+    pictureLibrary().encode(kWriter, rows, properties, suffix, file);
 }
 
 /// Kinds of BMP whose reader is sound.
@@ -168,7 +55,7 @@ std::unique_ptr<PictureDecoder> openBmp(const Bytes& file, int) {
     if (bits == 8 && colours != 0 && colours != 256)
         refuseKind("a palette of " + std::to_string(colours));
     file.part(little(file, 10, 4), 1);
-    return std::make_unique<LibraryDecoder>(kBmp, file, 4);
+    return pictureLibrary().open(kBmp, file, 4);
 }
 
 bool isTarga(const Bytes& file) {
@@ -188,10 +75,46 @@ std::unique_ptr<PictureDecoder> openTarga(const Bytes& file, int) {
     if (file.data[1] == 1 &&
         (little(file, 3, 2) != 0 || little(file, 5, 2) < 256 || file.data[7] != 24))
         refuseKind("a colour map that is not 256 colours of 24 bits");
-    return std::make_unique<LibraryDecoder>(kTarga, file, kRuns * 4);
+    return pictureLibrary().open(kTarga, file, kRuns * 4);
+}
+
+[[noreturn]] void refuseLoading(MediaErrorKind kind, const std::string& reason,
+                                const char* advice) {
+    throw FormatError(
+        kind, "the library for BMP, PNM, TGA, WebP and OpenEXR pictures cannot be loaded (" +
+                  reason + "); " + advice);
+}
+
+/// Asks for the memory that the library and those it brings will map: some of them end the program
+/// when they do not get it.
+bool hasRoomToLoad() {
+    const std::size_t room = std::size_t{400} << 20;
+    void* const pages = mmap(nullptr, room, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pages == MAP_FAILED) return false;
+    munmap(pages, room);
+    return true;
+}
+
+const PictureLibrary& loaded() {
+    if (!hasRoomToLoad())
+        refuseLoading(MediaErrorKind::NoMemory, "there is not enough memory",
+                      "use fewer jobs at a time");
+    // It is never unloaded: decoders may live as long as the program.
+    const std::string path = hostLibraryPath("libfxpictures.so");
+    void* const library = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    void* const functions = library ? dlsym(library, "fxPictureLibrary") : nullptr;
+    if (functions) return *static_cast<const PictureLibrary*>(functions);
+    const char* const reason = dlerror();
+    refuseLoading(MediaErrorKind::ReadWrite, reason ? reason : path,
+                  "install the program again, or use PNG, TIFF or JPEG");
 }
 
 }  // namespace
+
+const PictureLibrary& pictureLibrary() {
+    static const PictureLibrary& library = loaded();
+    return library;
+}
 
 std::vector<Format> libraryFormats() {
     static constexpr unsigned kGreyOrColour = 0b0101;

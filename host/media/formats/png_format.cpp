@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -58,6 +59,22 @@ void filterRow(int filter, const unsigned char* row, const unsigned char* up, st
     }
 }
 
+/// The words of a picture as PNG has them, in rows without gaps.
+std::vector<unsigned char> highByteFirst(const PictureRows& rows) {
+    std::vector<unsigned char> out;
+    out.reserve(rows.rowBytes() * static_cast<std::size_t>(rows.height));
+    for (int y = 0; y < rows.height; ++y) {
+        const unsigned char* row = rows.row(y);
+        for (std::size_t i = 0; i < rows.rowBytes(); i += 2) {
+            std::uint16_t word;
+            std::memcpy(&word, row + i, 2);
+            out.push_back(static_cast<unsigned char>(word >> 8));
+            out.push_back(static_cast<unsigned char>(word));
+        }
+    }
+    return out;
+}
+
 /// Masks: their rows hold long runs, and differ little from those above.
 bool isBlackAndWhite(const PictureRows& rows) {
     for (int y = 0; y < rows.height; ++y) {
@@ -84,7 +101,7 @@ unsigned long cost(const unsigned char* filtered, std::size_t size) {
 Bytes filtered(const PictureRows& rows, std::initializer_list<int> candidates, Scratch& scratch) {
     constexpr int kRowsOfOneFilter = 16;
     const std::size_t size = rows.rowBytes();
-    const auto pixel = static_cast<std::size_t>(rows.channels);
+    const std::size_t pixel = rows.pixelBytes();
     unsigned char* const begin =
         scratch.atLeast((size + 1) * static_cast<std::size_t>(rows.height));
     const std::vector<unsigned char> nothing(size);
@@ -110,14 +127,22 @@ Bytes filtered(const PictureRows& rows, std::initializer_list<int> candidates, S
     return {begin, static_cast<std::size_t>(out - begin)};
 }
 
-void encodePng(const PictureRows& rows, const PictureProperties& properties,
+void encodePng(const PictureRows& given, const PictureProperties& properties,
                const WriteOptions& options, const std::string&, std::vector<unsigned char>& file) {
+    PictureRows rows = given;
+    std::vector<unsigned char> words;
+    if (rows.sampleBytes == 2) {
+        words = highByteFirst(given);
+        rows.data = words.data();
+        rows.step = static_cast<std::ptrdiff_t>(rows.rowBytes());
+    }
     file.insert(file.end(), kSignature, kSignature + kSignatureSize);
     putChunk("IHDR", file, [&] {
         constexpr unsigned char colourTypes[] = {Grey, GreyAlpha, Rgb, RgbAlpha};
         put32(static_cast<unsigned>(rows.width), file);
         put32(static_cast<unsigned>(rows.height), file);
-        file.insert(file.end(), {8, colourTypes[rows.channels - 1], 0, 0, 0});
+        const auto bits = static_cast<unsigned char>(8 * rows.sampleBytes);
+        file.insert(file.end(), {bits, colourTypes[rows.channels - 1], 0, 0, 0});
     });
     if (!properties.iccProfile.empty())
         putChunk("iCCP", file, [&] {
@@ -169,7 +194,8 @@ std::vector<Format> png() {
                     encodePng,
                     0b1111,
                     32768,
-                    openPngAnimation};
+                    openPngAnimation,
+                    true};
     Format animated = still;
     animated.suffixes = {".apng"};
     animated.encode = nullptr;  // stills have the other suffix

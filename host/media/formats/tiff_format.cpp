@@ -393,6 +393,22 @@ unsigned unitOf(const std::string& unit) {
 
 constexpr int kStripBytes = 1 << 18;
 
+/// A row of `bytes` as TIFF's horizontal predictor has it: each sample less that of the pixel
+/// before.
+template <typename Sample>
+void putDifferences(const unsigned char* in, unsigned char* out, std::size_t bytes, int channels) {
+    const auto at = [in](std::size_t i) {
+        Sample sample;
+        std::memcpy(&sample, in + i * sizeof sample, sizeof sample);
+        return sample;
+    };
+    const auto pixel = static_cast<std::size_t>(channels);
+    for (std::size_t i = 0; i < bytes / sizeof(Sample); ++i) {
+        const auto difference = static_cast<Sample>(i < pixel ? at(i) : at(i) - at(i - pixel));
+        std::memcpy(out + i * sizeof difference, &difference, sizeof difference);
+    }
+}
+
 /// Appends a page to a file that is empty or ends with another page. Its strips are of a size that
 /// deflate likes and that can be read on its own.
 void encodeTiff(const PictureRows& rows, const PictureProperties& properties,
@@ -407,13 +423,13 @@ void encodeTiff(const PictureRows& rows, const PictureProperties& properties,
         const int count = std::min(rowsPerStrip, rows.height - first);
         const std::size_t size = rows.rowBytes();
         unsigned char* strip = scratch.atLeast(size * static_cast<std::size_t>(rowsPerStrip));
-        const auto pixel = static_cast<std::size_t>(rows.channels);
         for (int y = 0; y < count; ++y) {
             const unsigned char* in = rows.row(first + y);
             unsigned char* out = strip + size * static_cast<std::size_t>(y);
-            std::memcpy(out, in, std::min(pixel, size));
-            for (std::size_t i = pixel; i < size; ++i)
-                out[i] = static_cast<unsigned char>(in[i] - in[i - pixel]);
+            if (rows.sampleBytes == 2)
+                putDifferences<std::uint16_t>(in, out, size, rows.channels);
+            else
+                putDifferences<unsigned char>(in, out, size, rows.channels);
         }
         offsets.push_back(static_cast<unsigned>(file.size()));
         deflateTo({strip, size * static_cast<std::size_t>(count)}, options.compression, file);
@@ -427,7 +443,8 @@ void encodeTiff(const PictureRows& rows, const PictureProperties& properties,
         longsEntry(TIFFTAG_IMAGEWIDTH, {static_cast<unsigned>(rows.width)}),
         longsEntry(TIFFTAG_IMAGELENGTH, {static_cast<unsigned>(rows.height)}),
         shortsEntry(TIFFTAG_BITSPERSAMPLE,
-                    std::vector<unsigned>(static_cast<std::size_t>(rows.channels), 8)),
+                    std::vector<unsigned>(static_cast<std::size_t>(rows.channels),
+                                          8u * static_cast<unsigned>(rows.sampleBytes))),
         shortsEntry(TIFFTAG_COMPRESSION, {COMPRESSION_ADOBE_DEFLATE}),
         shortsEntry(TIFFTAG_PHOTOMETRIC, {photometric}),
         longsEntry(TIFFTAG_STRIPOFFSETS, offsets),
@@ -484,7 +501,9 @@ Format tiff() {
         [](const Bytes& file) { return static_cast<int>(TIFFNumberOfDirectories(OpenTiff(file))); },
         encodeTiff,
         0b1111,
-        32768};
+        32768,
+        nullptr,
+        true};
 }
 
 }  // namespace media::formats

@@ -66,6 +66,13 @@ TEST_F(FxrenderProgram, AShortageOfMemoryNamesThePictureAndSaysTryAgain) {
         shell("ulimit -v 1000000; exec " FXRENDER " apply large.ppm -o out.png -f Degauss");
     EXPECT_EQ(result.exitCode, 75) << result.err;
     EXPECT_THAT(result.err, HasSubstr("large.ppm: there is not enough memory"));
+
+    // What reads this format would end the program while it is loaded.
+    write("small.ppm", "P6 1 1 255\nabc");
+    const ProgramResult unloaded =
+        shell("ulimit -v 450000; exec " FXRENDER " apply small.ppm -o out.png -f Degauss");
+    EXPECT_EQ(unloaded.exitCode, 75) << unloaded.err;
+    EXPECT_THAT(unloaded.err, HasSubstr("small.ppm: the library for BMP, PNM"));
 }
 #endif
 
