@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QStandardPaths>
+#include <algorithm>
 
 #include "host/document/FilterChain.h"
 #include "host/editor/Attempt.h"
@@ -21,6 +22,7 @@
 #include "host/editor/Glyphs.h"
 #include "host/editor/Journal.h"
 #include "host/kernel/KernelStore.h"
+#include "host/media/FrameTemplate.h"
 #include "host/media/SamplePicture.h"
 
 namespace editor {
@@ -37,6 +39,12 @@ std::vector<std::string> asInputs(const QStringList& paths) {
     std::vector<std::string> inputs;
     for (const QString& path : paths) inputs.push_back(QFile::encodeName(path).toStdString());
     return inputs;
+}
+
+/// A pattern of frame numbers stands for files that are looked for when it is opened.
+bool isGone(const QString& path) {
+    return !QFileInfo::exists(path) &&
+           !media::FrameTemplate::parse(QFile::encodeName(path).toStdString());
 }
 
 bool isProject(const QStringList& paths) {
@@ -145,13 +153,16 @@ void FileActions::askForOtherInput() {
 void FileActions::remember(const QStringList& paths) {
     QStringList absolute;
     for (const QString& path : paths) absolute << QFileInfo(path).absoluteFilePath();
-    QSettings settings;
     QStringList entries = recent();
     const QString entry = absolute.join(QLatin1Char('\n'));
     entries.removeAll(entry);
     entries.prepend(entry);
     const int most = 12;
-    settings.setValue(QStringLiteral("recent"), QStringList(entries.mid(0, most)));
+    setRecent(entries.mid(0, most));
+}
+
+void FileActions::setRecent(const QStringList& entries) {
+    QSettings().setValue(QStringLiteral("recent"), entries);
     emit recentChanged();
 }
 
@@ -160,7 +171,27 @@ QStringList FileActions::recent() const {
 }
 
 void FileActions::openRecent(const QString& entry) {
-    open(entry.split(QLatin1Char('\n')));
+    const QStringList paths = entry.split(QLatin1Char('\n'));
+    const auto gone = std::find_if(paths.begin(), paths.end(), isGone);
+    if (gone == paths.end()) {
+        open(paths);
+        return;
+    }
+    QMessageBox box(QMessageBox::Question, tr("This cannot be opened"),
+                    tr("%1 is no longer there.").arg(*gone), QMessageBox::Close, m_window);
+    box.setInformativeText(tr("It may have been moved, or be on a disk that is not connected."));
+    QPushButton* const forget =
+        box.addButton(tr("&Take it off the list"), QMessageBox::DestructiveRole);
+    forget->setObjectName(QStringLiteral("forgetRecent"));
+    box.exec();
+    if (box.clickedButton() != forget) return;
+    QStringList entries = recent();
+    entries.removeAll(entry);
+    setRecent(entries);
+}
+
+void FileActions::forgetRecent() {
+    setRecent({});
 }
 
 void FileActions::showNotices(const QStringList& notices) {

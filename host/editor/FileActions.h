@@ -32,7 +32,9 @@ public:
     /// What was opened or saved lately, the latest first; each is the paths of one opening, a line
     /// each.
     QStringList recent() const;
+    /// Asks whether to forget it when a part of it is no longer there.
     void openRecent(const QString& entry);
+    void forgetRecent();
 
     bool save();
     bool saveAs(const QString& path);
@@ -57,6 +59,7 @@ signals:
 private:
     EditorSession& session() const;
     void remember(const QStringList& paths);
+    void setRecent(const QStringList& entries);
     void showNotices(const QStringList& notices);
 
     EditorDocument& m_document;

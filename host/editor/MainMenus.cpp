@@ -52,6 +52,9 @@ void MainMenus::showRecent() {
     for (const QString& entry : entries)
         connect(m_recentMenu->addAction(recentTitle(entry).replace('&', "&&")), &QAction::triggered,
                 this, [=] { m_parts.files.openRecent(entry); });
+    m_recentMenu->addSeparator();
+    connect(m_recentMenu->addAction(tr("&Forget all")), &QAction::triggered, &m_parts.files,
+            &FileActions::forgetRecent);
     m_recentMenu->setEnabled(!entries.isEmpty());
 }
 

@@ -393,6 +393,18 @@
         <source>An export is running. Stop it? The frames written so far stay.</source>
         <translation>Ein Export läuft. Anhalten? Die schon geschriebenen Bilder bleiben.</translation>
     </message>
+    <message>
+        <source>%1 is no longer there.</source>
+        <translation>%1 ist nicht mehr da.</translation>
+    </message>
+    <message>
+        <source>It may have been moved, or be on a disk that is not connected.</source>
+        <translation>Vielleicht wurde es verschoben, oder es liegt auf einem Datenträger, der nicht angeschlossen ist.</translation>
+    </message>
+    <message>
+        <source>&amp;Take it off the list</source>
+        <translation>&amp;Aus der Liste nehmen</translation>
+    </message>
 </context>
 <context>
     <name>FilterCommands</name>
@@ -715,6 +727,10 @@
     <message>
         <source>&amp;Dark</source>
         <translation>D&amp;unkel</translation>
+    </message>
+    <message>
+        <source>&amp;Forget all</source>
+        <translation>&amp;Alle vergessen</translation>
     </message>
 </context>
 <context>

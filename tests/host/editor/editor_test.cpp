@@ -295,6 +295,21 @@ TEST_F(Editor, WhatIsDroppedIsOpenedUnlessItIsElsewhere) {
     window->files().openRecent(window->files().recent().at(1));
     EXPECT_TRUE(driver->settle());
     EXPECT_EQ(window->state().frames().size(), 2u);
+    // One whose file has gone may stay: its disk may come back.
+    const QStringList entries = window->files().recent();
+    ASSERT_TRUE(QDir(at(QStringLiteral("shots"))).rename(QStringLiteral("shot_3.png"), "moved"));
+    for (const bool forgotten : {false, true}) {
+        QTimer::singleShot(0, [forgotten] {
+            auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            ASSERT_TRUE(question && question->text().contains(QStringLiteral("shot_3.png")));
+            if (forgotten)
+                question->findChild<QPushButton*>(QStringLiteral("forgetRecent"))->click();
+            else
+                question->button(QMessageBox::Close)->click();
+        });
+        window->files().openRecent(entries.first());
+        EXPECT_EQ(window->files().recent(), forgotten ? QStringList(entries.mid(1)) : entries);
+    }
 }
 
 TEST_F(Editor, TheKeyThatShowsThePictureBeforeWorksWhereverTheFocusIs) {
