@@ -19,7 +19,7 @@ import time
 import cv2
 import numpy
 
-SHORT, LONG, REPETITIONS = 2, 14, 5
+SHORT, LONG, REEL, REPETITIONS = 2, 14, 56, 5
 BLUR = ["-f", "Blur and enhance:Blur=4"]
 FOUR = BLUR + ["-f", "Channel separation:Channel=5", "-f", "Adaptive threshold:Size=51,Min=0", "-f", "Object separator:Det=20"]
 PEER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "whole_runs_peer.py")
@@ -59,19 +59,22 @@ def main():
     work = tempfile.mkdtemp(prefix="whole_runs_")
     photographs(work, sys.argv[2] if len(sys.argv) > 2 else None)
 
-    def ours(suffix, filters, count, jobs=1):
+    def pattern(name):
+        return f"{work}/{name}_####.{'png' if name == 'reel' else name}"
+
+    def ours(name, filters, count, jobs=1):
         out = f"{work}/ours"
         shutil.rmtree(out, ignore_errors=True)
-        return run([fxrender, "apply", f"{work}/{suffix}_####.{suffix}", "-o", out + "/", "--frames", f"0-{count - 1}",
+        return run([fxrender, "apply", pattern(name), "-o", out + "/", "--frames", f"0-{count - 1}",
                     "-j", str(jobs), "-q"] + filters)
 
-    def twoPrograms(suffix, filters, count):
+    def twoPrograms(name, filters, count):
         """What the machine's processors have to give: nothing is shared between the two."""
         for shard in 1, 2:
             shutil.rmtree(f"{work}/half_{shard}", ignore_errors=True)
         begin = time.monotonic()
         with concurrent.futures.ThreadPoolExecutor() as pool:
-            list(pool.map(lambda shard: run([fxrender, "apply", f"{work}/{suffix}_####.{suffix}", "-o", f"{work}/half_{shard}/",
+            list(pool.map(lambda shard: run([fxrender, "apply", pattern(name), "-o", f"{work}/half_{shard}/",
                                              "--frames", f"0-{count - 1}", "--shard", f"{shard}/2", "-j", "1", "-q"] + filters),
                           (1, 2)))
         return 0, time.monotonic() - begin
@@ -100,14 +103,19 @@ def main():
                 others.append(perFrame(lambda count: peers(suffix, steps, count))[0])
             a, b = statistics.median(mine), statistics.median(others)
             print(f"| {suffix}, {steps} | {a:.1f} | {b:.1f} | **{b / a:.2f}** | {sizes('ours') / sizes('peers'):.0%} |", flush=True)
-        one, two, halves = [], [], []
+        # By the clock, from the start of the program to its end, over the same photographs several times.
+        for i in range(REEL):
+            os.link(f"{work}/png_{i % LONG:04}.png", f"{work}/reel_{i:04}.png")
+        ways = {"--jobs 1": lambda: ours("reel", BLUR, REEL, 1), "--jobs 2": lambda: ours("reel", BLUR, REEL, 2),
+                "two programs": lambda: twoPrograms("reel", BLUR, REEL)}
+        seconds = {way: [] for way in ways}
         for _ in range(REPETITIONS):
-            one.append(perFrame(lambda count: ours("png", BLUR, count, 1))[1])
-            two.append(perFrame(lambda count: ours("png", BLUR, count, 2))[1])
-            halves.append(perFrame(lambda count: twoPrograms("png", BLUR, count))[1])
-        a, b, c = (statistics.median(times) for times in (one, two, halves))
-        print(f"\n--jobs 1: {a:.1f} ms of wall time a frame, --jobs 2: {b:.1f} ms, {a / b:.2f} times as fast; "
-              f"two programs with half of the frames each: {c:.1f} ms, {a / c:.2f} times")
+            for way, measure in ways.items():
+                seconds[way].append(measure()[1])
+        print(f"\n| {REEL} frames, PNG, blur | s | times as fast |\n|---|---:|---:|")
+        for way, times in seconds.items():
+            ratio = statistics.median(one / own for one, own in zip(seconds["--jobs 1"], times))
+            print(f"| {way} | {statistics.median(times):.2f} | {ratio:.2f} |")
     finally:
         shutil.rmtree(work)
 
