@@ -10,6 +10,7 @@
 #include "host/kernel/HeapWatch.h"
 #include "host/kernel/KernelStore.h"
 #include "host/kernel/ParamValue.h"
+#include "host/kernel/PluginGuard.h"
 
 namespace document {
 
@@ -44,15 +45,21 @@ ChainRenderer::ChainRenderer(const std::vector<InstanceId>& instances) {
         Step step{store.filterKey(instance.typeId), instance.typeId, instance.objectId,
                   FilterLimits(instance.typeId), nullptr};
         HkFilterManipulator* manipulator = store.manipulator(instance.typeId);
-        if (manipulator)
+        if (manipulator) {
+            const PluginQuestion question(
+                QStringLiteral("make the per-frame filter of \"%1\"").arg(step.key));
             step.filter.reset(
                 ask(step.key, [&] { return manipulator->createImageFilter(instance.objectId); }));
+        }
         if (!step.filter) blame(step.key, "cannot be made");
         m_steps.push_back(std::move(step));
     }
 }
 
-ChainRenderer::~ChainRenderer() = default;
+ChainRenderer::~ChainRenderer() {
+    const PluginQuestion question(QStringLiteral("remove the per-frame filters"));
+    m_steps.clear();
+}
 
 std::unique_ptr<HkImage> ChainRenderer::render(std::unique_ptr<HkImage> image, qint64 frame,
                                                const Observer& observer) {

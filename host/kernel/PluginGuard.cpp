@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -28,10 +29,10 @@ namespace {
 struct Diary {
     enum State : int { NotTouched, Loading, Loaded, Finished };
     std::atomic<int> state{NotTouched};
-    std::atomic<int> steps{0};           ///< that have begun
-    std::atomic<bool> isLimited{false};  ///< the step must come to an end soon
-    std::atomic<int> execError{0};       ///< why the program could not be started; 0: it was
-    int code = 0;                        ///< of the program, once it has finished
+    std::atomic<int> steps{0};      ///< that have begun
+    std::atomic<int> questions{0};  ///< that wait for an answer, which must come soon
+    std::atomic<int> execError{0};  ///< why the program could not be started; 0: it was
+    int code = 0;                   ///< of the program, once it has finished
     char step[300] = "";
 };
 
@@ -146,7 +147,7 @@ int waitFor(pid_t child, const Diary& diary, int limit, bool& isLate) {
     while (waitpid(child, &status, WNOHANG) == 0) {
         if (poll(&ended, 1, 1000) != 0) continue;
         // Seconds are counted, not measured: those while both processes are stopped are none.
-        const bool isLimited = diary.isLimited || diary.state == Diary::Finished;
+        const bool isLimited = diary.questions > 0 || diary.state == Diary::Finished;
         if (!isLimited || step != diary.steps) {
             step = diary.steps;
             seconds = 0;
@@ -255,11 +256,13 @@ void notePluginStep(const QString& step) {
     if (!g_diary) return;
     notePluginUse(step);
     ++g_diary->steps;
-    g_diary->isLimited = true;
+    g_diary->questions = 1;
     g_diary->state = Diary::Loading;
 }
 
 void notePluginUse(const QString& use) {
+    static std::mutex mutex;  // render threads ask, too
+    const std::lock_guard<std::mutex> lock(mutex);
     if (g_diary) std::snprintf(g_diary->step, sizeof g_diary->step, "%s", qUtf8Printable(use));
 }
 
@@ -267,7 +270,7 @@ void notePluginLoaded() {
     if (!g_diary) return;
     notePluginUse(QString());
     on_exit(endAtOnce, nullptr);  // before what the library has registered since
-    g_diary->isLimited = false;
+    g_diary->questions = 0;
     g_diary->state = Diary::Loaded;
 }
 
@@ -275,11 +278,10 @@ PluginQuestion::PluginQuestion(const QString& question) {
     if (!g_diary) return;
     notePluginUse(question);
     ++g_diary->steps;
-    g_diary->isLimited = true;
+    ++g_diary->questions;
 }
 
 PluginQuestion::~PluginQuestion() {
     if (!g_diary) return;
-    g_diary->isLimited = false;
-    notePluginUse(QString());
+    if (--g_diary->questions == 0) notePluginUse(QString());
 }

@@ -248,7 +248,10 @@ QString PluginLoader::ownPlugin() {
 
 PluginLoader::PluginLoader(const PluginServices& services) : m_services(services) {}
 
-PluginLoader::~PluginLoader() = default;
+PluginLoader::~PluginLoader() {
+    const PluginQuestion question(tr("remove its filters"));
+    m_manipulators.clear();
+}
 
 bool PluginLoader::load(const QString& file, QString* error) {
     Attempt attempt(file, m_services);
