@@ -4,10 +4,8 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QMouseEvent>
 #include <QSignalBlocker>
 #include <QSlider>
-#include <QStyleOptionSlider>
 #include <QTest>
 #include <QTranslator>
 #include <limits>
@@ -18,18 +16,12 @@
 #include "host/kernel/KernelStore.h"
 #include "tests/kit/ExpectedFilters.h"
 #include "tests/kit/FilterHost.h"
+#include "tests/kit/gestures.h"
 
 using testing::ElementsAre;
 using testing::Pair;
 
 namespace {
-
-void show(FilterHost& host) {
-    QApplication::setStyle("windows");  // others paint on threads of the toolkit's own
-    host.entry().resize(300, 160);
-    host.entry().show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&host.entry()));
-}
 
 /// Translates nothing and notes what was to be translated, by context.
 class ContextRecorder : public QTranslator {
@@ -87,35 +79,12 @@ TEST_P(ControlPage, EverySliderPositionSurvivesStoringAndShowing) {
     }
 }
 
-/// A slider is dragged by its handle over the length of its groove, a quarter at a time.
-void drag(QSlider* slider) {
-    QStyleOptionSlider option;
-    option.initFrom(slider);
-    option.orientation = slider->orientation();
-    option.minimum = slider->minimum();
-    option.maximum = slider->maximum();
-    option.sliderPosition = slider->sliderPosition();
-    option.sliderValue = slider->value();
-    option.tickPosition = slider->tickPosition();
-    const QPoint handle =
-        slider->style()
-            ->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, slider)
-            .center();
-    const int way = handle.x() < slider->width() / 2 ? slider->width() : -slider->width();
-    QTest::mousePress(slider, Qt::LeftButton, Qt::NoModifier, handle);
-    QPoint at = handle;
-    for (int quarter = 1; quarter <= 4; ++quarter) {
-        at = handle + QPoint(way * quarter / 4, 0);
-        QMouseEvent move(QEvent::MouseMove, at, slider->mapToGlobal(at), Qt::NoButton,
-                         Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(slider, &move);
-    }
-    QTest::mouseRelease(slider, Qt::LeftButton, Qt::NoModifier, at);
-}
-
 TEST_P(ControlPage, OneGestureIsOneUndoStep) {
     FilterHost host(GetParam().key);
-    show(host);
+    QApplication::setStyle("windows");  // others paint on threads of the toolkit's own
+    host.entry().resize(300, 160);
+    host.entry().show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&host.entry()));
     int edits = 0;
     QObject::connect(KernelNotifier::instance(), &KernelNotifier::objectChanged,
                      host.manipulator.get(), [&edits] { ++edits; });
@@ -125,7 +94,11 @@ TEST_P(ControlPage, OneGestureIsOneUndoStep) {
         for (int i = 0; i < 2; ++i) {
             const int start = control->value();
             edits = 0;
-            drag(control);
+            // By its handle over the length of its groove, a quarter at a time.
+            const QPoint handle = handleAt(*control, start);
+            const int way =
+                handle.x() < control->width() / 2 ? control->width() : -control->width();
+            drag(*control, handle, handle + QPoint(way, 0), 4);
             EXPECT_NE(control->value(), start);
             // Deconvolution is too slow to follow the mouse.
             EXPECT_EQ(edits > 1, GetParam().key != std::string("Degauss"));

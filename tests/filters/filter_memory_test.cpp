@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
-#include <new>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
@@ -39,29 +39,23 @@ private:
     cv::MatAllocator* m_own = cv::Mat::getStdAllocator();
 };
 
-/// A filter whose work can be asked for without a host's store.
-struct Work {
-    virtual ~Work() = default;
-    virtual HkImage* process(HkImage* image, const ParameterValues& values) = 0;
-};
+/// A filter's work, asked for without a host's store.
+using Work = std::function<HkImage*(HkImage* image, const ParameterValues& values)>;
+
 template <class Filter>
-struct WorkOf : Work {
+Work make() {
     struct Opened : Filter {
         Opened() : Filter(1) {}
         using Filter::process;
-    } filter;
-    HkImage* process(HkImage* image, const ParameterValues& values) override {
-        return filter.process(image, values);
-    }
-};
-template <class Filter>
-std::unique_ptr<Work> make() {
-    return std::make_unique<WorkOf<Filter>>();
+    };
+    return [filter = std::make_shared<Opened>()](HkImage* image, const ParameterValues& values) {
+        return filter->process(image, values);
+    };
 }
 
 struct Subject {
     const char* name;
-    std::unique_ptr<Work> (*make)();
+    Work (*make)();
     int first, second;  ///< values of the parameters after "Enabled"
     int channels;       ///< of the smaller frame
 };
@@ -94,10 +88,10 @@ protected:
     ~FilterMemory() override { cv::Mat::setDefaultAllocator(nullptr); }
 
     /// Renders the frame while the given request finds no memory. Returns the result's bytes.
-    std::vector<unsigned char> render(Work& filter, const Frame& frame, int failing = -1) {
+    std::vector<unsigned char> render(const Work& filter, const Frame& frame, int failing = -1) {
         HkImage* image = noise(frame.width, frame.height, frame.channels, 1).release();
         heap::reset(failing);
-        image = filter.process(image, m_values);
+        image = filter(image, m_values);
         m_requests = heap::requests;
         heap::reset();
         const std::unique_ptr<HkImage> result(image);
@@ -118,7 +112,7 @@ private:
 TEST_P(FilterMemory, TheFrameAfterOneThatRanOutOfMemoryIsRight) {
     const Frame small{60, 40, GetParam().channels}, large{90, 70, 3};
     for (const Frame& frame : {small, large}) {
-        const std::vector<unsigned char> expected = render(*GetParam().make(), frame);
+        const std::vector<unsigned char> expected = render(GetParam().make(), frame);
         ASSERT_NE(expected, bytesOf(*noise(frame.width, frame.height, frame.channels, 1)));
         ASSERT_NE(expected, std::vector<unsigned char>(expected.size(), 0));
 
@@ -128,11 +122,11 @@ TEST_P(FilterMemory, TheFrameAfterOneThatRanOutOfMemoryIsRight) {
             for (bool hasFailed = true; hasFailed; ++request) {
                 const int blocks = heap::blocks;
                 {
-                    const std::unique_ptr<Work> filter = GetParam().make();
-                    if (before.width > 0) render(*filter, before);
-                    render(*filter, frame, request);
+                    const Work filter = GetParam().make();
+                    if (before.width > 0) render(filter, before);
+                    render(filter, frame, request);
                     hasFailed = m_requests > request;
-                    EXPECT_EQ(render(*filter, frame), expected)
+                    EXPECT_EQ(render(filter, frame), expected)
                         << "after request " << request << " failed";
                 }
                 EXPECT_EQ(heap::blocks, blocks) << "after request " << request << " failed";

@@ -9,7 +9,6 @@
 #include <cstring>
 
 #include "framework/contract/FxKernelApi/HkFXKernelCommand.h"
-#include "host/check/ContractCheck.h"
 #include "host/kernel/KernelNotifier.h"
 #include "host/kernel/KernelStore.h"
 #include "tests/kit/ExpectedFilters.h"
@@ -29,7 +28,6 @@ struct EditFlag : HkFilterManipulator {
 class FilterProtocol : public testing::TestWithParam<ExpectedFilter> {
 protected:
     const ExpectedFilter& expected() const { return GetParam(); }
-    const ExpectedEdit& firstEdit() const { return GetParam().edits.front(); }
 };
 
 }  // namespace
@@ -50,13 +48,7 @@ TEST_P(FilterProtocol, SaysWhatItIs) {
     EXPECT_EQ(manipulator->qt_metacast("FxFilterManipulator"), nullptr);
 }
 
-TEST_P(FilterProtocol, KeepsTheContract) {
-    FilterHost host(expected().key);
-    for (const check::Finding& finding : check::checkFilter(*host.manipulator, host.undo))
-        EXPECT_EQ(finding.fault, "") << finding.promise;
-}
-
-// That undo and redo bring values and page back is a promise of the contract.
+// That undo and redo bring values and page back is a promise of the contract, which fxcheck checks.
 TEST_P(FilterProtocol, AnEditStoresItsValueAndNothingElse) {
     for (const ExpectedEdit& edit : expected().edits) {
         SCOPED_TRACE(edit.control);
@@ -80,34 +72,8 @@ TEST_P(FilterProtocol, AnEditStoresItsValueAndNothingElse) {
     }
 }
 
-TEST_P(FilterProtocol, ThePageFollowsTheFrame) {
-    const ExpectedEdit& edit = firstEdit();
-    FilterHost host(expected().key);
-    KernelStore& store = KernelStore::instance();
-    const int fresh = host.position(edit.control);
-    store.setAnimated(host.objectId, true);
-    store.setKey(host.objectId, edit.parameter, 3, host.value(edit.parameter), true);
-    store.setKey(host.objectId, edit.parameter, 8, edit.stored, true);
-    store.setCurrentFrame(8);
-    EXPECT_EQ(host.position(edit.control), edit.position);
-    store.setCurrentFrame(3);
-    EXPECT_EQ(host.position(edit.control), fresh);
-    EXPECT_EQ(host.undo.count(), 0);
-}
-
-TEST_P(FilterProtocol, NewMediaRefreshThePage) {
-    const ExpectedEdit& edit = firstEdit();
-    FilterHost host(expected().key);
-    const int shown = host.position(edit.control);
-    host.editUnnoticed(edit.control, edit.position);
-    ASSERT_NE(host.position(edit.control), shown);
-    KernelStore::instance().announceMediaLoaded();
-    EXPECT_EQ(host.position(edit.control), shown);
-    EXPECT_EQ(host.undo.count(), 0);
-}
-
 TEST_P(FilterProtocol, NothingHappensWithoutAPage) {
-    const ExpectedEdit& edit = firstEdit();
+    const ExpectedEdit& edit = expected().edits.front();
     FilterHost host(expected().key);
     const auto* object = HkFXKernelData::getInstance()->getObject(host.typeId, host.objectId);
     host.editUnnoticed(edit.control, edit.position);

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cmath>
 #include <functional>
 #include <limits>
 #include <random>
@@ -76,9 +75,18 @@ std::vector<Fault> nulls(std::size_t count) {
     return faults;
 }
 
+Fault width(int value, KernelStatus status = BadSize) {
+    return {"width", status, [=](Call& call) { call.width = value; }};
+}
+Fault height(int value, KernelStatus status = BadSize) {
+    return {"height", status, [=](Call& call) { call.height = value; }};
+}
+Fault bothSides(int value, KernelStatus status = BadSize) {
+    return {"both sides", status, [=](Call& call) { call.width = call.height = value; }};
+}
+
 std::vector<Fault> sizes() {
-    return {{"no width", BadSize, [](Call& call) { call.width = 0; }},
-            {"negative height", BadSize, [](Call& call) { call.height = -1; }}};
+    return {width(0), height(-1)};
 }
 
 Fault step(std::size_t plane, int bytes, KernelStatus status = BadStep) {
@@ -181,10 +189,7 @@ std::vector<Kernel> kernels() {
                                      c.height, scratch(c, b));
         });
     add("labelSeeds", call({8}, {2, 254, 1}),
-        nulls(3) + sizes() +
-            std::vector<Fault>{
-                {"too large", BadSize, [](Call& c) { c.width = c.height = 40000; }}} +
-            byteSteps(1) +
+        nulls(3) + sizes() + std::vector<Fault>{bothSides(40000)} + byteSteps(1) +
             std::vector<Fault>{number(2, -1), number(2, 2), number(0, 0), number(1, 1),
                                number(1, 256)},
         [=](const Call& c, Buffers& b) {
@@ -208,20 +213,14 @@ std::vector<Kernel> kernels() {
         });
     // The states are for regions of up to 14 x 14 and 8 x 4.
     add("deconvFFT", call({32, 32}),
-        nulls(3) + sizes() +
-            std::vector<Fault>{{"wide", BadSize, [](Call& c) { c.width = 15; }},
-                               {"high", BadSize, [](Call& c) { c.height = 15; }},
-                               {"huge", BadSize, [](Call& c) { c.width = INT_MAX; }}} +
+        nulls(3) + sizes() + std::vector<Fault>{width(15), height(15), width(INT_MAX)} +
             floatSteps(2),
         [=](const Call& c, Buffers& b) {
             return deconvFFT(moreFloats(c, b), c.steps[1], floats(c, b), c.steps[0], c.width,
                              c.height, unless(c.isNull[2], b.fft.get()));
         });
     add("deconvLR", call({32, 32}, {2}),
-        nulls(3) + sizes() +
-            std::vector<Fault>{{"wide", BadSize, [](Call& c) { c.width = 9; }},
-                               {"high", BadSize, [](Call& c) { c.height = 5; }},
-                               {"huge", BadSize, [](Call& c) { c.width = INT_MAX; }}} +
+        nulls(3) + sizes() + std::vector<Fault>{width(9), height(5), width(INT_MAX)} +
             floatSteps(2) + std::vector<Fault>{number(0, 0), number(0, -4)},
         [=](const Call& c, Buffers& b) {
             return deconvLR(moreFloats(c, b), c.steps[1], floats(c, b), c.steps[0], c.width,
@@ -233,60 +232,45 @@ std::vector<Kernel> kernels() {
 /// The set-ups and the size routines, whose calls may allocate or leave a result.
 std::vector<Kernel> preparations() {
     const Fault negative{"threshold", BadArgument, [](Call& c) { c.threshold = -1e-30F; }};
+    const Fault kernelAboveOrder{"numbers", BadSize, [](Call& c) { c.numbers = {17, 4}; }};
     const auto init = [](auto* state, KernelStatus status, auto freeState) {
         if (status == Success) return freeState(state);
         EXPECT_EQ(state, reinterpret_cast<decltype(state)>(8)) << "the result was touched";
         return status;
     };
     std::vector<Kernel> all;
-    all.push_back({"deconvFFTInit",
-                   [=](const Call& c, Buffers& b) {
-                       auto* state = reinterpret_cast<DeconvFFTState*>(8);
-                       const auto status = deconvFFTInit(unless(c.isNull[0], &state),
-                                                         unless(c.isNull[1], b.kernel.data()),
-                                                         c.numbers[0], c.numbers[1], c.threshold);
-                       return init(state, status, deconvFFTFree);
-                   },
-                   call({}, {3, 4}),
-                   nulls(2) + std::vector<Fault>{number(0, 0, BadSize),
-                                                 {"k above N", BadSize,
-                                                  [](Call& c) {
-                                                      c.numbers = {17, 4};
-                                                  }},
-                                                 number(1, -1, BadSize),
-                                                 number(1, INT_MIN, BadSize),
-                                                 negative,
-                                                 number(1, 31, BadOrder),
-                                                 number(1, INT_MAX, BadOrder),
-                                                 number(1, 30, NoMemory),
-                                                 number(1, 14, NoMemory)}});
-    all.push_back(
-        {"deconvLRInit",
-         [=](const Call& c, Buffers& b) {
-             auto* state = reinterpret_cast<DeconvLRState*>(8);
-             const auto status =
-                 deconvLRInit(unless(c.isNull[0], &state), unless(c.isNull[1], b.kernel.data()),
-                              c.numbers[0], c.width, c.height, c.threshold);
-             return init(state, status, deconvLRFree);
-         },
-         call({}, {3}),
-         nulls(2) + std::vector<Fault>{number(0, 0, BadSize)} + sizes() +
-             std::vector<Fault>{{"narrow", BadSize, [](Call& c) { c.width = 2; }},
-                                {"low", BadSize, [](Call& c) { c.height = 2; }},
-                                negative,
-                                {"huge", NoMemory, [](Call& c) { c.width = INT_MAX; }},
-                                {"huge", NoMemory, [](Call& c) { c.height = INT_MAX; }},
-                                {"large", NoMemory, [](Call& c) { c.width = c.height = 40000; }}}});
+    const auto add = [&](const char* name, Call valid, std::vector<Fault> faults, auto run) {
+        all.push_back({name, run, std::move(valid), std::move(faults)});
+    };
+    add("deconvFFTInit", call({}, {3, 4}),
+        nulls(2) + std::vector<Fault>{number(0, 0, BadSize), kernelAboveOrder,
+                                      number(1, -1, BadSize), number(1, INT_MIN, BadSize), negative,
+                                      number(1, 31, BadOrder), number(1, INT_MAX, BadOrder),
+                                      number(1, 30, NoMemory), number(1, 14, NoMemory)},
+        [=](const Call& c, Buffers& b) {
+            auto* state = reinterpret_cast<DeconvFFTState*>(8);
+            const auto status =
+                deconvFFTInit(unless(c.isNull[0], &state), unless(c.isNull[1], b.kernel.data()),
+                              c.numbers[0], c.numbers[1], c.threshold);
+            return init(state, status, deconvFFTFree);
+        });
+    add("deconvLRInit", call({}, {3}),
+        nulls(2) + std::vector<Fault>{number(0, 0, BadSize)} + sizes() +
+            std::vector<Fault>{width(2), height(2), negative, width(INT_MAX, NoMemory),
+                               height(INT_MAX, NoMemory), bothSides(40000, NoMemory)},
+        [=](const Call& c, Buffers& b) {
+            auto* state = reinterpret_cast<DeconvLRState*>(8);
+            const auto status =
+                deconvLRInit(unless(c.isNull[0], &state), unless(c.isNull[1], b.kernel.data()),
+                             c.numbers[0], c.width, c.height, c.threshold);
+            return init(state, status, deconvLRFree);
+        });
     for (auto* routine : {distanceTransformScratchSize, labelSeedsScratchSize, watershedScratchSize,
                           peakStepScratchSize})
-        all.push_back({"scratch size",
-                       [=](const Call& c, Buffers& b) {
-                           return routine(c.width, c.height, unless(c.isNull[0], &b.number));
-                       },
-                       call({}),
-                       nulls(1) + sizes() + std::vector<Fault>{{"too large", BadSize, [](Call& c) {
-                                                                    c.width = c.height = INT_MAX;
-                                                                }}}});
+        add("scratch size", call({}), nulls(1) + sizes() + std::vector<Fault>{bothSides(INT_MAX)},
+            [=](const Call& c, Buffers& b) {
+                return routine(c.width, c.height, unless(c.isNull[0], &b.number));
+            });
     return all;
 }
 

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <complex>
 #include <limits>
 
 #include "deconv_oracle.h"
@@ -16,9 +15,9 @@ constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 using State = OwnedDeconvFFT;
 
-State makeState(const std::vector<float>& kernel, int size, int order, float threshold) {
+State makeState(const Kernel& kernel, int order, float threshold) {
     DeconvFFTState* state = nullptr;
-    EXPECT_EQ(deconvFFTInit(&state, kernel.data(), size, order, threshold), Success);
+    EXPECT_EQ(deconvFFTInit(&state, kernel.data(), sizeOf(kernel), order, threshold), Success);
     return State(state);
 }
 
@@ -33,14 +32,14 @@ FloatPlane noise(int width, int height, unsigned seed = 1, Layout layout = {}) {
     return plane.set([&](int, int) { return static_cast<float>(random() % 25600) / 100; });
 }
 
-void expectDeconvolved(const FloatPlane& src, const std::vector<float>& kernel, int kernelSize,
-                       int order, float threshold, const std::vector<int>& columns) {
-    const State state = makeState(kernel, kernelSize, order, threshold);
+void expectDeconvolved(const FloatPlane& src, const Kernel& kernel, int order, float threshold,
+                       const std::vector<int>& columns) {
+    const State state = makeState(kernel, order, threshold);
     ASSERT_TRUE(state);
     FloatPlane dst(src.width(), src.height());
     ASSERT_EQ(run(src, dst, state), Success);
 
-    const DirectDeconvolution oracle(src, kernel, kernelSize, 1 << order, threshold);
+    const DirectDeconvolution oracle(src, kernel, sizeOf(kernel), 1 << order, threshold);
     std::vector<std::vector<double>> expected;
     double largest = 0;
     for (const int x : columns) {
@@ -77,7 +76,7 @@ TEST(DeconvFFT, MatchesDirectSumsForEverySmallOrderKernelAndRegion) {
                     if (width < 1 || height < 1 || width > most || height > most) continue;
                     SCOPED_TRACE(::testing::Message() << "order " << order << ", kernel " << k
                                                       << ", " << width << " x " << height);
-                    expectDeconvolved(noise(width, height), unsymmetricKernel(k), k, order, 0.05F,
+                    expectDeconvolved(noise(width, height), unsymmetricKernel(k), order, 0.05F,
                                       allColumns(width));
                 }
             }
@@ -99,8 +98,8 @@ TEST(DeconvFFT, MatchesDirectSumsForLargerOrders) {
         SCOPED_TRACE(::testing::Message() << "order " << c.order << ", kernel " << c.kernelSize);
         std::vector<int> columns = {0, c.width / 2, c.width - 1};
         if (c.width <= 64 && c.order < 9) columns = allColumns(c.width);
-        expectDeconvolved(noise(c.width, c.height), unsymmetricKernel(c.kernelSize), c.kernelSize,
-                          c.order, c.threshold, columns);
+        expectDeconvolved(noise(c.width, c.height), unsymmetricKernel(c.kernelSize), c.order,
+                          c.threshold, columns);
     }
 }
 
@@ -108,16 +107,16 @@ TEST(DeconvFFT, MatchesDirectSumsForLargerOrders) {
 // the threshold counts as one.
 TEST(DeconvFFT, MatchesDirectSumsWhereAnOverlapIsNegligible) {
     for (const float weight : {-0.3F, 0.19F, 0.21F})
-        expectDeconvolved(noise(2, 2), {1, 2, 3, 4, weight, 0, 5, 0, 0.3F}, 3, 3, 0.5F, {0, 1});
+        expectDeconvolved(noise(2, 2), {1, 2, 3, 4, weight, 0, 5, 0, 0.3F}, 3, 0.5F, {0, 1});
 }
 
 // The kernel and the thresholds with which frames are sharpened: corners dropped, then all but
 // the centre.
 TEST(DeconvFFT, MatchesDirectSumsForTheBinomialKernel) {
-    const std::vector<float> kernel = {0.0625F, 0.125F,  0.0625F, 0.125F, 0.25F,
-                                       0.125F,  0.0625F, 0.125F,  0.0625F};
+    const Kernel kernel = {0.0625F, 0.125F,  0.0625F, 0.125F, 0.25F,
+                           0.125F,  0.0625F, 0.125F,  0.0625F};
     for (const float threshold : {0.02F, 0.1F, 0.2F, 0.3F})
-        expectDeconvolved(noise(40, 51), kernel, 3, 6, threshold, allColumns(40));
+        expectDeconvolved(noise(40, 51), kernel, 6, threshold, allColumns(40));
 }
 
 TEST(DeconvFFT, EverySlotGivesTheSameBitsAndKeepsToTheRegion) {
@@ -126,15 +125,14 @@ TEST(DeconvFFT, EverySlotGivesTheSameBitsAndKeepsToTheRegion) {
     } cases[] = {{0, 1, 1, 1},   {3, 2, 7, 5},    {6, 3, 61, 62},  {7, 3, 126, 33},
                  {7, 5, 1, 124}, {8, 4, 253, 67}, {9, 3, 129, 65}, {10, 6, 300, 31}};
     for (const auto& c : cases) {
-        const State state = makeState(unsymmetricKernel(c.kernelSize), c.kernelSize, c.order, 0.1F);
+        const State state = makeState(unsymmetricKernel(c.kernelSize), c.order, 0.1F);
         const FloatPlane reference = noise(c.width, c.height, 7);
         FloatPlane expected(c.width, c.height);
         ASSERT_EQ(run(reference, expected, state), Success);
         forEachSlot([&] {
             // The state may come from another slot, and from the same one. A call leaves no
             // trace in it.
-            const State own =
-                makeState(unsymmetricKernel(c.kernelSize), c.kernelSize, c.order, 0.1F);
+            const State own = makeState(unsymmetricKernel(c.kernelSize), c.order, 0.1F);
             const int most = (1 << c.order) - c.kernelSize + 1;
             FloatPlane nan(most, most);
             nan.fill(kNaN);
@@ -153,8 +151,8 @@ TEST(DeconvFFT, EverySlotGivesTheSameBitsAndKeepsToTheRegion) {
 }
 
 TEST(DeconvFFT, NaNAndInfinitySpreadTheSameWayInEverySlot) {
-    const State state = makeState(unsymmetricKernel(3), 3, 7, 0.1F);
-    const State nanThreshold = makeState(unsymmetricKernel(3), 3, 7, kNaN);
+    const State state = makeState(unsymmetricKernel(3), 7, 0.1F);
+    const State nanThreshold = makeState(unsymmetricKernel(3), 7, kNaN);
     for (const float special : {kNaN, kInf, -kInf, 3e38F}) {
         for (const int row : {0, 17, 39}) {
             FloatPlane src = noise(50, 40);

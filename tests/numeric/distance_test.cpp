@@ -53,10 +53,6 @@ struct Picture {
     std::vector<std::pair<int, int>> zeros;
 };
 
-std::ostream& operator<<(std::ostream& out, const Picture& picture) {
-    return out << picture.name;
-}
-
 /// A row in which the pixel in the middle alone has its nearest zeros 61 columns away, and one
 /// below it that is a little farther.
 std::vector<std::pair<int, int>> zerosJustOutOfReach() {
@@ -75,51 +71,50 @@ std::vector<std::pair<int, int>> line(int count,
     return pixels;
 }
 
-class FewZeros : public ::testing::TestWithParam<Picture> {};
-
-TEST_P(FewZeros, MatchesBruteForceInEverySlot) {
-    const Picture& picture = GetParam();
-    BytePlane src = filledPlane(picture.width, picture.height);
-    for (const auto& [x, y] : picture.zeros) src.at(x, y) = 0;
-    const FloatPlane expected = distancesByTrying(src);
-    const FloatPlane slot0 = distances(src);
-    expectDistances(expected, slot0);
-    forEachSlot([&] { EXPECT_TRUE(samePixels(slot0, distances(src))); });
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , FewZeros,
-    ::testing::Values(
-        Picture{"one pixel, object", 1, 1, {}}, Picture{"one pixel, zero", 1, 1, {{0, 0}}},
-        Picture{"no zero", 70, 300, {}}, Picture{"no zero, narrow", 3, 2, {}},
-        Picture{"no zero, wide", 40000, 2, {}},
-        Picture{"zero in the first corner", 301, 283, {{0, 0}}},
-        Picture{"zero in the last corner", 301, 283, {{300, 282}}},
-        Picture{"two zeros far apart", 500, 260, {{3, 250}, {499, 1}}},
-        Picture{"a tie in every row", 257, 90, {{0, 89}, {256, 89}}},
-        Picture{"row", 5003, 1, {{0, 0}}}, Picture{"column", 1, 5003, {{0, 5002}}},
-        Picture{"two columns", 2, 700, {{1, 350}}},
-        Picture{"as wide as integers reach", 32768, 3, {{0, 0}}},
-        Picture{"wider than integers reach", 32769, 3, {{32768, 2}, {5, 0}}},
-        Picture{"higher than integers reach", 3, 40001, {{2, 40000}}},
+TEST(DistanceTransform, MatchesBruteForceInEverySlotWhereZerosAreFew) {
+    const Picture pictures[] = {
+        {"one pixel, object", 1, 1, {}},
+        {"one pixel, zero", 1, 1, {{0, 0}}},
+        {"no zero", 70, 300, {}},
+        {"no zero, narrow", 3, 2, {}},
+        {"no zero, wide", 40000, 2, {}},
+        {"zero in the first corner", 301, 283, {{0, 0}}},
+        {"zero in the last corner", 301, 283, {{300, 282}}},
+        {"two zeros far apart", 500, 260, {{3, 250}, {499, 1}}},
+        {"a tie in every row", 257, 90, {{0, 89}, {256, 89}}},
+        {"row", 5003, 1, {{0, 0}}},
+        {"column", 1, 5003, {{0, 5002}}},
+        {"two columns", 2, 700, {{1, 350}}},
+        {"as wide as integers reach", 32768, 3, {{0, 0}}},
+        {"wider than integers reach", 32769, 3, {{32768, 2}, {5, 0}}},
+        {"higher than integers reach", 3, 40001, {{2, 40000}}},
         // Either side of the distances at which one search hands over to the next.
-        Picture{"columns far apart", 800, 3, {{0, 1}, {181, 1}, {375, 0}, {569, 2}, {765, 1}}},
-        Picture{"just out of reach", 201, 66, zerosJustOutOfReach()},
-        Picture{"rows at 181 and 255", 130, 520, {{0, 0}, {129, 183}, {60, 519}}},
-        Picture{"near above, far below", 200, 620,
-                line(200, [](int i) { return std::pair(i, i % 5); })},
-        Picture{"far above, near below", 200, 620,
-                line(200, [](int i) { return std::pair(i, 619 - i % 7); })},
+        {"columns far apart", 800, 3, {{0, 1}, {181, 1}, {375, 0}, {569, 2}, {765, 1}}},
+        {"just out of reach", 201, 66, zerosJustOutOfReach()},
+        {"rows at 181 and 255", 130, 520, {{0, 0}, {129, 183}, {60, 519}}},
+        {"near above, far below", 200, 620, line(200, [](int i) { return std::pair(i, i % 5); })},
+        {"far above, near below", 200, 620,
+         line(200, [](int i) { return std::pair(i, 619 - i % 7); })},
         // Largest distances that rise and fall from row to row, within reach and beyond.
-        Picture{"scattered", 301, 211,
-                line(45, [](int i) { return std::pair(i * i * 37 % 301, i * 53 % 211); })},
-        Picture{"steep line", 330, 400, line(400, [](int i) { return std::pair(i / 9, i); })},
-        Picture{"diagonal", 400, 400, line(400, [](int i) { return std::pair(i, 399 - i); })},
-        Picture{"circle round the middle", 431, 431, line(360, [](int i) {
-                    const double angle = i * 3.14159265 / 180;
-                    return std::pair(215 + static_cast<int>(std::lround(214 * std::cos(angle))),
-                                     215 + static_cast<int>(std::lround(214 * std::sin(angle))));
-                })}));
+        {"scattered", 301, 211,
+         line(45, [](int i) { return std::pair(i * i * 37 % 301, i * 53 % 211); })},
+        {"steep line", 330, 400, line(400, [](int i) { return std::pair(i / 9, i); })},
+        {"diagonal", 400, 400, line(400, [](int i) { return std::pair(i, 399 - i); })},
+        {"circle round the middle", 431, 431, line(360, [](int i) {
+             const double angle = i * 3.14159265 / 180;
+             return std::pair(215 + static_cast<int>(std::lround(214 * std::cos(angle))),
+                              215 + static_cast<int>(std::lround(214 * std::sin(angle))));
+         })}};
+    for (const Picture& picture : pictures) {
+        SCOPED_TRACE(picture.name);
+        BytePlane src = filledPlane(picture.width, picture.height);
+        for (const auto& [x, y] : picture.zeros) src.at(x, y) = 0;
+        const FloatPlane expected = distancesByTrying(src);
+        const FloatPlane slot0 = distances(src);
+        expectDistances(expected, slot0);
+        forEachSlot([&] { EXPECT_TRUE(samePixels(slot0, distances(src))); });
+    }
+}
 
 }  // namespace
 }  // namespace numeric::test

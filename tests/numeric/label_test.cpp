@@ -109,13 +109,15 @@ TEST(LabelSeeds, ReusedLabelsLieFarApart) {
         });
         if (isFree) scattered.push_back(dot);
     }
-    std::vector<Dot> grid, staggered;
+    std::vector<Dot> grid, staggered, shaken;  // the last as seeds of discs that touch
     for (int i = 0; i < kDots; ++i) {
         const int column = i % 93, row = i / 93;
         grid.push_back({20 + 40 * column, 20 + 39 * row, 4});
         staggered.push_back({20 + 40 * column + 20 * (row % 2), 20 + 39 * row, 4});
+        shaken.push_back({staggered.back().x + static_cast<int>(random() % 5),
+                          staggered.back().y + static_cast<int>(random() % 5), 4});
     }
-    for (const auto& dots : {scattered, grid, staggered})
+    for (const auto& dots : {scattered, grid, staggered, shaken})
         for (const int connectivity : {0, 1}) {
             BytePlane marker = drawDots(kWidth, kHeight, dots);
             ASSERT_EQ(label(marker, 2, 254, connectivity), kDots);

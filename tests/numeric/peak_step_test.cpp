@@ -1,4 +1,3 @@
-#include <cmath>
 #include <limits>
 #include <random>
 #include <utility>
@@ -91,9 +90,7 @@ TEST(PeakStep, TreatsSpecialNumbersAsDocumented) {
         bounds.fill(bound);
         plane.fill(start);
         expected.fill(result);
-        forEachSlot([&, &b = bounds, &p = plane, &e = expected] {
-            EXPECT_TRUE(samePixels(e, peakStepOf(b, p, kChessboard)));
-        });
+        expectFilled(expected, bounds, plane);
     }
     // A NaN in the bound is not passed, yet its own pixel passes on what it has.
     FloatPlane bound(5, 1), start(5, 1);

@@ -10,13 +10,11 @@
 
 #include "drawings.h"
 #include "flood_oracle.h"
-#include "oracles.h"
 
 namespace numeric {
 namespace {
 
 using namespace test;
-using Byte = unsigned char;
 
 constexpr int kBySteps = 1, kByDistance = 2, kSideBorders = 64, kAllBorders = 128;
 
@@ -385,42 +383,6 @@ TEST(Watershed, DividesOverlappingDiscsAtTheBisector) {
             }
         }
     }
-}
-
-TEST(Watershed, TouchingDiscsKeepApartThoughTheirLabelsRepeat) {
-    constexpr int kWidth = 3840, kHeight = 2160, kDiscs = 5000, kPerRow = 96;
-    BytePlane relief(kWidth, kHeight), marker(kWidth, kHeight);
-    relief.fill(255);
-    std::mt19937 random(5);
-    for (int i = 0; i < kDiscs; ++i) {
-        const int row = i / kPerRow;
-        const int centreX =
-            20 + 39 * (i % kPerRow) + 19 * (row % 2) + static_cast<int>(random() % 5);
-        const int centreY = 22 + 40 * row + static_cast<int>(random() % 5);
-        const int radius = 19 + static_cast<int>(random() % 5);
-        for (int y = centreY - radius; y <= centreY + radius; ++y)
-            for (int x = centreX - radius; x <= centreX + radius; ++x) {
-                if (x < 0 || y < 0 || x >= kWidth || y >= kHeight) continue;
-                const double distance = std::hypot(x - centreX, y - centreY);
-                if (distance <= radius) relief.at(x, y) = 0;
-                if (distance <= 4) marker.at(x, y) = 255;
-            }
-    }
-    TestScratch scratch(labelSeedsScratchSize, kWidth, kHeight);
-    int count = 0;
-    ASSERT_EQ(labelSeeds(marker.data(), marker.step(), kWidth, kHeight, 2, 254, 1, &count,
-                         scratch.data()),
-              Success);
-    ASSERT_EQ(count, kDiscs);
-    marker.set([&](int x, int y) { return relief.at(x, y) != 0 ? Byte{1} : marker.at(x, y); });
-    flood(relief, marker, 3, kByDistance | kAllBorders);
-
-    // No border is drawn between regions that meet and have one label: they would be one area.
-    marker.set([&](int x, int y) {
-        return marker.at(x, y) == 1 || marker.at(x, y) == 255 ? Byte{0} : marker.at(x, y);
-    });
-    TestPlane<int> areas(kWidth, kHeight);
-    EXPECT_EQ(floodFill(marker, 0, areas), kDiscs);
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // The program that checks plug-ins, on good ones and on some that break one promise each.
 #include <gmock/gmock.h>
 
-#include <QFile>
-
 #include "tests/host/render/Program.h"
 
 namespace {
@@ -12,14 +10,7 @@ using testing::HasSubstr;
 
 class Fxcheck : public FxrenderTest {
 protected:
-    ProgramResult check(const std::string& plugin) {
-        return RunningProgram({FXCHECK, plugin}, folder()).wait();
-    }
-    std::string library(const char* name) {
-        const QString file = path(QString::fromLatin1(name) + ".so");
-        EXPECT_TRUE(QFile::copy(TEST_PLUGIN_DIR "/good.so", file));
-        return file.toStdString();
-    }
+    ProgramResult check(const std::string& plugin) { return program({FXCHECK, plugin}); }
 };
 
 /// The rows of a table that hold `text`.
@@ -33,7 +24,7 @@ std::vector<std::string> rowsWith(const std::string& text, const std::string& ta
 }  // namespace
 
 TEST_F(Fxcheck, GoodPluginsPass) {
-    for (const std::string& plugin : {library("good"), std::string(OWN_PLUGIN)}) {
+    for (const std::string& plugin : {pluginCalled("good"), std::string(OWN_PLUGIN)}) {
         const ProgramResult result = check(plugin);
         EXPECT_EQ(result.exitCode, 0) << result.out;
         EXPECT_EQ(result.err, "");
@@ -59,7 +50,7 @@ TEST_F(Fxcheck, BrokenPromisesAreNamed) {
                      "short memory"}}};
     for (const auto& plugin : plugins) {
         SCOPED_TRACE(plugin.library);
-        const ProgramResult result = check(library(plugin.library));
+        const ProgramResult result = check(pluginCalled(plugin.library));
         EXPECT_EQ(result.exitCode, 1) << result.err;
         const std::vector<std::string> broken = rowsWith("BROKEN", result.out);
         ASSERT_EQ(broken.size(), plugin.rows.size()) << result.out;
@@ -69,15 +60,15 @@ TEST_F(Fxcheck, BrokenPromisesAreNamed) {
 }
 
 TEST_F(Fxcheck, WhatEndsItIsNamedWithItsPromise) {
-    const ProgramResult crash = check(library("abort-process"));
+    const ProgramResult crash = check(pluginCalled("abort-process"));
     EXPECT_EQ(crash.exitCode, 65);
     EXPECT_THAT(crash.err, HasSubstr("First, null image: it ended the program with signal 6"));
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // which have their own heap
-    const ProgramResult memory = check(library("TrustsMemory"));
+    const ProgramResult memory = check(pluginCalled("TrustsMemory"));
     EXPECT_EQ(memory.exitCode, 65);
     EXPECT_THAT(memory.err, HasSubstr("First, short memory: it ended the program with signal 11"));
 #endif
-    EXPECT_EQ(check(library("NoKeys")).exitCode, 65);
+    EXPECT_EQ(check(pluginCalled("NoKeys")).exitCode, 65);
     EXPECT_EQ(check("nowhere.so").exitCode, 66);
     EXPECT_EQ(check("--help").exitCode, 2);
 }

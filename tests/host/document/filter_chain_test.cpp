@@ -1,14 +1,12 @@
 #include "host/document/FilterChain.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <QToolBox>
 #include <QUndoStack>
 #include <algorithm>
 #include <limits>
 #include <memory>
-#include <random>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "framework/contract/FxKernelApi/HkImageFilter.h"
@@ -21,6 +19,7 @@
 #include "host/kernel/ParamValue.h"
 #include "host/render/PluginSession.h"
 #include "tests/host/kernel/plugins/TestFilter.h"
+#include "tests/kit/Dice.h"
 
 namespace {
 
@@ -225,10 +224,12 @@ TEST_F(FilterChain, AsksAPageWithoutATraceOfIt) {
     }
 }
 
-/// Chains of random filters with random values and keys that their pages could have made.
-class RandomChains {
+/// Random filters with random values and keys that their pages could have made.
+class RandomFilters : public Dice {
 public:
-    explicit RandomChains(const document::FilterCatalog& catalog) : m_catalog(catalog) {}
+    explicit RandomFilters(const document::FilterCatalog& catalog) : Dice(7), m_catalog(catalog) {}
+
+    int type() { return oneOf(KernelStore::instance().types()); }
 
     InstanceState state(int typeId) {
         const HkKernelObjectDataDescr& descr = m_catalog.descriptor(typeId);
@@ -245,28 +246,20 @@ public:
         }
         return state;
     }
-    int type() {
-        const auto types = KernelStore::instance().types();
-        return types[static_cast<std::size_t>(upTo(static_cast<int>(types.size()) - 1))];
-    }
-    int upTo(int most) { return std::uniform_int_distribution<int>(0, most)(m_random); }
 
 private:
     QVariant value(int typeId, int index) {
         const ParamDescr& param = m_catalog.descriptor(typeId).param(index);
         if (param.type == QMetaType::Bool) return upTo(1) == 1;
         const auto range = *m_catalog.range(typeId, index);
-        const double number =
-            std::uniform_real_distribution<double>(range.lowest, range.highest)(m_random);
-        return *convertParamValue(number, param.type);
+        return *convertParamValue(between(range.lowest, range.highest), param.type);
     }
 
     const document::FilterCatalog& m_catalog;
-    std::mt19937 m_random{7};
 };
 
 TEST_F(FilterChain, AnyChainWrittenAsTextsRendersAlike) {
-    RandomChains random(s_session->catalog());
+    RandomFilters random(s_session->catalog());
     for (int round = 0; round < 300; ++round) {
         const int typeId = random.type();
         const InstanceState state = random.state(typeId);
@@ -286,7 +279,7 @@ TEST_F(FilterChain, AnyChainWrittenAsTextsRendersAlike) {
 }
 
 TEST_F(FilterChain, StepsOnTheWholeChainAreTakenBackAndRedoneExactly) {
-    RandomChains random(s_session->catalog());
+    RandomFilters random(s_session->catalog());
     QUndoStack stack;
     set({"Blur and enhance:Blur=3", "Degauss"});
     std::vector<std::vector<ChainItem>> history = {currentChain()};
@@ -299,9 +292,7 @@ TEST_F(FilterChain, StepsOnTheWholeChainAreTakenBackAndRedoneExactly) {
             chain.front().state = random.state(chain.front().id.typeId);
         const int typeId = random.type();
         chain.push_back({{typeId, -1}, random.state(typeId)});
-        if (random.upTo(3) == 0)
-            chain = history[static_cast<std::size_t>(
-                random.upTo(static_cast<int>(history.size()) - 1))];
+        if (random.upTo(3) == 0) chain = random.oneOf(history);
         const int before = stack.count();
         stack.push(new CmdSetChain(QStringLiteral("step"), chain));
         if (stack.count() > before) history.push_back(currentChain());

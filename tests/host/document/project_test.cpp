@@ -1,7 +1,6 @@
 #include "host/document/Project.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <memory>
 

@@ -4,14 +4,13 @@
 #include <QAction>
 #include <QPushButton>
 #include <QScrollArea>
-#include <QStyle>
-#include <QStyleOptionSlider>
 #include <QTest>
 #include <QToolBox>
 #include <stdexcept>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "host/kernel/KernelStore.h"
+#include "tests/kit/gestures.h"
 
 bool EditorDriver::settle() {
     QCoreApplication::processEvents();  // edits become requests when control returns
@@ -54,30 +53,11 @@ QWidget* EditorDriver::controlOf(int objectId, const char* name) {
 
 QPoint EditorDriver::handleAt(QSlider& slider, int value) {
     window.findChild<QScrollArea*>(QStringLiteral("chainPanel"))->ensureWidgetVisible(&slider);
-    QStyleOptionSlider option;
-    option.initFrom(&slider);
-    option.subControls = QStyle::SC_All;
-    option.orientation = slider.orientation();
-    option.minimum = slider.minimum();
-    option.maximum = slider.maximum();
-    option.tickPosition = slider.tickPosition();
-    option.sliderPosition = option.sliderValue = value;
-    return slider.style()
-        ->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, &slider)
-        .center();
+    return ::handleAt(slider, value);
 }
 
 void EditorDriver::dragSlider(QSlider& slider, int value, int points) {
-    const QPoint from = handleAt(slider, slider.value()), to = handleAt(slider, value);
-    QTest::mousePress(&slider, Qt::LeftButton, {}, from);
-    for (int point = 1; point <= points; ++point) {
-        const QPoint position = from + (to - from) * point / points;
-        QMouseEvent move(QEvent::MouseMove, position, slider.mapToGlobal(position), Qt::NoButton,
-                         Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(&slider, &move);
-        QCoreApplication::processEvents();
-    }
-    QTest::mouseRelease(&slider, Qt::LeftButton, {}, to);
+    drag(slider, handleAt(slider, slider.value()), handleAt(slider, value), points);
 }
 
 void EditorDriver::click(QWidget& widget) {

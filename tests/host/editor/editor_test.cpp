@@ -17,10 +17,10 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPainter>
+#include <QPointer>
 #include <QProcess>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QSettings>
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
@@ -31,7 +31,6 @@
 #include <memory>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
-#include "host/document/ChainRenderer.h"
 #include "host/document/PictureImage.h"
 #include "host/editor/EditorSession.h"
 #include "host/editor/ExportDialog.h"
@@ -44,6 +43,7 @@
 #include "host/kernel/CmdSetChain.h"
 #include "host/kernel/UndoGesture.h"
 #include "tests/host/editor/EditorDriver.h"
+#include "tests/kit/gestures.h"
 
 namespace {
 
@@ -89,6 +89,11 @@ protected:
         ASSERT_TRUE(driver->settle());
     }
     QString at(const QString& name) const { return folder.filePath(name); }
+    QByteArray bytesOf(const QString& name) const {
+        QFile file(at(name));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+        return file.readAll();
+    }
     QUndoStack& undoStack() { return session->undoStack(); }
     QImage shown() {
         EXPECT_TRUE(driver->settle());
@@ -152,6 +157,7 @@ TEST_F(Editor, WhatIsEditedIsShownSavedReopenedAndExportedAlike) {
     driver->trigger("actCopyCommand");
     driver->trigger("actExport");
     auto& dialog = driver->child<editor::ExportDialog>("exportDialog");
+    const auto& status = driver->child<QLabel>("exportStatus");
     dialog.setOutput(at(QStringLiteral("exported/")));
     driver->click(driver->child<QPushButton>("exportStart"));
     ASSERT_TRUE(QTest::qWaitFor([&] { return !dialog.isRunning(); }, kMinute));
@@ -165,15 +171,12 @@ TEST_F(Editor, WhatIsEditedIsShownSavedReopenedAndExportedAlike) {
     EXPECT_EQ(exportedPicture.convertToFormat(QImage::Format_RGB888), halfWay);
     for (int number = 0; number < 5; ++number) {
         const QString name = QStringLiteral("/shot_%1.png").arg(number);
-        QFile exported(at(QStringLiteral("exported") + name));
-        QFile rendered(at(QStringLiteral("rendered") + name));
-        ASSERT_TRUE(exported.open(QIODevice::ReadOnly) && rendered.open(QIODevice::ReadOnly))
-            << dialog.findChild<QLabel*>(QStringLiteral("exportStatus"))->text().toStdString();
-        EXPECT_EQ(exported.readAll(), rendered.readAll());
+        EXPECT_EQ(bytesOf(QStringLiteral("exported") + name),
+                  bytesOf(QStringLiteral("rendered") + name))
+            << status.text().toStdString();
     }
 
     // What the renderer says is shown, also when all went well.
-    const auto* status = dialog.findChild<QLabel*>(QStringLiteral("exportStatus"));
     const std::pair<QString, QString> says[] = {
         {QStringLiteral("exported/shot_2.png/a_#.png"), QStringLiteral("shot_2.png")},
         {QStringLiteral("film.mp4"), QStringLiteral("4:4:4")}};
@@ -181,7 +184,7 @@ TEST_F(Editor, WhatIsEditedIsShownSavedReopenedAndExportedAlike) {
         dialog.setOutput(at(output));
         driver->click(driver->child<QPushButton>("exportStart"));
         ASSERT_TRUE(QTest::qWaitFor([&] { return !dialog.isRunning(); }, kMinute));
-        EXPECT_TRUE(status->text().contains(words)) << status->text().toStdString();
+        EXPECT_TRUE(status.text().contains(words)) << status.text().toStdString();
     }
 }
 
@@ -203,11 +206,7 @@ TEST_F(Editor, EntriesAreReorderedDuplicatedAndShownStageByStage) {
 
     QWidget* grip = row(blur)->findChild<QWidget*>(QStringLiteral("grip"));
     const QPoint above = grip->mapFromGlobal(row(grey)->mapToGlobal(QPoint(5, 2)));
-    QTest::mousePress(grip, Qt::LeftButton, {}, QPoint(5, 5));
-    QMouseEvent move(QEvent::MouseMove, above, grip->mapToGlobal(above), Qt::NoButton,
-                     Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(grip, &move);
-    QTest::mouseRelease(grip, Qt::LeftButton, {}, above);
+    drag(*grip, QPoint(5, 5), above);
     EXPECT_EQ(KernelStore::instance().positionOf(blur), 0);
 
     row(blur)->setFocus();
@@ -344,9 +343,8 @@ TEST_F(Editor, AnExportThatRunsIsNotEndedUnasked) {
     EXPECT_TRUE(dialog.isRunning());
     dialog.close();  // asks the renderer to stop after the frame at work
     ASSERT_TRUE(QTest::qWaitFor([&] { return !dialog.isRunning(); }, kMinute));
-    EXPECT_TRUE(dialog.findChild<QLabel*>(QStringLiteral("exportStatus"))
-                    ->text()
-                    .startsWith(QStringLiteral("Cancelled")));
+    EXPECT_TRUE(
+        driver->child<QLabel>("exportStatus").text().startsWith(QStringLiteral("Cancelled")));
     const QImage written(at(QStringLiteral("large-filtered.png")));
     EXPECT_TRUE(written.isNull() || written.size() == QSize(1600, 1200)) << "whole or not there";
     EXPECT_TRUE(window->close());
@@ -389,19 +387,13 @@ TEST_F(Editor, KeysAreMovedSelectedDeletedAndPastedInTheTimeline) {
     auto& timeline = driver->child<editor::TimelineView>("timelineView");
     const InstanceState original = state(blur);
 
-    const auto drag = [&](QPoint from, QPoint to) {
-        QTest::mousePress(&timeline, Qt::LeftButton, {}, from);
-        QMouseEvent move(QEvent::MouseMove, to, timeline.mapToGlobal(to), Qt::NoButton,
-                         Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(&timeline, &move);
-        QTest::mouseRelease(&timeline, Qt::LeftButton, {}, to);
-    };
-    drag(timeline.placeOf(blur, 3), timeline.placeOf(blur, 4));
+    drag(timeline, timeline.placeOf(blur, 3), timeline.placeOf(blur, 4));
     EXPECT_EQ(document::keyFrames(state(blur)), (document::FrameSet{0, 4}));
     undoStack().undo();
     EXPECT_EQ(state(blur), original);
 
-    drag(timeline.placeOf(blur, 0) - QPoint(9, 9), timeline.placeOf(blur, 3) + QPoint(9, 9));
+    drag(timeline, timeline.placeOf(blur, 0) - QPoint(9, 9),
+         timeline.placeOf(blur, 3) + QPoint(9, 9));
     QTest::keyClick(&timeline, Qt::Key_C, Qt::ControlModifier);
     const QString text = QApplication::clipboard()->text();
     EXPECT_EQ(text.toStdString(), "Blur and enhance:Enhance=0|=false,Blur=0=1;3=13");
@@ -587,16 +579,13 @@ TEST_F(Editor, ACrashedProjectComesBackUnderItsPathAndCountsAsChanged) {
 
     const auto found = window->journal().findLeft();
     ASSERT_EQ(found.size(), 1u) << "that of the running window is not one of them";
-    QFile file(at(QStringLiteral("work.fxp")));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray onDisk = file.readAll();
+    const QByteArray onDisk = bytesOf(QStringLiteral("work.fxp"));
     EXPECT_TRUE(window->document().recover(found[0].project, found[0].path).isEmpty());
     EXPECT_EQ(window->document().path(), at(QStringLiteral("work.fxp")));
     EXPECT_TRUE(window->document().isModified());
     ASSERT_EQ(currentChain().size(), 1u);
     EXPECT_EQ(currentChain()[0].state, lost[0].state);
-    file.seek(0);
-    EXPECT_EQ(file.readAll(), onDisk) << "recovery overwrites nothing";
+    EXPECT_EQ(bytesOf(QStringLiteral("work.fxp")), onDisk) << "recovery overwrites nothing";
 
     // Saved, there is nothing to lose and no journal.
     ASSERT_TRUE(window->files().save());
@@ -606,7 +595,7 @@ TEST_F(Editor, ACrashedProjectComesBackUnderItsPathAndCountsAsChanged) {
 
 TEST_F(Editor, WhatIsWrongIsSaidWhereItIs) {
     open(QStringLiteral("shots"));
-    const int separator = driver->addFilter(QStringLiteral("Object separator"));
+    driver->addFilter(QStringLiteral("Object separator"));
     auto& bar = driver->child<editor::MessageBar>("messageBar");
     ASSERT_TRUE(driver->settle());
     ASSERT_EQ(bar.messages().size(), 1);
@@ -614,7 +603,6 @@ TEST_F(Editor, WhatIsWrongIsSaidWhereItIs) {
     undoStack().undo();
     EXPECT_TRUE(driver->settle());
     EXPECT_FALSE(bar.isVisible());
-    static_cast<void>(separator);
 
     // A key where the input has no frame.
     const int blur = driver->addFilter(QStringLiteral("Blur and enhance"));
@@ -665,12 +653,10 @@ TEST_F(Editor, TheWheelKeepsThePointUnderThePointer) {
         const QPoint now = pixelUnderPointer();
         EXPECT_LE((now - pixel).manhattanLength(), 1);
     }
-    EXPECT_EQ(driver->child<QLabel>("RGB0").text().simplified().toStdString(),
-              QStringLiteral("%1 %2 %3")
-                  .arg(drawnFrame(0).pixelColor(window->state().probe()).red())
-                  .arg(drawnFrame(0).pixelColor(window->state().probe()).green())
-                  .arg(drawnFrame(0).pixelColor(window->state().probe()).blue())
-                  .toStdString());
+    const QColor colour = drawnFrame(0).pixelColor(window->state().probe());
+    const int rgb[] = {colour.red(), colour.green(), colour.blue()};
+    EXPECT_EQ(driver->child<QLabel>("RGB0").text().simplified(),
+              QStringLiteral("%1 %2 %3").arg(rgb[0]).arg(rgb[1]).arg(rgb[2]));
 }
 
 }  // namespace

@@ -17,7 +17,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <random>
 #include <stdexcept>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
@@ -26,6 +25,7 @@
 #include "host/kernel/CmdSetChain.h"
 #include "host/kernel/KernelNotifier.h"
 #include "tests/host/editor/EditorDriver.h"
+#include "tests/kit/Dice.h"
 
 namespace {
 
@@ -45,26 +45,13 @@ QByteArray stateOf(const editor::EditorDocument& document) {
         .toHex();
 }
 
-class Dice {
-public:
-    explicit Dice(unsigned seed) : m_random(seed) {}
-    int upTo(int most) {
-        return std::uniform_int_distribution<int>(0, std::max(most, 0))(m_random);
-    }
-
-private:
-    std::mt19937 m_random;
-};
-
 void actOnce(EditorDriver& driver, Dice& dice, const QString& folder) {
     editor::MainWindow& window = driver.window;
     KernelStore& store = KernelStore::instance();
     const auto instances = store.instances();
     const int what = dice.upTo(11);
     if (instances.size() < 2 || (what == 0 && instances.size() < 5)) {
-        const auto types = store.types();
-        const auto type = static_cast<std::size_t>(dice.upTo(static_cast<int>(types.size()) - 1));
-        store.manipulator(types[type])->addFilter();
+        store.manipulator(dice.oneOf(store.types()))->addFilter();
     } else if (what == 1) {
         window.document().session().undoStack().undo();
     } else if (what == 2) {
@@ -74,10 +61,10 @@ void actOnce(EditorDriver& driver, Dice& dice, const QString& folder) {
     } else if (what == 4) {
         window.files().saveAs(folder + QLatin1String(kProject));
     } else {
-        const auto at = static_cast<std::size_t>(dice.upTo(static_cast<int>(instances.size()) - 1));
-        const auto sliders = driver.entry(instances[at].objectId).findChildren<QSlider*>();
+        FxGuiImageFilter& entry = driver.entry(dice.oneOf(instances).objectId);
+        const auto sliders = entry.findChildren<QSlider*>();
         if (sliders.isEmpty()) return;
-        QSlider* slider = sliders[dice.upTo(static_cast<int>(sliders.size()) - 1)];
+        QSlider* slider = dice.oneOf(sliders);
         driver.dragSlider(*slider,
                           slider->minimum() + dice.upTo(slider->maximum() - slider->minimum()));
     }

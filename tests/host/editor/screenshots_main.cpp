@@ -4,7 +4,6 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QPushButton>
-#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>

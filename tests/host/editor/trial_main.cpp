@@ -23,7 +23,6 @@
 #include <ctime>
 #include <fstream>
 #include <functional>
-#include <random>
 
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "host/editor/EditorSession.h"
@@ -31,6 +30,7 @@
 #include "host/editor/Theme.h"
 #include "tests/host/editor/EditorDriver.h"
 #include "tests/host/editor/kill_trials.h"
+#include "tests/kit/Dice.h"
 
 namespace {
 
@@ -148,7 +148,7 @@ int drag(editor::MainWindow& window, const QTemporaryDir& folder, const QStringL
 /// Acts once on whatever is in front.
 class Monkey {
 public:
-    Monkey(editor::MainWindow& window, unsigned seed) : m_window(window), m_random(seed) {}
+    Monkey(editor::MainWindow& window, unsigned seed) : m_window(window), m_dice(seed) {}
 
     void act() {
         QWidget* front = QApplication::activePopupWidget();
@@ -162,16 +162,14 @@ public:
             QWidgetList visible;
             for (QWidget* other : QApplication::topLevelWidgets())
                 if (other->isVisible()) visible << other;
-            front = visible.isEmpty() || upTo(9) > 0
-                        ? &m_window
-                        : visible[upTo(static_cast<int>(visible.size()) - 1)];
+            front = visible.isEmpty() || m_dice.upTo(9) > 0 ? &m_window : m_dice.oneOf(visible);
         }
         QWindow* handle = front->windowHandle();
         if (!handle || !front->isVisible()) return;
         const QPointer<QWindow> pointer(handle);
-        const QPoint place(upTo(handle->width() - 1), upTo(handle->height() - 1));
-        const auto modifiers = upTo(9) == 0 ? Qt::ControlModifier : Qt::NoModifier;
-        switch (upTo(9)) {
+        const QPoint place(m_dice.upTo(handle->width() - 1), m_dice.upTo(handle->height() - 1));
+        const auto modifiers = m_dice.upTo(9) == 0 ? Qt::ControlModifier : Qt::NoModifier;
+        switch (m_dice.upTo(9)) {
             case 0:
             case 1:
             case 2:
@@ -186,13 +184,13 @@ public:
                 break;
             case 5:
                 QTest::mousePress(handle, Qt::LeftButton, modifiers, place);
-                for (int step = upTo(12); step > 0; --step)
+                for (int step = m_dice.upTo(12); step > 0; --step)
                     if (pointer)
-                        QTest::mouseMove(pointer,
-                                         inside(pointer, upTo(160) - 80, upTo(60) - 30, place));
+                        QTest::mouseMove(pointer, inside(pointer, m_dice.upTo(160) - 80,
+                                                         m_dice.upTo(60) - 30, place));
                 if (pointer)
                     QTest::mouseRelease(pointer, Qt::LeftButton, modifiers,
-                                        inside(pointer, upTo(90), 0, place));
+                                        inside(pointer, m_dice.upTo(90), 0, place));
                 break;
             case 6:
                 press(handle, Qt::Key_Escape);
@@ -221,19 +219,13 @@ private:
         QTest::simulateEvent(handle.data(), true, key, modifiers, QString(), false);
         if (handle) QTest::simulateEvent(handle.data(), false, key, modifiers, QString(), false);
     }
-    int upTo(int most) {
-        return std::uniform_int_distribution<int>(0, std::max(most, 0))(m_random);
-    }
 
     void add() {
-        if (KernelStore::instance().instances().size() > 6) {
+        KernelStore& store = KernelStore::instance();
+        if (store.instances().size() > 6)
             m_window.document().session().undoStack().undo();
-            return;
-        }
-        const auto types = KernelStore::instance().types();
-        KernelStore::instance()
-            .manipulator(types[static_cast<std::size_t>(upTo(static_cast<int>(types.size()) - 1))])
-            ->addFilter();
+        else
+            store.manipulator(m_dice.oneOf(store.types()))->addFilter();
     }
     void key(QWindow* handle) {
         static const Qt::Key plain[] = {Qt::Key_W,      Qt::Key_S,      Qt::Key_D,     Qt::Key_O,
@@ -244,14 +236,14 @@ private:
         static const Qt::Key withControl[] = {Qt::Key_Z,    Qt::Key_Y,     Qt::Key_C,     Qt::Key_V,
                                               Qt::Key_A,    Qt::Key_D,     Qt::Key_0,     Qt::Key_1,
                                               Qt::Key_Plus, Qt::Key_Minus, Qt::Key_Period};
-        if (upTo(2) == 0)
-            press(handle, withControl[upTo(10)], Qt::ControlModifier);
+        if (m_dice.upTo(2) == 0)
+            press(handle, m_dice.oneOf(withControl), Qt::ControlModifier);
         else
-            press(handle, plain[upTo(19)]);
+            press(handle, m_dice.oneOf(plain));
     }
 
     editor::MainWindow& m_window;
-    std::mt19937 m_random;
+    Dice m_dice;
 };
 
 int actAtRandom(editor::MainWindow& window, const QTemporaryDir& folder,

@@ -112,10 +112,9 @@ TEST(Outlines, CoverTheRimAndKeepAllElse) {
         HkImage result(10, 6, 1, nullptr, 4), picture(10, 6, channels, nullptr, 4);
         for (int y = 0; y < 6; ++y)
             for (int x = 0; x < 10; ++x) {
-                result.data[y * result.step + x] = drawing[y][x] == '.' ? 0 : 255;
+                sample(result, x, y) = drawing[y][x] == '.' ? 0 : 255;
                 for (int c = 0; c < channels; ++c)
-                    picture.data[y * picture.step + x * channels + c] =
-                        static_cast<unsigned char>(y * 20 + x * 3 + c * 50);
+                    sample(picture, x, y, c) = static_cast<unsigned char>(y * 20 + x * 3 + c * 50);
             }
         AreaMap map;
         ASSERT_EQ(mapAreas(result, {}, map), AreaStatus::Success);
@@ -125,15 +124,15 @@ TEST(Outlines, CoverTheRimAndKeepAllElse) {
         ASSERT_EQ(drawn->channels, channels % 2 == 0 ? 4 : 3);
         for (int y = 0; y < 6; ++y)
             for (int x = 0; x < 10; ++x) {
-                const unsigned char* out = drawn->data + y * drawn->step + x * drawn->channels;
-                const unsigned char* in = picture.data + y * picture.step + x * channels;
                 // The pixels beside the hole have a side in common with it; its corners have not.
                 const bool besideHole = (y == 3 && (x == 4 || x == 6)) || (x == 5 && y != 3);
                 const bool rim = drawing[y][x] == 'o' || (drawing[y][x] == 'x' && besideHole);
                 const int orange[] = {255, 140, 0, 255};
                 for (int c = 0; c < drawn->channels; ++c) {
                     const int source = c == 3 ? channels - 1 : channels <= 2 ? 0 : c;
-                    EXPECT_EQ(out[c], rim ? orange[c] : in[source]) << x << ' ' << y << ' ' << c;
+                    EXPECT_EQ(sample(*drawn, x, y, c),
+                              rim ? orange[c] : sample(picture, x, y, source))
+                        << x << ' ' << y << ' ' << c;
                 }
             }
     }

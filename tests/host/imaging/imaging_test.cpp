@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <QString>
@@ -9,7 +8,6 @@
 #include <functional>
 #include <future>
 #include <limits>
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>

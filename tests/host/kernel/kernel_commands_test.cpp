@@ -3,7 +3,6 @@
 #include <rapidcheck.h>
 
 #include <QApplication>
-#include <QMouseEvent>
 #include <QTest>
 #include <QUndoStack>
 #include <QWheelEvent>
@@ -13,6 +12,7 @@
 #include "host/kernel/KernelStore.h"
 #include "host/kernel/UndoGesture.h"
 #include "tests/host/kernel/plugins/TestFilter.h"
+#include "tests/kit/gestures.h"
 
 namespace {
 
@@ -188,11 +188,6 @@ struct GestureScene {
         QTest::mousePress(&target, Qt::LeftButton);
         model.endGesture();
     }
-    void drag() {
-        QMouseEvent move(QEvent::MouseMove, QPointF(3, 3), QPointF(3, 3), Qt::NoButton,
-                         Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(&target, &move);
-    }
     void release() {
         QTest::mouseRelease(&target, Qt::LeftButton);
         QApplication::processEvents();
@@ -236,25 +231,23 @@ TEST_F(ChangeObject, MergesWhatIsOneGesture) {
         for (int i = 0; i < length; ++i) {
             const int action = *rc::gen::inRange(0, 24);
             told.append(QString::number(action));
+            void (GestureScene::*const inputs[])() = {&GestureScene::press, &GestureScene::release,
+                                                      &GestureScene::key,
+                                                      &GestureScene::changeFocus};
             switch (action) {
                 case 0:
-                    scene.press();
-                    break;
                 case 1:
-                    scene.release();
-                    break;
                 case 2:
-                    scene.key();
-                    break;
                 case 3:
-                    scene.changeFocus();
+                    (scene.*inputs[action])();
                     break;
                 case 4:
                     g_now += 1001, model.endGesture();
                     break;
                 case 5:
-                    g_now += 900, scene.drag(), g_now += 900, scene.turnWheel(), g_now += 900;
-                    scene.drag();
+                    g_now += 900, dragTo(scene.target, QPoint(3, 3));
+                    g_now += 900, scene.turnWheel();
+                    g_now += 900, dragTo(scene.target, QPoint(3, 3));
                     break;
                 case 6:
                     stack.setClean(), model.save();

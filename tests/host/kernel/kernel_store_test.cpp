@@ -1,8 +1,8 @@
 // The data store: declared parameters, values over time, instances and their order, leases.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <QSignalSpy>
+#include <QToolBox>
 #include <limits>
 #include <random>
 
@@ -135,13 +135,16 @@ TEST_F(KernelStoreTest, TypesAreRegisteredOnce) {
 
 TEST_F(KernelStoreTest, ADestroyedManipulatorTakesItsTypeAlong) {
     int object = 0;
+    QToolBox toolBox;
     {
         TestManipulator other(9002);
-        other.initManipulator(nullptr);
+        other.initManipulator(&toolBox);
+        EXPECT_EQ(toolBox.count(), 1);
         EXPECT_TRUE(kernel.registerFilterType(&other, 9003)) << "one may serve two types";
         object = store.add(9002);
         EXPECT_NE(kernel.getObject(9002, object), nullptr);
     }
+    EXPECT_EQ(toolBox.count(), 0);
     EXPECT_EQ(kernel.getObject(9002, object), nullptr);
     EXPECT_EQ(kernel.getDataDescriptor(9002), nullptr);
     EXPECT_EQ(store.add(9002), -1);

@@ -1,6 +1,5 @@
 // The manipulator base and its entries in a real window.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QCheckBox>
@@ -82,17 +81,6 @@ TEST_F(Manipulator, WithoutToolBoxThereAreNoWindows) {
     EXPECT_EQ(plain.refreshes, 0);
     TestManipulator unregistered(9004, "Unregistered");
     EXPECT_EQ(unregistered.addFilter(), -1);
-}
-
-TEST_F(Manipulator, APageGoesWithItsManipulator) {
-    {
-        TestManipulator passing(9003, "Passing");
-        passing.initManipulator(&toolBox);
-        passing.addFilter();
-        EXPECT_EQ(toolBox.count(), 3);
-    }
-    EXPECT_EQ(toolBox.count(), 2);
-    EXPECT_TRUE(store.instances().empty());
 }
 
 TEST_F(Manipulator, EntriesFollowTheInstances) {

@@ -1,7 +1,6 @@
 // Loading libraries that are wrong in every way a library can be, and a good one afterwards.
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QToolBox>
@@ -164,16 +163,6 @@ TEST_F(Loader, RefusesATypeIdThatBelongsToAnother) {
     EXPECT_TRUE(error.contains("type id 9101 belongs to the filter \"Built in\""))
         << error.toStdString();
     EXPECT_EQ(KernelStore::instance().manipulator(9101), &builtIn);
-}
-
-TEST_F(Loader, ManipulatorsGoWithTheLoader) {
-    {
-        PluginLoader loader(PluginServices{});
-        ASSERT_TRUE(loader.load(kGood));
-        EXPECT_GT(loader.manipulators().front()->addFilter(), 0);
-    }
-    EXPECT_TRUE(KernelStore::instance().types().empty());
-    EXPECT_TRUE(KernelStore::instance().instances().empty());
 }
 
 }  // namespace

@@ -108,14 +108,18 @@ ProgramResult FxrenderTest::fxrenderAsUser(const Arguments& arguments) {
 }
 
 ProgramResult FxrenderTest::runAs(uid_t user, const Arguments& arguments) {
-    const auto becomeUser = [user] { return user == geteuid() || setuid(user) == 0; };
-    Arguments commandLine = {FXRENDER};
-    commandLine.insert(commandLine.end(), arguments.begin(), arguments.end());
     const auto main = [&] {
-        if (!becomeUser()) return 127;
-        return isOneOfMany(arguments) ? render::runFxrender(arguments) : become(commandLine);
+        if (user != geteuid() && setuid(user) != 0) return 127;
+        return isOneOfMany(arguments) ? render::runFxrender(arguments)
+                                      : become(Arguments{FXRENDER} + arguments);
     };
     return RunningProgram(main, folder()).wait();
+}
+
+std::string FxrenderTest::pluginCalled(const std::string& name) const {
+    const QString file = path(QString::fromStdString(name) + ".so");
+    EXPECT_TRUE(QFile::copy(TEST_PLUGIN_DIR "/good.so", file));
+    return file.toStdString();
 }
 
 void FxrenderTest::waitFor(const QString& name) const {

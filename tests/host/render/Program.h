@@ -50,6 +50,11 @@ protected:
     /// The same as a user whom permissions bind, whoever runs the test.
     ProgramResult fxrenderAsUser(const Arguments& arguments);
 
+    /// Another program, from its beginning to its end.
+    ProgramResult program(const Arguments& commandLine) const {
+        return RunningProgram(commandLine, folder()).wait();
+    }
+
     /// The program, which must end with this code.
     ProgramResult run(const Arguments& arguments, int expectedExitCode = 0);
     ProgramResult apply(const Arguments& arguments, int expectedExitCode = 0) {
@@ -61,6 +66,9 @@ protected:
     void expectRefusal(const Arguments& arguments, int exitCode, const std::string& message);
     static void expectRefused(const ProgramResult& result, int exitCode,
                               const std::string& message);
+
+    /// The test's plug-in library under the name that tells it what to do.
+    std::string pluginCalled(const std::string& name) const;
 
     /// Until the file is there, for minutes at the most.
     void waitFor(const QString& name) const;

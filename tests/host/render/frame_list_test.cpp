@@ -1,7 +1,6 @@
 #include "host/render/FrameList.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <limits>
 #include <numeric>
@@ -33,10 +32,7 @@ TEST(FrameList, ChoosesSingleFramesRangesAndSteps) {
     EXPECT_THAT(chosen("-12-", available), testing::ContainerEq(available))
         << "open from a negative frame";
     EXPECT_THAT(chosen("-1-1", available), ElementsAre(-1, 0, 1));
-}
-
-TEST(FrameList, GivesEachFrameOnceInAscendingOrder) {
-    EXPECT_THAT(chosen("9,3-5,4,9", from(0, 10)), ElementsAre(3, 4, 5, 9));
+    EXPECT_THAT(chosen("9,3-5,4,9", available), ElementsAre(3, 4, 5, 9)) << "each once, in order";
 }
 
 TEST(FrameList, ARangeTakesWhatThereIsOfIt) {

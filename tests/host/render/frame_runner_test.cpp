@@ -99,27 +99,6 @@ TEST_P(FrameRunner, KeepGoingRunsAllOthers) {
     }
 }
 
-TEST_P(FrameRunner, AStopFinishesWhatHasBegunAndBeginsNoMore) {
-    std::atomic<int> begun{0}, ended{0};
-    RunRules rules;
-    rules.shouldStop = [&] { return begun >= 20; };
-    const auto outcomes = run(
-        GetParam(),
-        [&](std::int64_t) {
-            ++begun;
-            std::this_thread::yield();
-            ++ended;
-        },
-        rules);
-    EXPECT_EQ(begun, ended);
-    EXPECT_GE(begun, 20);
-    // A worker may have asked just before the twentieth frame began.
-    EXPECT_LT(begun, 20 + GetParam());
-    for (int i = 0; i < kFrames; ++i)
-        EXPECT_EQ(outcomes[i].status,
-                  i < begun ? FrameOutcome::Finished : FrameOutcome::NotStarted);
-}
-
 INSTANTIATE_TEST_SUITE_P(Workers, FrameRunner, testing::Values(1, 2, 8));
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -48,9 +47,6 @@ protected:
     }
     QImage colours(const QString& name) const {
         return load(name).convertToFormat(QImage::Format_RGB888);
-    }
-    QStringList written(const QString& name) const {
-        return QDir(path(name)).entryList(QDir::Files | QDir::Hidden);
     }
 };
 
@@ -105,40 +101,6 @@ TEST_F(FxrenderApply, KeysRunOrJumpAlongASequence) {
     }
 }
 
-TEST_F(FxrenderApply, ResultsDoNotDependOnTheNumberOfJobs) {
-    saveSequence(16, 61, 47);
-    for (const std::string jobs : {"1", "2", "7"})
-        apply({"shot_####.png", "-o", "jobs" + jobs + "/", "-j", jobs, "-f",
-               "Blur and enhance:Blur=0=1;15=13,Enhance=true", "-f",
-               "Channel separation:Channel=0=1;8=5", "-f",
-               "Adaptive threshold:Size=0=11;15=51,Min=2"});
-    for (const QString& name : written("jobs1")) {
-        EXPECT_EQ(contents("jobs1/" + name), contents("jobs2/" + name)) << name.toStdString();
-        EXPECT_EQ(contents("jobs1/" + name), contents("jobs7/" + name)) << name.toStdString();
-    }
-}
-
-TEST_F(FxrenderApply, KeepGoingRendersAllButTheBadFrame) {
-    saveSequence(6);
-    write(shot(3), "This is no picture.\n");
-    const ProgramResult result = apply({"shot_####.png", "-o", "out/", "-f", "Channel separation",
-                                        "--keep-going", "-j", "2", "--report", "report.json"},
-                                       1);
-    EXPECT_THAT(result.err, HasSubstr("shot_0003.png"));
-    EXPECT_THAT(result.err, HasSubstr("5 of 6 frames done, 1 failed"));
-    EXPECT_EQ(written("out").size(), 5);
-    const json report = jsonIn("report.json");
-    EXPECT_EQ(report["exitCode"], 1);
-    for (const json& frame : report["frames"]) {
-        const bool isBad = frame["frame"] == 3;
-        EXPECT_EQ(frame["status"], isBad ? "failed" : "done");
-        EXPECT_EQ(frame.contains("error"), isBad);
-        EXPECT_GE(frame["milliseconds"].get<int>(), 0);
-        EXPECT_EQ(frame.contains("pixels"), !isBad);
-        EXPECT_EQ(frame["output"], "out/" + frame["input"].get<std::string>());
-    }
-}
-
 TEST_F(FxrenderApply, ADryRunSaysWhatItWouldWriteAndWritesNothing) {
     saveSequence(3);
     const QStringList before = files();
@@ -169,15 +131,15 @@ TEST_F(FxrenderApply, StandardOutputStaysFreeAndProgressObeys) {
     EXPECT_EQ(progress({"--frames", "2"}).find("1 frame done"), std::strlen("fxrender: "));
 }
 
-TEST_F(FxrenderApply, ABadFrameEndsTheRunAndEventsTellItAsJson) {
+TEST_F(FxrenderApply, ABadFrameEndsTheRunUnlessItKeepsGoingAndEventsTellItAsJson) {
     saveSequence(6);
     write(shot(3), "no\tpicture");
-    const ProgramResult result =
+    const ProgramResult ended =
         apply({"shot_####.png", "-o", "out/", "-j", "1", "-f", "Object separator", "--progress",
                "json", "--report", "report.json"},
               65);
     std::vector<json> events;
-    for (const std::string& line : linesOf(result.err)) events.push_back(json::parse(line));
+    for (const std::string& line : linesOf(ended.err)) events.push_back(json::parse(line));
     ASSERT_EQ(events.size(), 6u);
     EXPECT_EQ(events[0]["event"], "warning");
     EXPECT_THAT(events[0]["message"], HasSubstr("black and white"));
@@ -193,10 +155,27 @@ TEST_F(FxrenderApply, ABadFrameEndsTheRunAndEventsTellItAsJson) {
     EXPECT_THAT(events[5]["message"], HasSubstr("shot_0003.png"));
     EXPECT_EQ(events[5]["message"], failed["error"]);
     std::vector<std::string> statuses;
-    const json report = jsonIn("report.json");
+    json report = jsonIn("report.json");
     for (const json& frame : report["frames"]) statuses.push_back(frame["status"]);
     EXPECT_THAT(statuses,
                 ElementsAre("done", "done", "done", "failed", "not started", "not started"));
+
+    const ProgramResult went = apply({"shot_####.png", "-o", "all/", "-f", "Channel separation",
+                                      "--keep-going", "-j", "2", "--report", "report.json"},
+                                     1);
+    EXPECT_THAT(went.err, HasSubstr("shot_0003.png"));
+    EXPECT_THAT(went.err, HasSubstr("5 of 6 frames done, 1 failed"));
+    EXPECT_EQ(files().filter("all/").size(), 5);
+    report = jsonIn("report.json");
+    EXPECT_EQ(report["exitCode"], 1);
+    for (const json& frame : report["frames"]) {
+        const bool isBad = frame["frame"] == 3;
+        EXPECT_EQ(frame["status"], isBad ? "failed" : "done");
+        EXPECT_EQ(frame.contains("error"), isBad);
+        EXPECT_GE(frame["milliseconds"].get<int>(), 0);
+        EXPECT_EQ(frame.contains("pixels"), !isBad);
+        EXPECT_EQ(frame["output"], "all/" + frame["input"].get<std::string>());
+    }
 }
 
 TEST_F(FxrenderApply, ReportsGoWhereTheyAreWantedAndNowhereElse) {

@@ -62,8 +62,7 @@ protected:
             } else if (inBlock && std::regex_match(line, match, command)) {
                 if (isSynopsis(match[3])) continue;
                 saysSomething = match[1].matched;
-                result =
-                    RunningProgram({"/bin/sh", "-c", FXRENDER + match[3].str()}, folder()).wait();
+                result = program({"/bin/sh", "-c", FXRENDER + match[3].str()});
                 EXPECT_TRUE(result.exitCode == 0 || saysSomething) << result.err;
                 ++count;
             } else if (saysSomething) {

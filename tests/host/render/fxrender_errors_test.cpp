@@ -23,9 +23,6 @@ protected:
         int exitCode;
         const char* message;
     };
-    void expectRefusals(const std::vector<Row>& rows) {
-        for (const Row& row : rows) expectRefusal(row.arguments, row.exitCode, row.message);
-    }
     static Arguments applying(const char* input, const char* output, const char* filter) {
         return {"apply", input, "-o", output, "-f", filter};
     }
@@ -36,14 +33,11 @@ private:
     QStringList m_before;
 };
 
-TEST_F(FxrenderErrors, NoArgumentsShowUsage) {
-    const ProgramResult result = fxrender({});
-    EXPECT_EQ(result.exitCode, 2);
-    EXPECT_EQ(result.out, "");
-    EXPECT_THAT(result.err, HasSubstr("fxrender apply INPUT"));
-}
-
-TEST_F(FxrenderErrors, HelpAndVersionAreResults) {
+TEST_F(FxrenderErrors, HelpAndVersionAreResultsAndNoArgumentsAnError) {
+    const ProgramResult usage = fxrender({});
+    EXPECT_EQ(usage.exitCode, 2);
+    EXPECT_EQ(usage.out, "");
+    EXPECT_THAT(usage.err, HasSubstr("fxrender apply INPUT"));
     EXPECT_THAT(fxrender({"--version"}).out, testing::StartsWith("fxrender "));
     const ProgramResult help = fxrender({"apply", "--help"});
     EXPECT_EQ(help.exitCode, 0);
@@ -51,8 +45,8 @@ TEST_F(FxrenderErrors, HelpAndVersionAreResults) {
     EXPECT_THAT(help.out, HasSubstr("--output OUTPUT"));
 }
 
-TEST_F(FxrenderErrors, WrongCommandLines) {
-    expectRefusals({
+TEST_F(FxrenderErrors, CommandLinesInputsOutputsAndFiltersThatCannotBe) {
+    const Row rows[] = {
         {{"aply"}, 2, "did you mean apply?"},
         {{"frobnicate"}, 2, "valid: list, apply"},
         {{"list", "json"}, 2, "there is no filter \"json\""},
@@ -76,11 +70,6 @@ TEST_F(FxrenderErrors, WrongCommandLines) {
         {{"list", "--plugin", "none.so"}, 66, "none.so"},
         {{"list", "--plugin", "in.png"}, 65, "in.png"},
         {{"list", "--plugin", OTHER_LIBRARY}, 65, OTHER_LIBRARY},
-    });
-}
-
-TEST_F(FxrenderErrors, InputsAndOutputsAndFiltersThatCannotBe) {
-    expectRefusals({
         {applying("none.png", "o.png", kSeparate), 66, "none.png"},
         {applying("text.png", "o.png", kSeparate), 65, "text.png"},
         {applying("in.png", "in.png", kSeparate), 73, "in.png"},
@@ -92,7 +81,8 @@ TEST_F(FxrenderErrors, InputsAndOutputsAndFiltersThatCannotBe) {
         {applying("in.png", "o.png", "Chanel separation"), 2,
          "did you mean \"Channel separation\"?"},
         {applying("in.png", "o.png", "two\nlines"), 2, "\"two\\x0alines\""},
-    });
+    };
+    for (const Row& row : rows) expectRefusal(row.arguments, row.exitCode, row.message);
 }
 
 TEST_F(FxrenderErrors, OptionsThatCannotBe) {

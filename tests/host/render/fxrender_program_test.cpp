@@ -14,7 +14,7 @@ using testing::HasSubstr;
 class FxrenderProgram : public FxrenderTest {
 protected:
     ProgramResult shell(const std::string& commands) const {
-        return RunningProgram({"/bin/sh", "-c", commands}, folder()).wait();
+        return program({"/bin/sh", "-c", commands});
     }
     /// Descriptor 4 writes to a reader that has gone away.
     static constexpr const char* kNobodyReads = "mkfifo pipe; exec 3<>pipe 4>pipe 3<&-; ";
@@ -79,8 +79,7 @@ TEST_F(FxrenderProgram, AShortageOfMemoryNamesThePictureAndSaysTryAgain) {
 TEST_F(FxrenderProgram, SeeksItsPluginBesideItself) {
     ASSERT_TRUE(QDir(folder()).mkdir("bin"));
     ASSERT_TRUE(QFile::copy(FXRENDER, path("bin/fxrender")));
-    const ProgramResult result =
-        RunningProgram({path("bin/fxrender").toStdString(), "list"}, folder()).wait();
+    const ProgramResult result = program({path("bin/fxrender").toStdString(), "list"});
     EXPECT_EQ(result.exitCode, 66);
     EXPECT_THAT(result.err, HasSubstr(path("plugins/libBasicFiltersPlugin.so").toStdString()));
     EXPECT_THAT(result.err, HasSubstr("--plugin"));
@@ -123,7 +122,7 @@ INSTANTIATE_TEST_SUITE_P(All, FxrenderSignal, testing::Values(SIGHUP, SIGINT, SI
 class Fxdemo : public FxrenderTest {};
 
 TEST_F(Fxdemo, LeavesAResultForEveryFilterAndAContactSheet) {
-    const ProgramResult demo = RunningProgram({FXDEMO, "show"}, folder()).wait();
+    const ProgramResult demo = program({FXDEMO, "show"});
     EXPECT_EQ(demo.exitCode, 0) << demo.err;
     EXPECT_EQ(demo.err, "");
     EXPECT_THAT(demo.out, HasSubstr("show/contact-sheet.png"));

@@ -133,7 +133,7 @@ TEST_F(FxrenderProject, ResumeDoesWhatIsMissingStaleOrDamagedAndNothingElse) {
 }
 
 TEST_F(FxrenderProject, ShardsAndJobsShareOutTheFramesAndChangeNoPixel) {
-    render({"-o", "whole/", "--report", "whole.json", "-j", "2"});
+    render({"-o", "whole/", "--report", "whole.json", "-j", "7"});
     std::map<int, std::string> pixels;
     const auto gather = [&](const QString& report) {
         const json all = jsonIn(report);

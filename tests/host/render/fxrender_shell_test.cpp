@@ -18,9 +18,6 @@ using Words = std::vector<std::string>;
 
 class FxrenderShell : public FxrenderTest {
 protected:
-    ProgramResult shell(const Arguments& commandLine) const {
-        return RunningProgram(commandLine, folder()).wait();
-    }
     /// What the program tells bash to put in the place of the piece of the word at the line's end.
     Words offered(const std::string& line) {
         const ProgramResult result =
@@ -35,7 +32,7 @@ TEST_F(FxrenderShell, BashIsGivenWhatTheProgramOffers) {
     for (const std::string& line : Words{"", "check --pl", "apply a.png -f Degauss:Method=",
                                          "apply a.png -f \"Blur and enhance:", "apply "}) {
         const std::string typed = FXRENDER " " + line;
-        const ProgramResult result = shell(
+        const ProgramResult result = program(
             {"/bin/bash", "--norc", "-c",
              "source " COMPLETION "/fxrender.bash; complete -p fxrender >/dev/null || exit 9; "
              "COMP_LINE=$1 COMP_POINT=${#1} COMP_WORDBREAKS=$' \\t\\n\"\\'><=;|&(:' "
@@ -110,7 +107,7 @@ TEST_F(FxrenderShell, OffersFiltersTheirParametersAndValues) {
 TEST_F(FxrenderShell, ZshOffersTheSame) {
     const auto zsh = [this](const std::string& words, const std::string& prefix) {
         // The functions of its completion say what they are given.
-        const ProgramResult result = shell(
+        const ProgramResult result = program(
             {"/usr/bin/env", "zsh", "-f", "-c",
              "compadd() { print -rl -- \"$texts[@]\" }; _files() { print files }; compset() { }; "
              "words=(" FXRENDER " " +
@@ -129,9 +126,9 @@ TEST_F(FxrenderShell, ZshOffersTheSame) {
 }
 
 TEST_F(FxrenderShell, TheManualTellsEveryOptionAndReadsWithoutComplaint) {
-    const ProgramResult page = shell({"/bin/sh", "-c",
-                                      FXRENDER " manual | scdoc > fxrender.1 && "
-                                               "MANWIDTH=120 man --warnings -l fxrender.1"});
+    const ProgramResult page = program({"/bin/sh", "-c",
+                                        FXRENDER " manual | scdoc > fxrender.1 && "
+                                                 "MANWIDTH=120 man --warnings -l fxrender.1"});
     EXPECT_EQ(page.exitCode, 0);
     EXPECT_EQ(page.err, "");
     for (const std::string& command : offered("")) {

@@ -7,7 +7,6 @@
 #include <QFileInfo>
 #include <QObject>
 #include <cstdlib>
-#include <cstring>
 #include <stdexcept>
 #include <string>
 
@@ -92,13 +91,9 @@ public:
             block[0] = 1;
             std::free(const_cast<char*>(block));
         }
-        if (isCalled("GivesNothing")) {
+        if (isCalled("GivesNothing") || isCalled("GivesEmptyPicture")) {
             delete image;
-            return nullptr;
-        }
-        if (isCalled("GivesEmptyPicture")) {
-            delete image;
-            return new HkImage;
+            return isCalled("GivesNothing") ? nullptr : new HkImage;
         }
         const struct {
             const char* fault;
@@ -136,10 +131,6 @@ public:
     explicit FaultyManipulator(int typeId) : TestManipulator(typeId, "From a library") {}
     ~FaultyManipulator() override { act("end"); }
 
-    QString filterTitle() override {
-        act("title");
-        return TestManipulator::filterTitle();
-    }
     void updateGuiFromKernel(int objectId, const HkKernelObjectData* object) override {
         if (!isCalled("ShowsNothing")) TestManipulator::updateGuiFromKernel(objectId, object);
     }
@@ -160,7 +151,6 @@ public:
     }
     bool fillDefaultValues(const HkKernelObjectDataDescr* descr, HkParamKeyframeVector& values,
                            int reserved) override {
-        act("defaults");
         return !isCalled("DefaultsFail") &&
                TestManipulator::fillDefaultValues(descr, values, reserved);
     }
