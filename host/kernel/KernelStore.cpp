@@ -176,16 +176,19 @@ const HkKernelObjectDataDescr* KernelStore::descriptor(int typeId) const {
 }
 
 void KernelStore::forgetManipulator(const HkFilterManipulator* manipulator) {
-    std::vector<int> forgotten;
-    for (const Private::Type& type : d->types)
-        if (type.manipulator == manipulator) forgotten.push_back(type.id);
-    for (const int typeId : forgotten) {
+    // Without memory: it runs in destructors.
+    const auto isItsOwn = [manipulator](const Private::Type& type) {
+        return type.manipulator == manipulator;
+    };
+    while (true) {
+        const auto type = std::find_if(d->types.begin(), d->types.end(), isItsOwn);
+        if (type == d->types.end()) return;
+        const int typeId = type->id;
         {
             const WriteLock guard(d->lock);
-            d->types.erase(d->types.begin() + (d->type(typeId) - d->types.data()));
+            d->types.erase(type);
         }
-        for (const InstanceId& id : instances())
-            if (id.typeId == typeId) remove(id.objectId);
+        removeWhere([typeId](const InstanceId& id) { return id.typeId == typeId; });
     }
 }
 
@@ -278,7 +281,18 @@ bool KernelStore::move(int objectId, int position) {
 }
 
 void KernelStore::clear() {
-    for (const InstanceId& id : instances()) remove(id.objectId);
+    removeWhere([](const InstanceId&) { return true; });
+}
+
+template <typename Condition>
+void KernelStore::removeWhere(Condition holds) {
+    for (std::size_t i = 0; i < d->order.size();) {
+        const InstanceId id{d->order[i]->d->typeId, d->order[i]->d->objectId};
+        if (holds(id))
+            remove(id.objectId);
+        else
+            ++i;
+    }
 }
 
 int KernelStore::addTrial(int typeId, const InstanceState& state) {

@@ -105,6 +105,8 @@ private:
     KernelStore(const KernelStore&) = delete;
     KernelStore& operator=(const KernelStore&) = delete;
 
+    template <typename Condition>
+    void removeWhere(Condition holds);  ///< instances, by their id; takes no memory
     bool insert(InstanceId id, const InstanceState& state, int position);
     HkKernelObjectData* find(int typeId, int objectId) const;
     HkParamKeyframeVector valuesAt(const HkKernelObjectData& object, qint64 frame) const;

@@ -261,9 +261,13 @@ void notePluginStep(const QString& step) {
 }
 
 void notePluginUse(const QString& use) {
+    if (!g_diary) return;
     static std::mutex mutex;  // render threads ask, too
     const std::lock_guard<std::mutex> lock(mutex);
-    if (g_diary) std::snprintf(g_diary->step, sizeof g_diary->step, "%s", qUtf8Printable(use));
+    try {
+        std::snprintf(g_diary->step, sizeof g_diary->step, "%s", qUtf8Printable(use));
+    } catch (const std::bad_alloc&) {  // what was there before stays
+    }
 }
 
 void notePluginLoaded() {

@@ -249,7 +249,7 @@ QString PluginLoader::ownPlugin() {
 PluginLoader::PluginLoader(const PluginServices& services) : m_services(services) {}
 
 PluginLoader::~PluginLoader() {
-    const PluginQuestion question(tr("remove its filters"));
+    const PluginQuestion question(QStringLiteral("remove its filters"));
     m_manipulators.clear();
 }
 

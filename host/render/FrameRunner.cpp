@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <deque>
 #include <mutex>
 #include <new>
 #include <system_error>
@@ -16,12 +15,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Does a part of a frame's work; when it fails, the outcome says why.
-template <typename Part>
-void attempt(FrameOutcome& outcome, Part part) {
-    const auto begin = Clock::now();
+/// Says why the exception that is being handled ended the frame.
+void describe(FrameOutcome& outcome) {
     try {
-        part();
+        throw;
     } catch (const media::MediaError& error) {
         outcome.code = exitCodeOf(error.kind());
         outcome.error = error.what();
@@ -43,20 +40,39 @@ void attempt(FrameOutcome& outcome, Part part) {
         outcome.error = "frame " + std::to_string(outcome.frame) +
                         ": a filter broke off without a word; use another plug-in library";
     }
-    outcome.status = outcome.code == Done ? FrameOutcome::Finished : FrameOutcome::Failed;
+}
+
+/// Does a part of a frame's work; when it fails, the outcome says why.
+template <typename Part>
+void attempt(FrameOutcome& outcome, const Part& part) {
+    const auto begin = Clock::now();
+    try {
+        part();
+        outcome.status = FrameOutcome::Finished;
+    } catch (...) {
+        outcome.status = FrameOutcome::Failed;
+        try {
+            describe(outcome);
+        } catch (const std::bad_alloc&) {
+            outcome.code = TryAgainLater;
+            outcome.error = "no memory";  // so short that it takes none
+        }
+    }
     outcome.seconds += std::chrono::duration<double>(Clock::now() - begin).count();
 }
 
 /// What the threads share: the frames still to do, and the outcomes.
 class Run {
 public:
-    Run(const std::vector<std::int64_t>& frames, const RunRules& rules)
-        : m_outcomes(frames.size()), m_rules(rules) {
+    /// All memory is taken here: the threads have nobody to tell when they get none.
+    Run(const std::vector<std::int64_t>& frames, std::size_t workerCount, const RunRules& rules)
+        : m_mostWaiting(2 * workerCount), m_outcomes(frames.size()), m_rules(rules) {
+        m_rests.reserve(m_mostWaiting);
+        m_ended.reserve(frames.size());
         for (std::size_t i = 0; i < frames.size(); ++i) m_outcomes[i].frame = frames[i];
     }
 
-    void workOn(const FrameWork& work, std::size_t workerCount) {
-        const std::size_t mostWaiting = 2 * workerCount;
+    void workOn(const FrameWork& work) {
         std::unique_lock<std::mutex> lock(m_mutex);
         while (m_next < m_outcomes.size() && !m_ending) {
             if (m_rules.shouldStop && m_rules.shouldStop()) break;
@@ -67,7 +83,7 @@ public:
             attempt(outcome, [&] { rest = work(outcome.frame); });
             lock.lock();
             if (rest) {
-                m_restTaken.wait(lock, [&] { return m_rests.size() < mostWaiting; });
+                m_restTaken.wait(lock, [&] { return m_rests.size() < m_mostWaiting; });
                 m_rests.push_back({index, std::move(outcome), std::move(rest)});
                 m_restWaits.notify_one();
             } else {
@@ -94,7 +110,7 @@ public:
                              [&] { return !m_rests.empty() || m_workersGone == workerCount; });
             if (m_rests.empty()) break;
             Rest rest = std::move(m_rests.front());
-            m_rests.pop_front();
+            m_rests.erase(m_rests.begin());
             ++m_restsRunning;
             m_restTaken.notify_one();
             lock.unlock();
@@ -126,6 +142,12 @@ public:
         }
     }
 
+    /// No more frames begin.
+    void stop() {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_ending = true;
+    }
+
     std::vector<FrameOutcome> takeOutcomes() { return std::move(m_outcomes); }
 
 private:
@@ -147,7 +169,8 @@ private:
     std::condition_variable m_changed;    ///< for watch(): a frame ended or a worker is gone
     std::condition_variable m_restWaits;  ///< or no more will come
     std::condition_variable m_restTaken;
-    std::deque<Rest> m_rests;
+    const std::size_t m_mostWaiting;  ///< rests
+    std::vector<Rest> m_rests;        ///< in the order in which they came
     std::size_t m_restsRunning = 0;
     std::vector<FrameOutcome> m_outcomes;
     std::vector<std::size_t> m_ended;  ///< indices, in the order in which the frames ended
@@ -163,16 +186,20 @@ std::vector<FrameOutcome> runFrames(const std::vector<std::int64_t>& frames,
                                     const std::vector<FrameWork>& workers, const RunRules& rules,
                                     const std::function<void(const FrameOutcome&)>& onOutcome,
                                     const std::function<void()>& onTick) {
-    Run run(frames, rules);
-    std::vector<std::thread> threads;
     const std::size_t wanted = workers.size();
+    Run run(frames, wanted, rules);
+    std::vector<std::thread> threads;
+    threads.reserve(2 * wanted);
     const auto begin = [&](auto function) {
         try {
             threads.emplace_back(function);
             return true;
-        } catch (const std::system_error&) {
-            return false;  // the system grants no further thread
+        } catch (const std::exception&) {
+            return false;  // the system grants no further thread, or no memory for one
         }
+    };
+    const auto join = [&] {
+        for (std::thread& thread : threads) thread.join();
     };
     // As many for the rests: they mostly sleep, and a disk likes several at a time.
     std::size_t restThreads = 0;
@@ -181,14 +208,20 @@ std::vector<FrameOutcome> runFrames(const std::vector<std::int64_t>& frames,
     std::size_t begun = 0;
     if (restThreads > 0)
         for (const FrameWork& worker : workers)
-            if (begin([&run, &worker, wanted] { run.workOn(worker, wanted); })) ++begun;
+            if (begin([&run, &worker] { run.workOn(worker); })) ++begun;
     for (std::size_t i = begun; i < wanted; ++i) run.dismissWorker();
     if (begun == 0) {
-        for (std::thread& thread : threads) thread.join();
+        join();
         throw CommandError(TryAgainLater, "the system grants no thread to render on");
     }
-    run.watch(wanted, onOutcome, onTick);
-    for (std::thread& thread : threads) thread.join();
+    try {
+        run.watch(wanted, onOutcome, onTick);
+    } catch (...) {
+        run.stop();
+        join();
+        throw;
+    }
+    join();
     return run.takeOutcomes();
 }
 
