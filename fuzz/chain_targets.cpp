@@ -3,16 +3,21 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
+#include <QAbstractSlider>
 #include <QCoreApplication>
 #include <QDomDocument>
 #include <QEvent>
+#include <QToolBox>
 #include <QUndoStack>
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <optional>
 
 #include "framework/contract/FxKernelApi/CmdChangeObject.h"
+#include "framework/contract/FxKernelApi/FxGuiImageFilter.h"
 #include "framework/contract/FxKernelApi/HkFilterManipulator.h"
 #include "framework/contract/FxKernelApi/HkImageFilter.h"
 #include "fuzz/session.h"
@@ -23,6 +28,8 @@
 #include "host/kernel/CmdSetChain.h"
 #include "host/kernel/FilterElement.h"
 #include "host/kernel/KernelStore.h"
+#include "host/kernel/UndoGesture.h"
+#include "tests/host/kernel/plugins/TestFilter.h"
 #include "tests/kit/pixels.h"
 
 namespace fuzz {
@@ -54,6 +61,8 @@ QVariant anyValue(Input& input, QMetaType::Type type) {
             return input.number(0, 1) == 1;
         case QMetaType::Double:
             return anyDouble(input);
+        case QMetaType::QString:
+            return QString::number(anyInt(input));
         default:
             return anyInt(input);
     }
@@ -176,6 +185,15 @@ void chain(Input input) {
 
 namespace {
 
+qint64 now = 0;  ///< of the clock that tells which edits belong together
+
+/// What a host or a document may bring, whatever the parameter's type.
+QVariant anyVariant(Input& input) {
+    const QVariant values[] = {{},           "", "true", "0", "x", "1e999", input.any<double>(),
+                               anyInt(input)};
+    return input.oneOf(values);
+}
+
 /// An edit as a window makes it, with its step on the stack.
 void edit(Input& input, QUndoStack& undo) {
     KernelStore& kernel = KernelStore::instance();
@@ -189,7 +207,7 @@ void edit(Input& input, QUndoStack& undo) {
     HkFilterManipulator& manipulator = *kernel.manipulator(instance.typeId);
     const HkKernelObjectDataDescr& descr = descriptor(instance.typeId);
     kernel.setCurrentFrame(input.byte());
-    switch (input.number(0, 9)) {
+    switch (input.number(0, 11)) {
         case 0:
             manipulator.addFilter();
             break;
@@ -217,6 +235,7 @@ void edit(Input& input, QUndoStack& undo) {
             if (input.number(0, 1) == 0) std::reverse(chain.begin(), chain.end());
             if (input.number(0, 1) == 0) chain.pop_back();
             chain.push_back({{typeId, -1}, anyState(input, descriptor(typeId))});
+            chain.back().state.name = anyVariant(input).toString();
             undo.push(new CmdSetChain(QStringLiteral("chain"), std::move(chain)));
             break;
         }
@@ -225,6 +244,18 @@ void edit(Input& input, QUndoStack& undo) {
             break;
         case 7:
             undo.redo();
+            break;
+        case 8:
+            now += 2000;  // a pause ends what the user does at a stretch
+            break;
+        case 9:
+            for (QWidget* control :
+                 manipulator.getFilterGui(instance.objectId)->findChildren<QWidget*>()) {
+                if (input.number(0, 3) != 0) continue;
+                if (auto* slider = qobject_cast<QAbstractSlider*>(control))
+                    slider->setValue(anyInt(input));
+                if (auto* button = qobject_cast<QAbstractButton*>(control)) button->click();
+            }
             break;
         default: {
             HkParamKeyframeVector values = descr.createKeyframeVector();
@@ -238,6 +269,35 @@ void edit(Input& input, QUndoStack& undo) {
     }
 }
 
+/// The instance's element with damage is refused, or makes one more instance.
+void editElement(Input& input, const InstanceId& instance) {
+    HkFilterManipulator& manipulator = *KernelStore::instance().manipulator(instance.typeId);
+    QDomDocument document;
+    std::vector<QDomElement> nodes{manipulator.saveDataObject(instance.objectId, document)};
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+        for (QDomElement child = nodes[i].firstChildElement(); !child.isNull();
+             child = child.nextSiblingElement())
+            nodes.push_back(child);
+    for (int changes = input.number(1, 3); changes > 0; --changes) {
+        const QString name =
+            input.oneOf(QStringList{"name", "value", "frame", "held", "animated", "type"});
+        QDomElement node = input.oneOf(nodes);
+        const int change = input.number(0, 5);
+        if (change == 0) node.removeAttribute(name);
+        if (change == 1) node.appendChild(input.oneOf(nodes).cloneNode());
+        if (change == 2) node.setTagName(QStringLiteral("other"));
+        if (change >= 3) node.setAttribute(name, anyVariant(input).toString());
+    }
+    QString error;
+    const auto state = readFilterElement(nodes.front(), descriptor(instance.typeId), &error);
+    EXPECT_EQ(error.isEmpty(), state.has_value());
+    std::vector<ChainItem> chain = currentChain();
+    const HkKernelObjectData* made = manipulator.constructDataObject(nodes.front());
+    EXPECT_EQ(made != nullptr, state.has_value());
+    if (made) chain.push_back({{instance.typeId, currentChain().back().id.objectId}, *state});
+    EXPECT_TRUE(currentChain() == chain);
+}
+
 /// Without an undo step: what the timeline and documents do.
 void editKeys(Input& input) {
     KernelStore& kernel = KernelStore::instance();
@@ -249,15 +309,16 @@ void editKeys(Input& input) {
     const qint64 frame = anyFrame(input);
     const InstanceState before = *kernel.state(instance.objectId);
     const document::FrameSet frames = document::keyFrames(before);
-    switch (input.number(0, 9)) {
+    switch (input.number(0, 12)) {
         case 0:
-            kernel.setKey(instance.objectId, index, frame, anyInt(input), input.number(0, 1) == 1);
+            kernel.setKey(instance.objectId, index, frame, anyVariant(input),
+                          input.number(0, 1) == 1);
             break;
         case 1:
             kernel.eraseKey(instance.objectId, index, frame);
             break;
         case 2:
-            kernel.setBaseValue(instance.objectId, index, anyInt(input));
+            kernel.setBaseValue(instance.objectId, index, anyVariant(input));
             break;
         case 3:
             EXPECT_TRUE(
@@ -277,10 +338,18 @@ void editKeys(Input& input) {
             kernel.setAnimated(instance.objectId, input.number(0, 1) == 1);
             break;
         case 8: {
+            const RenderLease lease;
             const int trial = kernel.addTrial(instance.typeId, before);
             EXPECT_TRUE(kernel.removeTrial(trial));
             break;
         }
+        case 9:
+            kernel.manipulator(instance.typeId)
+                ->changeFilterAnimationState(instance.objectId, !before.animated, false);
+            break;
+        case 10:
+            editElement(input, instance);
+            break;
         default: {
             // All or nothing, and the edits that come back undo it.
             std::vector<ParamEdit> edits;
@@ -330,6 +399,14 @@ void store(Input input) {
     kernel.clear();
     QUndoStack& undo = *KernelStore::undoStackOf(*kernel.manipulator(kernel.types().front()));
     undo.clear();
+    setGestureClock([] { return now; });
+    std::optional<TestManipulator> guest;
+    static QToolBox& toolBox = *new QToolBox;
+    if (input.number(0, 1) == 1) {
+        guest.emplace();
+        guest->setUndoStack(&undo);
+        guest->initManipulator(&toolBox);
+    }
     const int mostEdits = 30;
     for (int left = mostEdits; left > 0 && !input.isEmpty() && input.number(0, 2) == 0; --left)
         editKeys(input);
@@ -343,9 +420,16 @@ void store(Input input) {
     while (undo.canRedo()) undo.redo();
     EXPECT_TRUE(currentChain() == after);
     for (int left = mostEdits; left > 0 && !input.isEmpty(); --left) editKeys(input);
+    // A filter that goes takes its instances along, and edits of them do nothing.
+    guest.reset();
+    while (undo.canUndo()) undo.undo();
+    while (undo.canRedo()) undo.redo();
+    for (const InstanceId& instance : kernel.instances())
+        EXPECT_TRUE(kernel.manipulator(instance.typeId));
     undo.clear();
     kernel.clear();
     // The entries of what is gone go with the next turn of an event loop.
+    QCoreApplication::sendPostedEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 

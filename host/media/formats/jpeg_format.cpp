@@ -156,7 +156,8 @@ void putSegments(const PictureProperties& properties, std::vector<unsigned char>
     const auto stored = [](double value) {
         return static_cast<unsigned>(std::clamp(std::round(value), 0.0, 65535.0));
     };
-    const bool isKnown = properties.xResolution > 0 && properties.yResolution > 0;
+    // A density of 0 is none.
+    const bool isKnown = properties.xResolution >= 0.5 && properties.yResolution >= 0.5;
     const unsigned x = isKnown ? stored(properties.xResolution) : 1;
     const unsigned y = isKnown ? stored(properties.yResolution) : 1;
     const int unit = !isKnown                            ? 0
