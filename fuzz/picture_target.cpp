@@ -164,8 +164,8 @@ void writeAndRead(const Read& read, unsigned choice) {
         const bool hasUnit = !before.resolutionUnit.empty();  // else whole numbers
         if (suffix == ".png") expectKept(before, after, hasUnit ? 0.02 : 0.5, 5e7);
         if (suffix == ".tif" && page == 0) expectKept(before, after, 0.002, 4e9);
-        if (suffix != ".jpg") continue;
         EXPECT_EQ(after.xResolution > 0, after.yResolution > 0);
+        if (suffix != ".jpg") continue;
         // Less than 1 is none, and without a unit equal numbers are.
         if (hasUnit && std::min(before.xResolution, before.yResolution) >= 1)
             expectKept(before, after, 1.3, 65535);

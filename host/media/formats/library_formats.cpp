@@ -78,6 +78,27 @@ std::unique_ptr<PictureDecoder> openTarga(const Bytes& file, int) {
     return pictureLibrary().open(kTarga, file, kRuns * 4);
 }
 
+/// The library takes the memory that an attribute claims before it looks whether the file holds it.
+std::unique_ptr<PictureDecoder> openExr(const Bytes& file, int) {
+    const bool hasParts = (little(file, 4, 4) & 0x1000) != 0;
+    Bytes rest = file.from(8);
+    const auto passText = [&rest] {
+        const void* end = std::memchr(rest.data, 0, rest.size);
+        const std::size_t length =
+            end ? static_cast<std::size_t>(static_cast<const unsigned char*>(end) - rest.data)
+                : rest.size;
+        rest = rest.from(length + 1);
+        return length;
+    };
+    do {
+        while (passText() > 0) {  // an attribute's name; none ends the head of a part
+            passText();           // its type
+            rest = rest.from(4 + std::size_t{little(rest, 0, 4)});
+        }
+    } while (hasParts && rest.size > 0 && rest.data[0] != 0);
+    return pictureLibrary().open(kExr, file, kAnything);
+}
+
 [[noreturn]] void refuseLoading(MediaErrorKind kind, const std::string& reason,
                                 const char* advice) {
     throw FormatError(
@@ -143,7 +164,7 @@ std::vector<Format> libraryFormats() {
          0,
          0,
          openWebpAnimation},
-        {"OpenEXR", {".exr"}, isExr, open<kExr, kAnything>, nullptr, nullptr, 0, 0},
+        {"OpenEXR", {".exr"}, isExr, openExr, nullptr, nullptr, 0, 0},
         // Last: it has nothing at its beginning to know it by.
         {"TGA", {".tga"}, isTarga, openTarga, nullptr, encode<kTarga>, kNotGreyAlpha, 32768},
     };

@@ -152,17 +152,17 @@ void encodePng(const PictureRows& given, const PictureProperties& properties,
             deflateTo({properties.iccProfile.data(), properties.iccProfile.size()},
                       options.compression, file);
         });
-    if (properties.xResolution > 0 && properties.yResolution > 0)
+    const bool hasUnit = !properties.resolutionUnit.empty();
+    const double perMetre = properties.resolutionUnit == "in" ? 100 / 2.54 : hasUnit ? 100 : 1;
+    const auto stored = [perMetre](double value) {
+        const double rounded = std::round(value * perMetre);
+        return rounded > 0 ? static_cast<unsigned>(std::min(rounded, 2147483647.0)) : 0;
+    };
+    const unsigned x = stored(properties.xResolution), y = stored(properties.yResolution);
+    if (x > 0 && y > 0)
         putChunk("pHYs", file, [&] {
-            const bool hasUnit = !properties.resolutionUnit.empty();
-            const double perMetre = properties.resolutionUnit == "in" ? 100 / 2.54
-                                    : hasUnit                         ? 100
-                                                                      : 1;
-            const auto stored = [&](double value) {
-                return static_cast<unsigned>(std::min(std::round(value * perMetre), 2147483647.0));
-            };
-            put32(stored(properties.xResolution), file);
-            put32(stored(properties.yResolution), file);
+            put32(x, file);
+            put32(y, file);
             file.push_back(hasUnit ? 1 : 0);
         });
     const std::vector<unsigned char> camera = asExif(properties.cameraData);
