@@ -139,7 +139,7 @@ const std::vector<Format>& all();
 std::vector<Format> png();
 Format jpeg();
 Format tiff();
-std::unique_ptr<AnimationDecoder> openWebpAnimation(const Bytes& file);  ///< null: it is a still
+Format webp();
 std::vector<Format> libraryFormats();  ///< what OpenImageIO reads and writes
 
 }  // namespace media::formats

@@ -9,6 +9,7 @@ const std::vector<Format>& all() {
         std::vector<Format> formats = png();
         formats.push_back(tiff());
         formats.push_back(jpeg());
+        formats.push_back(webp());
         for (Format& format : libraryFormats()) formats.push_back(std::move(format));
         return formats;
     }();

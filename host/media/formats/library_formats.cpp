@@ -27,7 +27,6 @@ constexpr double kAnything = 100000;
 constexpr char kBmp[] = "bmp";
 constexpr char kTarga[] = "targa";
 constexpr char kPnm[] = "pnm";
-constexpr char kWebp[] = "webp";
 constexpr char kExr[] = "openexr";
 
 template <const char* kReader, const double& kMostPerByte>
@@ -102,8 +101,8 @@ std::unique_ptr<PictureDecoder> openExr(const Bytes& file, int) {
 [[noreturn]] void refuseLoading(MediaErrorKind kind, const std::string& reason,
                                 const char* advice) {
     throw FormatError(
-        kind, "the library for BMP, PNM, TGA, WebP and OpenEXR pictures cannot be loaded (" +
-                  reason + "); " + advice);
+        kind, "the library for BMP, PNM, TGA and OpenEXR pictures cannot be loaded (" + reason +
+                  "); " + advice);
 }
 
 /// Asks for the memory that the library and those it brings will map: some of them end the program
@@ -145,9 +144,6 @@ std::vector<Format> libraryFormats() {
                std::strchr(" \t\r\n#", file.data[2]) && file.data[2];
     };
     const auto isBmp = [](const Bytes& file) { return file.startsWith("BM", 2); };
-    const auto isWebp = [](const Bytes& file) {
-        return file.startsWith("RIFF", 4) && file.startsWith("WEBP", 4, 8);
-    };
     const auto isExr = [](const Bytes& file) { return file.startsWith("\x76\x2f\x31\x01", 4); };
     return {
         {"BMP", {".bmp"}, isBmp, openBmp, nullptr, encode<kBmp>, kNotGreyAlpha, 32768},
@@ -155,15 +151,6 @@ std::vector<Format> libraryFormats() {
         {"PNM", {".ppm"}, isPnm, open<kPnm, kStored>, nullptr, encode<kPnm>, 0b0100, 32768},
         {"PNM", {".pgm"}, isPnm, open<kPnm, kStored>, nullptr, encode<kPnm>, 0b0001, 32768},
         {"PNM", {".pbm"}, isPnm, open<kPnm, kStored>, nullptr, nullptr, 0, 0},
-        {"WebP",
-         {".webp"},
-         isWebp,
-         open<kWebp, kAnything>,
-         nullptr,
-         nullptr,
-         0,
-         0,
-         openWebpAnimation},
         {"OpenEXR", {".exr"}, isExr, openExr, nullptr, nullptr, 0, 0},
         // Last: it has nothing at its beginning to know it by.
         {"TGA", {".tga"}, isTarga, openTarga, nullptr, encode<kTarga>, kNotGreyAlpha, 32768},

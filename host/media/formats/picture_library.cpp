@@ -22,7 +22,7 @@ void keepToOwnThread() {
 class LibraryDecoder : public PictureDecoder {
 public:
     LibraryDecoder(const char* reader, const Bytes& file, double mostPerByte)
-        : m_memory(file.data, file.size), m_animates(!std::strcmp(reader, "webp")) {
+        : m_memory(file.data, file.size) {
         keepToOwnThread();
         const ZeroedHeap zeroed;
         m_input = OIIO::ImageInput::create(reader);
@@ -33,9 +33,7 @@ public:
             forgetReason();
             refuseDamaged("its head cannot be understood");
         }
-        // What one file holds of several is pictures of an animation, or parts of one picture.
-        if (!m_animates && hasPart(1))
-            m_head.notes.push_back("only the first of several parts is read");
+        if (hasPart(1)) m_head.notes.push_back("only the first of several parts is read");
         m_head.width = m_layout.width;
         m_head.height = m_layout.height;
         // Up to four, of more the colours and an alpha that stands right behind them.
@@ -50,10 +48,9 @@ public:
                                                                : SampleType::Float;
         m_head.orientation = m_layout.get_int_attribute("Orientation", 1);
         if (m_head.orientation < 1 || m_head.orientation > 8) m_head.orientation = 1;
-        // These two give colours multiplied by alpha although we asked for the contrary.
+        // This one gives colours multiplied by alpha although we asked for the contrary.
         const bool hasAlpha = m_head.channels == 2 || m_head.channels == 4;
-        const bool multiplies = !std::strcmp(reader, "openexr") || m_animates;
-        m_head.isPremultiplied = hasAlpha && multiplies;
+        m_head.isPremultiplied = hasAlpha && !std::strcmp(reader, "openexr");
         if (m_head.isPremultiplied) m_head.samples = SampleType::Float;
         m_head.leastBytes = static_cast<double>(m_layout.width) * m_layout.height *
                             m_layout.nchannels / mostPerByte;
@@ -79,11 +76,6 @@ public:
         result.yResolution = m_layout.get_float_attribute("YResolution");
         const std::string unit = m_layout.get_string_attribute("ResolutionUnit");
         result.resolutionUnit = unit == "in" || unit == "inch" ? "in" : unit == "cm" ? "cm" : "";
-        if (const OIIO::ParamValue* profile = m_layout.find_attribute("ICCProfile")) {
-            const auto* bytes = static_cast<const unsigned char*>(profile->data());
-            result.iccProfile.assign(bytes, bytes + profile->type().size());
-        }
-        result.hasPagesBehind = m_animates && hasPart(1);
         return result;
     }
 
@@ -101,7 +93,6 @@ private:
     }
 
     OIIO::Filesystem::IOMemReader m_memory;
-    const bool m_animates;
     OIIO::ImageSpec m_layout;
     std::unique_ptr<OIIO::ImageInput> m_input;
 };

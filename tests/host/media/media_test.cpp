@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <webp/mux.h>
 #include <zlib.h>
 
 #include <cmath>
@@ -12,6 +13,7 @@
 #include <limits>
 
 #include "host/media/file_names.h"
+#include "host/media/formats/camera_data.h"
 
 using namespace media;
 using namespace media::test;
@@ -652,6 +654,27 @@ TEST_F(Media, WhatTheCameraSaidIsKept) {
         EXPECT_EQ(other->spec().get_float_attribute("GPS:Altitude"), 321.f);
         EXPECT_EQ(other->spec().get_int_attribute("Orientation", 1), 1);
     }
+    // WebP is read only: its still picture with chunks that another library puts around it.
+    const auto noisy = noise(9, 5, 4, 1);
+    writePicture("plain.webp", OIIO::ImageSpec(9, 5, 4, OIIO::TypeUInt8), noisy->data);
+    const Bytes plain = bytesOf("plain.webp");
+    const Bytes profile = {'a', 'b', 'c'};
+    const Bytes turned = formats::asExif(properties.cameraData);
+    const WebPData parts[] = {
+        {plain.data(), plain.size()}, {turned.data(), turned.size()}, {profile.data(), 3}};
+    WebPMux* const mux = WebPMuxCreate(&parts[0], 1);
+    WebPMuxSetChunk(mux, "EXIF", &parts[1], 1);
+    WebPMuxSetChunk(mux, "ICCP", &parts[2], 1);
+    WebPData file = {};
+    ASSERT_EQ(WebPMuxAssemble(mux, &file), WEBP_MUX_OK);
+    writeBytes("from.webp", Bytes(file.bytes, file.bytes + file.size));
+    WebPDataClear(&file);
+    WebPMuxDelete(mux);
+    PictureProperties again;
+    EXPECT_EQ(::pixels(*readOnly("from.webp", &again)), samplesOf("plain.webp"));
+    EXPECT_EQ(again.iccProfile, profile);
+    EXPECT_EQ(again.cameraData.exif.size(), properties.cameraData.exif.size());
+    EXPECT_EQ(formats::asExif(again.cameraData), turned);
 }
 
 TEST_F(Media, PagesAreFrames) {
