@@ -24,33 +24,42 @@ unsigned char paeth(int left, int up, int corner) {
     return static_cast<unsigned char>(toLeft <= toUp && toLeft <= toCorner ? left : other);
 }
 
+/// Adds to each byte what its neighbours predict: those to the left, above and above that to the
+/// left, which are 0 outside. They are kept in registers, since a load of what was just stored
+/// waits for it.
+template <int kPixel, typename Predict>
+void addPrediction(const unsigned char* in, const unsigned char* up, unsigned char* out,
+                   std::size_t size, Predict predict) {
+    int left[kPixel] = {}, corner[kPixel] = {};
+    for (std::size_t i = 0; i < size; i += kPixel)
+        for (std::size_t c = 0; c < kPixel; ++c) {
+            const int above = up[i + c];
+            out[i + c] = static_cast<unsigned char>(in[i + c] + predict(left[c], above, corner[c]));
+            left[c] = out[i + c];
+            corner[c] = above;
+        }
+}
+
 /// Undoes a row's filter: in and out may be the same bytes; up is the row above as it came out.
 template <int kPixel>
 void unfilterRow(int filter, const unsigned char* in, const unsigned char* up, unsigned char* out,
                  std::size_t size) {
-    const auto byte = [](int value) { return static_cast<unsigned char>(value); };
-    const std::size_t first = std::min<std::size_t>(kPixel, size);
     switch (filter) {
         case None:
             if (in != out) std::memcpy(out, in, size);
             return;
         case Sub:
-            for (std::size_t i = 0; i < first; ++i) out[i] = in[i];
-            for (std::size_t i = first; i < size; ++i) out[i] = byte(in[i] + out[i - kPixel]);
-            return;
+            return addPrediction<kPixel>(in, up, out, size,
+                                         [](int left, int, int) { return left; });
         case Up:
-            for (std::size_t i = 0; i < size; ++i) out[i] = byte(in[i] + up[i]);
+            for (std::size_t i = 0; i < size; ++i)
+                out[i] = static_cast<unsigned char>(in[i] + up[i]);
             return;
         case Average:
-            for (std::size_t i = 0; i < first; ++i) out[i] = byte(in[i] + up[i] / 2);
-            for (std::size_t i = first; i < size; ++i)
-                out[i] = byte(in[i] + (out[i - kPixel] + up[i]) / 2);
-            return;
+            return addPrediction<kPixel>(
+                in, up, out, size, [](int left, int above, int) { return (left + above) / 2; });
         case Paeth:
-            for (std::size_t i = 0; i < first; ++i) out[i] = byte(in[i] + up[i]);
-            for (std::size_t i = first; i < size; ++i)
-                out[i] = byte(in[i] + paeth(out[i - kPixel], up[i], up[i - kPixel]));
-            return;
+            return addPrediction<kPixel>(in, up, out, size, paeth);
         default:
             refuseDamaged("a row's filter is unknown");
     }
