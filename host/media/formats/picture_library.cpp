@@ -48,7 +48,7 @@ public:
                                                                : SampleType::Float;
         m_head.orientation = m_layout.get_int_attribute("Orientation", 1);
         if (m_head.orientation < 1 || m_head.orientation > 8) m_head.orientation = 1;
-        // This one gives colours multiplied by alpha although we asked for the contrary.
+        // OpenEXR's colours are multiplied by alpha although we asked for the contrary.
         const bool hasAlpha = m_head.channels == 2 || m_head.channels == 4;
         m_head.isPremultiplied = hasAlpha && !std::strcmp(reader, "openexr");
         if (m_head.isPremultiplied) m_head.samples = SampleType::Float;
