@@ -7,8 +7,8 @@ Makes photographs of 1920 x 1080 (PICTURE enlarged, or clouds, with the noise of
 turn. The cost of a frame is the processor time of a long run less that of a short one, by the number of frames between: so the
 start of Python and of the plug-in do not count. Medians over the repetitions. Needs python3-opencv, which nothing else does.
 
-The files are in memory where the system has a folder for that (about 1 GB): on a disk the kernel writes them with threads of its
-own, whose time counts for neither program and is taken from whichever runs at the time.
+The files are in memory where the system has a folder with room for that: on a disk the kernel writes them with threads of its own,
+whose time counts for neither program and is taken from whichever runs at the time.
 """
 import concurrent.futures
 import os
@@ -23,7 +23,7 @@ import cv2
 import numpy
 
 SHORT, LONG, REEL, REPETITIONS = 2, 14, 168, 5
-MEMORY = "/dev/shm"
+MEMORY, ROOM = "/dev/shm", 2 << 30
 BLUR = ["-f", "Blur and enhance:Blur=4"]
 FOUR = BLUR + ["-f", "Channel separation:Channel=5", "-f", "Adaptive threshold:Size=51,Min=0", "-f", "Object separator:Det=20"]
 PEER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "whole_runs_peer.py")
@@ -60,7 +60,10 @@ def run(command):
 
 def main():
     fxrender = sys.argv[1]
-    work = tempfile.mkdtemp(prefix="whole_runs_", dir=MEMORY if os.path.isdir(MEMORY) else None)
+    isInMemory = os.path.isdir(MEMORY) and shutil.disk_usage(MEMORY).free >= ROOM
+    if not isInMemory:
+        print(f"{MEMORY} has no room: the files are in {tempfile.gettempdir()}, and what a disk costs is measured too", file=sys.stderr)
+    work = tempfile.mkdtemp(prefix="whole_runs_", dir=MEMORY if isInMemory else None)
     photographs(work, sys.argv[2] if len(sys.argv) > 2 else None)
 
     def pattern(name):
